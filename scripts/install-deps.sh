@@ -1,0 +1,34 @@
+#!/usr/bin/env bash
+# Installs everything Velmora needs to build, run and test on Debian.
+# Safe to run again: apt-get skips what is already there.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  g++ cmake make pkg-config clang-format git
+  # Qt 6
+  qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-webengine-dev qt6-webengine-dev-tools
+  libgl-dev libxkbcommon-dev
+  # outside world
+  libpulse-dev libcanberra-dev libvalijson-dev
+  libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-keysyms1-dev libx11-dev libx11-xcb-dev
+  # runtime and integration tests
+  xvfb x11-xserver-utils openbox tint2 xdotool pulseaudio pulseaudio-utils dbus dbus-x11
+  faketime procps fonts-dejavu-core fonts-noto-color-emoji
+)
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+
+if [ ${#missing[@]} -eq 0 ]; then
+  echo "install-deps: everything is installed"
+  exit 0
+fi
+
+SUDO=""
+[ "$(id -u)" -eq 0 ] || SUDO="sudo"
+export DEBIAN_FRONTEND=noninteractive
+$SUDO apt-get update -q
+$SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"

@@ -1,0 +1,518 @@
+#include "AppDelegate.h"
+
+#include "FocusTypes.h"
+#include "HotKey.h"
+#include "HotKeysController.h"
+#include "LockWindows.h"
+#include "PreferenceKeys.h"
+#include "SettingsLoader.h"
+#include "StatusItem.h"
+#include "ViewController.h"
+
+#include <QApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QScreen>
+#include <QUrl>
+
+namespace velmora {
+
+namespace {
+constexpr qint64 kTickMs = 5000;
+constexpr int kRestartExitStatus = 0;
+} // namespace
+
+AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
+    : QObject(parent)
+    , m_ports(ports)
+    , m_paths(std::move(paths))
+    , m_log(*ports.clock, {})
+    , m_usage(*ports.clock, {})
+    , m_sync(*ports.preferences, *ports.clock)
+{
+    m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences, *m_ports.clock,
+                                                                 m_log, *m_ports.media, *m_ports.notifier,
+                                                                 m_texts, m_sync, *this});
+    mainViewControllerObj = new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler,
+                                                m_log, *m_ports.media, m_texts, m_sync, *m_schedule, *this});
+    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj);
+    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
+    m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
+    statusbutton = new StatusItem(this);
+    m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
+    terminate = [](int status) { QCoreApplication::exit(status); };
+    confirm = [](const QString& message) {
+        QMessageBox box(QMessageBox::Question, QStringLiteral("Velmora"), message);
+        box.addButton(QStringLiteral("Yes"), QMessageBox::YesRole);
+        QAbstractButton* no = box.addButton(QStringLiteral("No"), QMessageBox::NoRole);
+        box.setWindowFlags(box.windowFlags() | Qt::WindowStaysOnTopHint);
+        box.exec();
+        return box.clickedButton() != no;
+    };
+}
+
+AppDelegate::~AppDelegate()
+{
+    qApp->removeEventFilter(this);
+    hotKeyClearUserdefaults.reset();
+}
+
+// --- launch -----------------------------------------------------------------
+
+void AppDelegate::applicationWillFinishLaunching()
+{
+    auto followScreen = [this](QScreen* screen) {
+        connect(screen, &QScreen::geometryChanged, this, [this] { m_lock->screenChanged(); });
+    };
+    for (QScreen* screen : QGuiApplication::screens())
+        followScreen(screen);
+    connect(qApp, &QGuiApplication::screenAdded, this, [this, followScreen](QScreen* screen) {
+        followScreen(screen);
+        m_lock->screenChanged();
+    });
+    connect(qApp, &QGuiApplication::screenRemoved, this, [this] {
+        // The screen is still listed while this runs.
+        m_ports.scheduler->post(this, [this] { m_lock->screenChanged(); });
+    });
+
+    loadFocusTypes();
+    if (const auto blocked = m_ports.preferences->stringList(keys::kUserdefaultsArrBlockedUrls))
+        m_state.arrBlockedUrls = *blocked;
+    if (!m_ports.preferences->contains(keys::kUserdefaultsFirstRunDate))
+        m_ports.preferences->setValue(keys::kUserdefaultsFirstRunDate, m_ports.clock->now());
+
+    seedBoolPreference(keys::kUserdefaultsOfficeModeEnabled, false, &m_state.isOfficeModeEnabled);
+    seedBoolPreference(keys::kUserdefaultsReducedMotion, false, &m_state.kIsReducedMotion);
+    seedBoolPreference(keys::kUserdefaultsPromptToRememberHabit, true, &m_state.isPromptToRememberHabit);
+    if (!m_ports.preferences->contains(keys::kUserdefaultsPomodoroModeEnabled))
+        m_ports.preferences->setValue(keys::kUserdefaultsPomodoroModeEnabled, true);
+
+    // The program insists on starting at login.
+    if (m_ports.loginService->install())
+        m_ports.loginService->enable();
+
+    prepareDataFolder();
+    clearPasswordIfDue();
+    installResetHotKey();
+    statusbutton->setNormalLook();
+
+    m_log.addLog(QStringLiteral("downloading config file"));
+    getConfigFile(*m_ports.http, configServer(), m_log, this,
+                  [this](std::optional<QJsonObject> catalogue) { configurationArrived(std::move(catalogue)); });
+}
+
+void AppDelegate::loadFocusTypes()
+{
+    const QVariantList stored =
+        m_ports.preferences->mapList(keys::kUserdefaultsArrFocusTypes).value_or(QVariantList());
+    m_state.arrFocusType = focus::repairAtLaunch(stored);
+    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+}
+
+void AppDelegate::seedBoolPreference(const QString& key, bool fallback, bool* mirror)
+{
+    const auto stored = m_ports.preferences->boolean(key);
+    if (!stored) {
+        if (m_ports.preferences->contains(key))
+            m_log.addLog(QStringLiteral("Preference ") + key + QStringLiteral(" was not a bool; reset to default"));
+        m_ports.preferences->setValue(key, fallback);
+    }
+    *mirror = stored.value_or(fallback);
+}
+
+void AppDelegate::prepareDataFolder()
+{
+    if (m_paths.dataFolder.isEmpty())
+        return;
+    QDir().mkpath(m_paths.dataFolder);
+    const QDir folder(m_paths.dataFolder);
+    m_log.setPath(folder.filePath(QStringLiteral("Debug_Logs.txt")));
+    m_usage.setPath(folder.filePath(QStringLiteral("vlmrStats.csv")));
+    m_usage.createIfMissing();
+    refreshFromPackage(QStringLiteral(":/block.html"), QStringLiteral("vlmr-focus.html"));
+    refreshFromPackage(QStringLiteral(":/logo.png"), QStringLiteral("logo.png"));
+    blockWebUrlString = QUrl::fromLocalFile(folder.filePath(QStringLiteral("vlmr-focus.html"))).toString();
+}
+
+// Copies a packaged file out to the data folder, replacing the old copy, so that
+// the copy always matches the installed version.
+void AppDelegate::refreshFromPackage(const QString& resource, const QString& fileName)
+{
+    const QString target = QDir(m_paths.dataFolder).filePath(fileName);
+    if (QFile::exists(target) && !QFile::remove(target))
+        qDebug() << "could not remove" << target;
+    if (!QFile::exists(target)) {
+        if (!QFile::copy(resource, target))
+            qDebug() << "could not copy" << resource << "to" << target;
+        else
+            QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
+                                              QFile::ReadOther);
+    }
+}
+
+void AppDelegate::clearPasswordIfDue()
+{
+    const auto clearAt = m_ports.preferences->date(keys::kUserdefaults24HoursClearPasswordTime);
+    if (!clearAt) {
+        if (timerCheckClearPasswordTime)
+            m_ports.scheduler->cancel(*timerCheckClearPasswordTime);
+        timerCheckClearPasswordTime.reset();
+        return;
+    }
+    if (m_ports.clock->now() < *clearAt) {
+        if (!timerCheckClearPasswordTime)
+            timerCheckClearPasswordTime =
+                m_ports.scheduler->repeating(kTickMs, this, [this] { clearPasswordIfDue(); });
+        return;
+    }
+    if (timerCheckClearPasswordTime)
+        m_ports.scheduler->cancel(*timerCheckClearPasswordTime);
+    timerCheckClearPasswordTime.reset();
+    m_ports.preferences->remove(keys::kUserdefaults24HoursClearPasswordTime);
+    m_ports.preferences->remove(keys::kUserdefaultsAppPassword);
+    m_log.addLog(QStringLiteral("password is cleard after 24 hours"));
+}
+
+void AppDelegate::installResetHotKey()
+{
+    // Whatever modifiers are held at launch join the chord, as they always have.
+    const Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
+    hotKeyClearUserdefaults = std::make_unique<HotKey>(
+        *m_hotKeys, Key::j, held | Qt::ControlModifier | Qt::MetaModifier, [this] {
+            qDebug() << "Pressed at " << m_ports.clock->now();
+            resetAllData();
+        });
+}
+
+QUrl AppDelegate::configServer() const
+{
+    if (!m_paths.configServer.isEmpty())
+        return m_paths.configServer;
+    TextCatalogue packaged;
+    packaged.loadPackaged(m_paths.packagedCatalogue);
+    return QUrl(packaged.text("deployment", "configServer", QString()));
+}
+
+void AppDelegate::configurationArrived(std::optional<QJsonObject> catalogue)
+{
+    qDebug() << "response mila";
+    if (catalogue)
+        m_texts.setConfigjson(*catalogue);
+    else if (!m_texts.loadPackaged(m_paths.packagedCatalogue))
+        m_log.addLog(QStringLiteral("The packaged catalogue could not be read; default texts apply"));
+    m_texts.readConfigFile();
+    m_ports.scheduler->post(this, [this] { initialWork(); });
+}
+
+void AppDelegate::initialWork()
+{
+    m_state.isAppInitialLodded = true;
+    statusbutton->setClickable(false);
+    readSettingsJsonDictionary(m_state, *m_ports.preferences, m_paths.packagedSettings, m_log);
+
+    if (!m_ports.preferences->contains(keys::kUserdefaultsIsAppEnabled)) {
+        m_ports.preferences->setValue(keys::kUserdefaultsIsAppEnabled, true);
+        m_state.isAppEnable = true;
+    }
+    if (const auto enabled = m_ports.preferences->boolean(keys::kUserdefaultsIsAppEnabled)) {
+        m_state.isAppEnable = *enabled;
+        if (!*enabled) {
+            statusbutton->setOffLook(m_texts.buttonStatusStateOffText);
+            m_log.addLog(QStringLiteral("App started in Deactivated state"));
+        } else {
+            checkWindowState();
+        }
+    } else {
+        m_log.addLog(QStringLiteral("kUserdefaultsIsAppEnabled is not a bool; activation left as it was"));
+    }
+
+    if (reactivateIfDue())
+        return;
+    statusbutton->setClickable(true);
+    qApp->installEventFilter(this);
+}
+
+// A temporary deactivation that has run out restarts the program activated.
+bool AppDelegate::reactivateIfDue()
+{
+    const auto reactivateAt = m_ports.preferences->date(keys::kUserdefaults4HourReActivateTime);
+    if (!reactivateAt)
+        return false;
+    if (!(m_ports.clock->now() < *reactivateAt)) {
+        m_ports.preferences->setValue(keys::kUserdefaultsIsAppEnabled, true);
+        m_ports.preferences->remove(keys::kUserdefaults4HourReActivateTime);
+        m_log.addLog(QStringLiteral("App Reactivated after 4 hours"));
+        quitAndRestartApp();
+        return true;
+    }
+    if (!timerCheckReactivateTime)
+        timerCheckReactivateTime =
+            m_ports.scheduler->repeating(kTickMs, this, [this] { checkFourHourActivateTime(); });
+    return false;
+}
+
+void AppDelegate::checkWindowState()
+{
+    if (!m_ports.preferences->contains(keys::kUserdefaultsFirstRun)) {
+        m_ports.preferences->setValue(keys::kUserdefaultsFirstRun, true);
+        showMainWindow();
+        showExtraWindows();
+        mainViewControllerObj->showFirstTimeVc();
+        m_state.isFirstRun = true;
+        m_ports.preferences->setValue(keys::kUserdefaultsLastHabitShowDate, m_ports.clock->now());
+        return;
+    }
+    m_state.isFirstRun = false;
+
+    if (const auto last = m_ports.preferences->date(keys::kUserdefaultsLastHabitShowDate))
+        m_schedule->checkLastHabitShowDate(*last);
+    else
+        m_state.isHabitAlreadyShowed = false;
+
+    const auto start = m_schedule->todayStartInstant();
+    if (m_state.startTime && m_state.shutOffTime && start && m_schedule->todayShutOffInstant()) {
+        if (m_schedule->isShutOffTimeGoing()) {
+            const auto aborted = m_ports.preferences->date(keys::kUserdefaultsShutdownAborted);
+            if (!aborted && m_state.currentState != CURRENTSTATE::_SHUTOFFMAC_)
+                m_schedule->shutOffMac();
+            else if (aborted && m_ports.clock->now() > *aborted)
+                m_ports.preferences->remove(keys::kUserdefaultsShutdownAborted);
+        } else if (m_state.isHabitAlreadyShowed) {
+            loadMainWindow();
+            mainViewControllerObj->setActivityTimer();
+        } else if (m_ports.clock->now() < *start) {
+            qDebug() << "First Date is smaller then second date. all ok ";
+        } else {
+            m_schedule->startHabitsCall();
+        }
+    }
+    setBackgroundThreadTimer();
+}
+
+void AppDelegate::setBackgroundThreadTimer()
+{
+    if (timerBackgroundThread) {
+        m_log.addLog(QStringLiteral("The scheduling tick is already running"));
+        return;
+    }
+    timerBackgroundThread = m_ports.scheduler->repeating(kTickMs, this, [this] { backgroundThread(); });
+}
+
+void AppDelegate::backgroundThread()
+{
+    m_schedule->tick();
+}
+
+bool AppDelegate::isTickRunning() const
+{
+    return timerBackgroundThread && m_ports.scheduler->isActive(*timerBackgroundThread);
+}
+
+bool AppDelegate::isReactivationWatchRunning() const
+{
+    return timerCheckReactivateTime && m_ports.scheduler->isActive(*timerCheckReactivateTime);
+}
+
+// --- activation and restarts ---------------------------------------------------
+
+void AppDelegate::checkFourHourActivateTime()
+{
+    // The only tick a temporarily deactivated program has: it keeps the shut-off
+    // lock alive.
+    backgroundThread();
+    const auto reactivateAt = m_ports.preferences->date(keys::kUserdefaults4HourReActivateTime);
+    if (reactivateAt && m_ports.clock->now() < *reactivateAt)
+        return;
+    if (timerCheckReactivateTime)
+        m_ports.scheduler->cancel(*timerCheckReactivateTime);
+    timerCheckReactivateTime.reset();
+    if (!reactivateAt)
+        return;
+    m_ports.preferences->setValue(keys::kUserdefaultsIsAppEnabled, true);
+    m_ports.preferences->remove(keys::kUserdefaults4HourReActivateTime);
+    m_log.addLog(QStringLiteral("App Reactivated after 4 hours"));
+    quitAndRestartApp();
+}
+
+void AppDelegate::menuItem_Reactivate()
+{
+    if (timerCheckReactivateTime)
+        m_ports.scheduler->cancel(*timerCheckReactivateTime);
+    timerCheckReactivateTime.reset();
+    m_ports.preferences->setValue(keys::kUserdefaultsIsAppEnabled, true);
+    m_ports.preferences->remove(keys::kUserdefaults4HourReActivateTime);
+    m_log.addLog(QStringLiteral("App Reactivated by user from top menu"));
+    quitAndRestartApp();
+}
+
+void AppDelegate::quitAndRestartApp()
+{
+    m_ports.preferences->sync();
+    m_ports.launcher->restartSoon();
+    terminateFromSelf = true;
+    terminate(kRestartExitStatus);
+}
+
+void AppDelegate::resetAllData()
+{
+    if (!confirm(QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted.")))
+        return;
+    m_ports.preferences->clear();
+    m_ports.preferences->sync();
+    quitAndRestartApp();
+}
+
+void AppDelegate::abortAllProcess()
+{
+    m_log.addLog(QStringLiteral("call abort all process."));
+    if (isMainWindowVisible() && m_state.currentAction == ACTION::_RUNNING_ &&
+        isItemTimerState(m_state.currentState))
+        m_ports.displayAwake->release();
+}
+
+// --- lock windows ----------------------------------------------------------------
+
+void AppDelegate::loadMainWindow()
+{
+    m_mainWindow->winId();
+}
+
+void AppDelegate::showMainWindow()
+{
+    m_mainWindow->setIsVisible(true);
+}
+
+bool AppDelegate::isMainWindowVisible() const
+{
+    return m_mainWindow->isVisible();
+}
+
+void AppDelegate::setMainWindowVisible(bool visible)
+{
+    m_mainWindow->setIsVisible(visible);
+}
+
+void AppDelegate::bringToFront()
+{
+    if (m_mainWindow->isVisible()) {
+        m_mainWindow->raise();
+        m_mainWindow->activateWindow();
+    }
+}
+
+void AppDelegate::showExtraWindows()
+{
+    m_lock->showExtraWindows();
+}
+
+void AppDelegate::hideBlankWindowInSecondaryMonitor()
+{
+    m_lock->hideBlankWindowInSecondaryMonitor();
+}
+
+bool AppDelegate::isReleaseChord(const QKeyEvent* event) const
+{
+    const Qt::KeyboardModifiers chord = Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier;
+    // Shift+Tab arrives as Backtab.
+    return (event->key() == Qt::Key_Tab || event->key() == Qt::Key_Backtab) &&
+           (event->modifiers() & chord) == chord;
+}
+
+bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
+        const auto* key = static_cast<QKeyEvent*>(event);
+        if (isReleaseChord(key) && isMainWindowVisible() && !key->isAutoRepeat()) {
+            // The last resort out of a lock: no password, no countdown.
+            abortAllProcess();
+            setMainWindowVisible(false);
+            hideBlankWindowInSecondaryMonitor();
+            qDebug() << "command contain";
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+// --- gates ------------------------------------------------------------------------
+
+void AppDelegate::setActivityTimer()
+{
+    mainViewControllerObj->setActivityTimer();
+}
+
+void AppDelegate::showAllMorningHabits()
+{
+    mainViewControllerObj->showAllMorningHabits();
+}
+
+void AppDelegate::showAllEveningHabits()
+{
+    mainViewControllerObj->showAllEveningHabits();
+}
+
+void AppDelegate::showFocusSummaryView()
+{
+    mainViewControllerObj->showFocusSummaryView();
+}
+
+void AppDelegate::showShutOffScreen()
+{
+    mainViewControllerObj->shutOffMac();
+}
+
+void AppDelegate::setCallLook()
+{
+    statusbutton->setCallLook(m_texts.buttonStatusStateCallText);
+}
+
+// The status part of meeting detection: the tray turns blue while the microphone
+// or a camera is in use, and goes back when the call has ended.
+void AppDelegate::checkIsMeetingsGoingOn()
+{
+    const bool live = m_ports.media->isMicOn() || m_ports.media->isACameraOn();
+    if (!live) {
+        if (m_callLookShown && statusbutton->look() == StatusItem::Look::Call)
+            statusbutton->setNormalLook();
+        m_callLookShown = false;
+        return;
+    }
+    if (isFocusModeOn())
+        return;
+    m_log.addLog(QStringLiteral("Mic/Camera Is On"));
+    setCallLook();
+    m_callLookShown = true;
+}
+
+bool AppDelegate::isFocusModeOn() const
+{
+    return focus::isFocusModeOn(m_state.arrFocusType);
+}
+
+void AppDelegate::focusModeFinishedFromShutOff()
+{
+    // Focus blocks cannot be started yet in this version, so none can be running
+    // at the shut-off time; clear the flag defensively so the gate never stalls.
+    for (QVariant& type : m_state.arrFocusType) {
+        QVariantMap map = type.toMap();
+        map.insert(QStringLiteral("isOn"), false);
+        type = map;
+    }
+    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+}
+
+bool AppDelegate::isShutOffTimeGoing() const
+{
+    return m_state.startTime && m_state.shutOffTime && m_schedule->isShutOffTimeGoing();
+}
+
+bool AppDelegate::isPreventUserIdleDisplaySleepOn()
+{
+    return m_schedule->isPreventUserIdleDisplaySleepOn();
+}
+
+} // namespace velmora

@@ -1,0 +1,138 @@
+#pragma once
+
+#include "DaySchedule.h"
+#include "DebugLog.h"
+#include "GateHost.h"
+#include "Ports.h"
+#include "RoutineHost.h"
+#include "RunState.h"
+#include "SyncTimestamps.h"
+#include "TextCatalogue.h"
+#include "UsageLog.h"
+
+#include <QObject>
+#include <QUrl>
+#include <functional>
+#include <memory>
+
+class QKeyEvent;
+#include <optional>
+
+namespace velmora {
+
+class CustomWindow;
+class HotKey;
+class HotKeysController;
+class LockWindows;
+class StatusItem;
+class ViewController;
+
+// Where the program keeps and finds its files.
+struct AppPaths
+{
+    QString dataFolder;                                       // usage log, debug log, block page, logo
+    QString packagedSettings = QStringLiteral(":/settings.json");
+    QString packagedCatalogue = QStringLiteral(":/config.json");
+    QUrl configServer;                                        // empty: the packaged catalogue's, if any
+};
+
+// Takes every outside event (launch, screens, the tray, the timers) and owns the
+// objects that live for the whole process.
+class AppDelegate : public QObject, private GateHost, private RoutineHost
+{
+    Q_OBJECT
+
+public:
+    AppDelegate(Ports ports, AppPaths paths, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    void applicationWillFinishLaunching();
+    void initialWork();
+    void checkWindowState();
+    void setBackgroundThreadTimer();
+    void backgroundThread();
+
+    void abortAllProcess() override;
+    void checkFourHourActivateTime();
+    void menuItem_Reactivate();
+    void quitAndRestartApp();
+    void resetAllData();
+    void showExtraWindows() override;
+    void hideBlankWindowInSecondaryMonitor() override;
+
+    RunState& state() { return m_state; }
+    DaySchedule& schedule() { return *m_schedule; }
+    ViewController& viewController() { return *mainViewControllerObj; }
+    CustomWindow& mainWindow() { return *m_mainWindow; }
+    LockWindows& lockWindows() { return *m_lock; }
+    StatusItem& statusItem() { return *statusbutton; }
+    const TextCatalogue& texts() const { return m_texts; }
+    const DebugLog& debugLog() const { return m_log; }
+    const UsageLog& usageLog() const { return m_usage; }
+    bool isTickRunning() const;
+    bool isReactivationWatchRunning() const;
+
+    bool terminateFromSelf = false;
+    // How the process ends; tests replace it.
+    std::function<void(int exitStatus)> terminate;
+    // The yes/no question of a full reset; tests replace it.
+    std::function<bool(const QString& message)> confirm;
+
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    // GateHost
+    void loadMainWindow() override;
+    void showMainWindow() override;
+    bool isMainWindowVisible() const override;
+    void setActivityTimer() override;
+    void showAllMorningHabits() override;
+    void showAllEveningHabits() override;
+    void showFocusSummaryView() override;
+    void showShutOffScreen() override;
+    void setCallLook() override;
+    void checkIsMeetingsGoingOn() override;
+    bool isFocusModeOn() const override;
+    void focusModeFinishedFromShutOff() override;
+    // RoutineHost
+    void setMainWindowVisible(bool visible) override;
+    void bringToFront() override;
+    bool isShutOffTimeGoing() const override;
+    bool isPreventUserIdleDisplaySleepOn() override;
+
+    void loadFocusTypes();
+    void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
+    void prepareDataFolder();
+    void refreshFromPackage(const QString& resource, const QString& fileName);
+    void clearPasswordIfDue();
+    void installResetHotKey();
+    void configurationArrived(std::optional<QJsonObject> catalogue);
+    bool reactivateIfDue();
+    bool isReleaseChord(const QKeyEvent* event) const;
+    QUrl configServer() const;
+
+    Ports m_ports;
+    AppPaths m_paths;
+    RunState m_state;
+    TextCatalogue m_texts;
+    DebugLog m_log;
+    UsageLog m_usage;
+    SyncTimestamps m_sync;
+    std::unique_ptr<DaySchedule> m_schedule;
+
+    ViewController* mainViewControllerObj = nullptr;
+    std::unique_ptr<CustomWindow> m_mainWindow;
+    std::unique_ptr<LockWindows> m_lock;
+    StatusItem* statusbutton = nullptr;
+    std::unique_ptr<HotKeysController> m_hotKeys;
+    std::unique_ptr<HotKey> hotKeyClearUserdefaults;
+
+    std::optional<TimerId> timerBackgroundThread;
+    std::optional<TimerId> timerCheckReactivateTime;
+    std::optional<TimerId> timerCheckClearPasswordTime;
+    bool m_callLookShown = false;
+    QString blockWebUrlString;
+};
+
+} // namespace velmora

@@ -1,0 +1,73 @@
+#include "AppDelegate.h"
+#include "DesktopNotifier.h"
+#include "NetworkHttp.h"
+#include "ProcessLauncher.h"
+#include "PulseMediaMonitor.h"
+#include "QtScheduler.h"
+#include "ScreenSaverDisplayAwake.h"
+#include "SettingsPreferences.h"
+#include "SingleInstance.h"
+#include "SystemClock.h"
+#include "SystemdLoginService.h"
+#include "X11HotKeys.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QDir>
+#include <QStandardPaths>
+
+using namespace velmora;
+
+static QUrl configServerFromCommandLine(const QApplication& app)
+{
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Time at the computer, deserved."));
+    parser.addHelpOption();
+    const QCommandLineOption server(QStringLiteral("config-server"),
+                                    QStringLiteral("Where the text catalogue and settings schema are served."),
+                                    QStringLiteral("URL"));
+    parser.addOption(server);
+    parser.process(app);
+    if (parser.isSet(server))
+        return QUrl(parser.value(server));
+    return QUrl(qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
+}
+
+int main(int argc, char* argv[])
+{
+    QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication app(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("velmora"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
+    QApplication::setDesktopFileName(QStringLiteral("velmora"));
+    QApplication::setQuitOnLastWindowClosed(false);
+
+    AppPaths paths;
+    paths.configServer = configServerFromCommandLine(app);
+    paths.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                       QStringLiteral("/velmora");
+
+    QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (runtime.isEmpty())
+        runtime = QDir::tempPath();
+    SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
+    if (!instance.claim())
+        return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
+
+    SystemClock clock;
+    QtScheduler scheduler;
+    SettingsPreferences preferences;
+    PulseMediaMonitor media;
+    ScreenSaverDisplayAwake displayAwake;
+    DesktopNotifier notifier;
+    NetworkHttp http;
+    ProcessLauncher launcher;
+    SystemdLoginService loginService;
+    X11HotKeys hotKeys;
+    Ports ports{&clock,  &scheduler, &preferences,  &media,   &displayAwake,
+                &notifier, &http,    &launcher,     &loginService, &hotKeys};
+
+    AppDelegate delegate(ports, paths);
+    delegate.applicationWillFinishLaunching();
+    return app.exec();
+}

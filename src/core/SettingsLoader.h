@@ -1,0 +1,30 @@
+#pragma once
+
+#include "RunState.h"
+
+#include <QJsonObject>
+#include <QString>
+
+namespace velmora {
+
+class DebugLog;
+class Preferences;
+
+// Turns the settings document into the routine lists and times of the run
+// state. A saved document always wins over the packaged one, even when it is
+// malformed: a broken document means an empty schedule, never the default one.
+void readSettingsJsonDictionary(RunState& state, const Preferences& preferences, const QString& packagedPath,
+                                const DebugLog& log);
+
+// Decodes an already parsed document into the state; used by the above.
+void applySettingsDocument(RunState& state, const QJsonObject& document);
+
+habit decodeHabit(const QJsonObject& object);
+breakActivity decodeBreakActivity(const QJsonObject& object);
+activityChoice decodeActivityChoice(const QJsonObject& object);
+
+// "7", "07:30", "07:30:00" all read; a part that is no integer counts as 0 and no
+// range is checked, so "25:99" is hour 25, minute 99.
+Time getTimeFromString(const QString& val);
+
+} // namespace velmora

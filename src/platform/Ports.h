@@ -1,0 +1,31 @@
+#pragma once
+
+#include "Clock.h"
+#include "DisplayAwake.h"
+#include "HotKeys.h"
+#include "Http.h"
+#include "Launcher.h"
+#include "LoginService.h"
+#include "MediaMonitor.h"
+#include "Notifier.h"
+#include "Preferences.h"
+#include "Scheduler.h"
+
+namespace velmora {
+
+// Every touch of the outside world, handed to the program at construction.
+struct Ports
+{
+    Clock* clock = nullptr;
+    Scheduler* scheduler = nullptr;
+    Preferences* preferences = nullptr;
+    MediaMonitor* media = nullptr;
+    DisplayAwake* displayAwake = nullptr;
+    Notifier* notifier = nullptr;
+    Http* http = nullptr;
+    Launcher* launcher = nullptr;
+    LoginService* loginService = nullptr;
+    HotKeys* hotKeys = nullptr;
+};
+
+} // namespace velmora

@@ -1,0 +1,10 @@
+#include "SystemClock.h"
+
+namespace velmora {
+
+QDateTime SystemClock::now() const
+{
+    return QDateTime::currentDateTime();
+}
+
+} // namespace velmora

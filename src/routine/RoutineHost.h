@@ -1,0 +1,21 @@
+#pragma once
+
+namespace velmora {
+
+// What the routine controller needs from the lock shell and the scheduler.
+class RoutineHost
+{
+public:
+    virtual ~RoutineHost() = default;
+    virtual void setMainWindowVisible(bool visible) = 0;
+    virtual bool isMainWindowVisible() const = 0;
+    virtual void showExtraWindows() = 0;
+    virtual void hideBlankWindowInSecondaryMonitor() = 0;
+    virtual void bringToFront() = 0;
+    virtual void setBackgroundThreadTimer() = 0;
+    virtual void setCallLook() = 0;
+    virtual bool isShutOffTimeGoing() const = 0;
+    virtual bool isPreventUserIdleDisplaySleepOn() = 0;
+};
+
+} // namespace velmora

@@ -1,0 +1,78 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+#include <functional>
+
+class QLabel;
+class QScreen;
+
+namespace velmora {
+
+class Scheduler;
+
+// The main lock window: frameless, above every other window, on the first
+// screen, and holding the keyboard while it is up.
+class CustomWindow : public QWidget
+{
+    Q_OBJECT
+public:
+    explicit CustomWindow(QWidget* content);
+    void setframe();
+    // Shows or hides without ever closing: the window lives as long as the program.
+    void setIsVisible(bool visible);
+
+Q_SIGNALS:
+    void keyPressed(QKeyEvent* event);
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void changeEvent(QEvent* event) override;
+};
+
+// What a blank window shows: the program's name on a dark screen.
+class blankController : public QWidget
+{
+    Q_OBJECT
+public:
+    blankController(const QString& appName, QWidget* parent = nullptr);
+    QLabel* lblTitle = nullptr;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+};
+
+// The screens the lock must cover. Aggregate screens that merely span others (X
+// reports the whole framebuffer beside its monitors) are left out.
+QList<QScreen*> lockableScreens();
+QScreen* firstLockScreen();
+
+// One blank window on each screen but the main lock window's.
+class LockWindows : public QObject
+{
+    Q_OBJECT
+public:
+    LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, QString appName);
+
+    void showExtraWindows();
+    void hideBlankWindowInSecondaryMonitor();
+    void setframe();
+    // Follows monitors plugged in and out while the lock is up.
+    void screenChanged();
+
+    const QList<QPointer<blankController>>& arrWindows() const { return m_windows; }
+
+    std::function<bool()> isMainWindowLodded = [] { return true; };
+
+private:
+    static void resetWin(QWidget* window);
+
+    CustomWindow& m_main;
+    Scheduler& m_scheduler;
+    QString m_appName;
+    QList<QPointer<blankController>> m_windows;
+};
+
+} // namespace velmora

@@ -1,0 +1,33 @@
+#!/usr/bin/env bash
+# The status icon lands in the panel's system tray, and the microphone check follows a
+# recording on the sound server as it starts and stops.
+set -euo pipefail
+. "$(dirname "$0")/lib.sh"
+[ -x "${VELMORA_PROBE:-}" ] || fail "VELMORA_PROBE ('${VELMORA_PROBE:-}') is not a program"
+
+mic_is() { "$VELMORA_PROBE" | grep -Eq "(^| )mic=$1( |$)"; }
+
+# No preferences: the first-run welcome comes up at once, whatever the time of day.
+start_velmora
+
+poll 30 "the status icon is embedded in tint2's system tray" xutil tray-icons velmora
+icons="$(xutil tray-icons velmora)"
+[ "$(wc -l <<<"$icons")" -eq 1 ] || fail "expected one status icon in the tray, found: $icons"
+note "status icon ${icons% *} sits in tray window ${icons#* }"
+
+probe_line="$("$VELMORA_PROBE")" || fail "velmora-probe exited with status $?"
+grep -Eqx 'mic=[01] camera=[01] inhibitors=.*' <<<"$probe_line" ||
+    fail "velmora-probe printed '$probe_line', expected 'mic=<0|1> camera=<0|1> inhibitors=<list>'"
+mic_is 0 || fail "nothing records, but velmora-probe says: $probe_line"
+
+start_helper parecord --device=mic /dev/null
+recorder=${it_helpers[-1]}
+poll 10 "pulseaudio lists the recording as a source output" \
+    sh -c 'pactl list short source-outputs | grep -q .'
+poll 10 "velmora-probe reports mic=1 while parecord records (last: $("$VELMORA_PROBE"))" mic_is 1
+
+stop_helper "$recorder"
+poll 10 "velmora-probe reports mic=0 after the recording stopped" mic_is 0
+
+velmora_running || fail "the program is no longer running"
+screenshot tray

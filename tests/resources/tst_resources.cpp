@@ -1,0 +1,282 @@
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTest>
+#include <QXmlStreamReader>
+
+#include <valijson/adapters/qtjson_adapter.hpp>
+#include <valijson/schema.hpp>
+#include <valijson/schema_parser.hpp>
+#include <valijson/validator.hpp>
+
+namespace {
+
+QByteArray readResource(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll();
+}
+
+QJsonObject readObject(const QString& path)
+{
+    return QJsonDocument::fromJson(readResource(path)).object();
+}
+
+// Follows a "group/sub-group/key" path through the catalogue.
+QJsonValue lookup(const QJsonObject& root, const QString& path)
+{
+    QJsonValue value = root;
+    for (const QString& part : path.split(u'/'))
+        value = value.toObject().value(part);
+    return value;
+}
+
+bool isInteger(const QJsonValue& value)
+{
+    return value.isDouble() && value.toDouble() == double(value.toInteger());
+}
+
+bool isStringList(const QJsonValue& value)
+{
+    if (!value.isArray())
+        return false;
+    const QJsonArray array = value.toArray();
+    return std::all_of(array.begin(), array.end(), [](const QJsonValue& v) { return v.isString(); });
+}
+
+// Entries of the catalogue that are data rather than display text.
+const QStringList kNonTextEntries{QStringLiteral("welcomeInfo/introActivities")};
+
+void collectNonText(const QJsonObject& object, const QString& prefix, QStringList& out)
+{
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const QString path = prefix.isEmpty() ? it.key() : prefix + u'/' + it.key();
+        if (kNonTextEntries.contains(path))
+            continue;
+        if (it->isObject())
+            collectNonText(it->toObject(), path, out);
+        else if (!it->isString())
+            out << path;
+    }
+}
+
+} // namespace
+
+class TestResources : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void qrcFilesArePackaged();
+    void documentsAreObjects_data();
+    void documentsAreObjects();
+    void catalogueIsText();
+    void introActivityIsUsable();
+    void templatesKeepTheirMarkers_data();
+    void templatesKeepTheirMarkers();
+    void settingsRootKeys_data();
+    void settingsRootKeys();
+    void routineItemsAreComplete();
+    void schemaJudgesDocuments_data();
+    void schemaJudgesDocuments();
+    void blockPageShowsQueryAsTextOnly();
+};
+
+void TestResources::qrcFilesArePackaged()
+{
+    QFile qrc(QStringLiteral(VELMORA_RESOURCES_DIR "/resources.qrc"));
+    QVERIFY(qrc.open(QIODevice::ReadOnly));
+    QXmlStreamReader xml(&qrc);
+    int files = 0;
+    while (!xml.atEnd()) {
+        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == u"file") {
+            const QString path = QStringLiteral(":/") + xml.readElementText();
+            QVERIFY2(QFile::exists(path), qPrintable(path));
+            ++files;
+        }
+    }
+    QVERIFY(!xml.hasError());
+    QCOMPARE(files, 7);
+}
+
+void TestResources::documentsAreObjects_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("catalogue") << QStringLiteral(":/config.json");
+    QTest::newRow("settings") << QStringLiteral(":/settings.json");
+    QTest::newRow("schema") << QStringLiteral(":/settings-schema.json");
+}
+
+void TestResources::documentsAreObjects()
+{
+    QFETCH(QString, path);
+    QJsonParseError error{};
+    const QJsonDocument doc = QJsonDocument::fromJson(readResource(path), &error);
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    QVERIFY(doc.isObject());
+}
+
+void TestResources::catalogueIsText()
+{
+    QStringList nonText;
+    collectNonText(readObject(QStringLiteral(":/config.json")), QString(), nonText);
+    QCOMPARE(nonText, QStringList());
+}
+
+void TestResources::introActivityIsUsable()
+{
+    // The welcome flow takes the first entry; a wrong shape silently falls back
+    // to the built-in intro item.
+    const QJsonValue list =
+        lookup(readObject(QStringLiteral(":/config.json")), QStringLiteral("welcomeInfo/introActivities"));
+    QVERIFY(list.isArray());
+    const QJsonObject first = list.toArray().first().toObject();
+    QVERIFY(first.value(u"name").isString());
+    QVERIFY(isInteger(first.value(u"durationSeconds")));
+    QVERIFY(first.value(u"durationSeconds").toInteger() > 0);
+    QVERIFY(isStringList(first.value(u"videoUrl")));
+}
+
+void TestResources::templatesKeepTheirMarkers_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::addColumn<QStringList>("markers");
+    const auto row = [](const char* path, QStringList markers) {
+        QTest::newRow(path) << QString::fromLatin1(path) << markers;
+    };
+    row("activityInfo/startActivityButtonText", {"<TIME>", "<NAME>"});
+    row("activityInfo/startBreakActivityTitleText", {"<TIME>", "<ACTIVITY>"});
+    row("activityInfo/activityFinishedText", {"<ACTIVITY>"});
+    row("activityInfo/lastActivityFinishedText", {"<ACTIVITY>"});
+    row("activityInfo/doSomeActivityText", {"<ACTIVITY>"});
+    row("activityInfo/habitsProgressText", {"<duration>", "<totalduration>"});
+    row("activityInfo/habitsCompleteText", {"<duration>"});
+    row("common/appBlockNotificationTitle", {"<APP_NAME>", "<FOCUS_NAME>"});
+    row("menuInfo/untilTimeText", {"<TIME>"});
+    row("focusInfo/startingFocusModeInfo/title", {"<FOCUSTYPE>"});
+    row("focusInfo/focusSummaryInfo/title", {"<COUNT>"});
+    row("focusInfo/focusSummaryInfo/totalFocusTimeText", {"<TIME>"});
+    row("shutOffTimeInfo/subTitle", {"<SHUTOFFTIME>", "<STARTTIME>"});
+    row("shutOffTimeInfo/shutOffAbortDoneInfo/subTitle", {"<STARTTIME>"});
+    row("rememberNextHabitViewInfo/questionText", {"<LAST_HABIT_NAME>"});
+    row("rememberNextHabitViewInfo/randomPhraseWrongChoice2", {"<CORRECT_HABIT_NAME>"});
+    row("settings/visitText", {"<SETTINGURL>"});
+}
+
+void TestResources::templatesKeepTheirMarkers()
+{
+    QFETCH(QString, path);
+    QFETCH(QStringList, markers);
+    const QString text = lookup(readObject(QStringLiteral(":/config.json")), path).toString();
+    for (const QString& marker : markers)
+        QVERIFY2(text.contains(marker), qPrintable(marker));
+}
+
+void TestResources::settingsRootKeys_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<int>("type");
+    QTest::newRow("morningHabits") << QStringLiteral("morningHabits") << int(QJsonValue::Array);
+    QTest::newRow("eveningHabits") << QStringLiteral("eveningHabits") << int(QJsonValue::Array);
+    QTest::newRow("breakActivities") << QStringLiteral("breakActivities") << int(QJsonValue::Array);
+    QTest::newRow("breakAfterMinutes") << QStringLiteral("breakAfterMinutes") << int(QJsonValue::Double);
+    QTest::newRow("startTime") << QStringLiteral("startTime") << int(QJsonValue::String);
+    QTest::newRow("shutOffTime") << QStringLiteral("shutOffTime") << int(QJsonValue::String);
+}
+
+void TestResources::settingsRootKeys()
+{
+    QFETCH(QString, key);
+    QFETCH(int, type);
+    const QJsonValue value = readObject(QStringLiteral(":/settings.json")).value(key);
+    QCOMPARE(int(value.type()), type);
+    if (value.isDouble())
+        QVERIFY(isInteger(value) && value.toInteger() > 0);
+    if (value.isArray())
+        QVERIFY(!value.toArray().isEmpty());
+}
+
+void TestResources::routineItemsAreComplete()
+{
+    // A routine item without a name or a whole-number duration cannot be played.
+    const QJsonObject settings = readObject(QStringLiteral(":/settings.json"));
+    for (const char* list : {"morningHabits", "eveningHabits", "breakActivities"}) {
+        for (const QJsonValue& item : settings.value(QLatin1String(list)).toArray()) {
+            const QJsonObject record = item.toObject();
+            const QString name = record.value(u"name").toString();
+            QVERIFY2(!name.isEmpty(), list);
+            QVERIFY2(isInteger(record.value(u"durationSeconds")), qPrintable(name));
+            QVERIFY2(!name.contains(u','), qPrintable(name)); // would split its usage-log row
+        }
+    }
+}
+
+void TestResources::schemaJudgesDocuments_data()
+{
+    QTest::addColumn<QByteArray>("document");
+    QTest::addColumn<bool>("valid");
+    QTest::newRow("packaged settings") << readResource(QStringLiteral(":/settings.json")) << true;
+    QTest::newRow("empty") << QByteArray("{}") << true;
+    QTest::newRow("unknown key") << QByteArray(R"({"theme": "dark"})") << true;
+    QTest::newRow("hour only") << QByteArray(R"({"startTime": "7"})") << true;
+    QTest::newRow("with seconds") << QByteArray(R"({"shutOffTime": "22:00:30"})") << true;
+    QTest::newRow("dotted time") << QByteArray(R"({"startTime": "7.30"})") << false;
+    QTest::newRow("time as number") << QByteArray(R"({"startTime": 7})") << false;
+    QTest::newRow("interval as text") << QByteArray(R"({"breakAfterMinutes": "50"})") << false;
+    QTest::newRow("duration as text")
+        << QByteArray(R"({"morningHabits": [{"name": "Run", "durationSeconds": "60"}]})") << false;
+    QTest::newRow("videoUrl as one string")
+        << QByteArray(R"({"eveningHabits": [{"name": "Read", "durationSeconds": 60, "videoUrl": "x"}]})")
+        << false;
+    QTest::newRow("choice not an object")
+        << QByteArray(R"({"breakActivities": [{"name": "Move", "durationSeconds": 30,
+                          "type": "random-choice", "choices": ["Jump"]}]})")
+        << false;
+    QTest::newRow("habits not a list") << QByteArray(R"({"morningHabits": {"name": "Run"}})") << false;
+}
+
+void TestResources::schemaJudgesDocuments()
+{
+    QFETCH(QByteArray, document);
+    QFETCH(bool, valid);
+
+    const QJsonDocument schemaDoc =
+        QJsonDocument::fromJson(readResource(QStringLiteral(":/settings-schema.json")));
+    valijson::Schema schema;
+    valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
+    try {
+        parser.populateSchema(valijson::adapters::QtJsonAdapter(schemaDoc.object()), schema);
+    } catch (const std::exception& e) {
+        QFAIL(e.what());
+    }
+
+    QJsonParseError error{};
+    const QJsonDocument target = QJsonDocument::fromJson(document, &error);
+    QCOMPARE(error.error, QJsonParseError::NoError);
+    valijson::Validator validator;
+    valijson::ValidationResults results;
+    const bool accepted =
+        validator.validate(schema, valijson::adapters::QtJsonAdapter(target.object()), &results);
+    valijson::ValidationResults::Error first;
+    QVERIFY2(accepted == valid, results.popError(first) ? first.description.c_str() : "accepted");
+}
+
+void TestResources::blockPageShowsQueryAsTextOnly()
+{
+    // The query strings come from arbitrary web addresses: markup in them must
+    // never be interpreted, and the page must work without a network.
+    const QString page = QString::fromUtf8(readResource(QStringLiteral(":/block.html")));
+    for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
+        QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
+    QVERIFY(page.contains(u"URLSearchParams"));
+    for (const char* sink : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "eval("})
+        QVERIFY2(!page.contains(QLatin1String(sink)), sink);
+    for (const char* external : {"src=\"http", "href=\"http", "src=\"//", "href=\"//", "@import", "url("})
+        QVERIFY2(!page.contains(QLatin1String(external)), external);
+}
+
+QTEST_GUILESS_MAIN(TestResources)
+#include "tst_resources.moc"

@@ -1,0 +1,262 @@
+#include "HotKey.h"
+#include "HotKeys.h"
+#include "HotKeysController.h"
+
+#include <map>
+#include <memory>
+#include <QSet>
+#include <QTest>
+
+using namespace velmora;
+
+Q_DECLARE_METATYPE(std::optional<velmora::Key>)
+
+namespace {
+
+// Grabs whatever it is asked to unless told to refuse; tests press the grabbed chords by handle.
+class FakeHotKeys : public HotKeys
+{
+public:
+    struct Chord
+    {
+        int qtKey;
+        Qt::KeyboardModifiers modifiers;
+        Handler pressed;
+        Handler released;
+    };
+
+    quint32 registerChord(int qtKey, Qt::KeyboardModifiers modifiers, Handler pressed,
+                          Handler released) override
+    {
+        ++registrations;
+        if (refuse)
+            return 0;
+        chords[++lastHandle] = {qtKey, modifiers, std::move(pressed), std::move(released)};
+        return lastHandle;
+    }
+    void unregisterChord(quint32 handle) override { QCOMPARE(chords.erase(handle), std::size_t(1)); }
+
+    bool refuse = false;
+    int registrations = 0;
+    quint32 lastHandle = 0;
+    std::map<quint32, Chord> chords;
+};
+
+const KeyCombo ctrlSuperJ(Key::j, Qt::ControlModifier | Qt::MetaModifier);
+
+} // namespace
+
+class TestHotKey : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void everyKeyRoundTripsThroughItsCode()
+    {
+        const std::map<Key, Key> leftTwin = {{Key::rightCommand, Key::command},
+                                             {Key::rightOption, Key::option},
+                                             {Key::rightControl, Key::control},
+                                             {Key::rightShift, Key::shift}};
+        QCOMPARE(allKeys().size(), std::size_t(113));
+        QSet<quint32> codes;
+        for (Key key : allKeys()) {
+            const quint32 code = keyCode(key);
+            const auto twin = leftTwin.find(key);
+            QCOMPARE(keyFromKeyCode(code), twin == leftTwin.end() ? key : twin->second);
+            QVERIFY2(twin != leftTwin.end() || !codes.contains(code), qPrintable(description(key)));
+            codes.insert(code);
+            QCOMPARE(description(*keyFromString(description(key))), description(key));
+        }
+        QCOMPARE(keyFromKeyCode(quint32(Qt::Key_unknown)), std::nullopt);
+    }
+
+    void keySpellings_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<std::optional<Key>>("expected");
+
+        QTest::newRow("capital letter") << u"A"_qs << std::optional(Key::a);
+        QTest::newRow("name") << u"return"_qs << std::optional(Key::return_);
+        QTest::newRow("name in capitals") << u"F12"_qs << std::optional(Key::f12);
+        QTest::newRow("two-word name") << u"forwarddelete"_qs << std::optional(Key::forwardDelete);
+        QTest::newRow("character") << u"="_qs << std::optional(Key::equal);
+        QTest::newRow("digit is the main key") << u"0"_qs << std::optional(Key::zero);
+        QTest::newRow("space character") << u" "_qs << std::optional(Key::space);
+        QTest::newRow("sign") << u"↩"_qs << std::optional(Key::return_);
+        QTest::newRow("empty") << QString() << std::optional<Key>();
+        QTest::newRow("no such key") << u"f21"_qs << std::optional<Key>();
+    }
+
+    void keySpellings()
+    {
+        QFETCH(QString, text);
+        QFETCH(std::optional<Key>, expected);
+        QCOMPARE(keyFromString(text), expected);
+    }
+
+    void comboDescription_data()
+    {
+        QTest::addColumn<KeyCombo>("combo");
+        QTest::addColumn<QString>("expected");
+
+        const auto all = Qt::MetaModifier | Qt::ShiftModifier | Qt::AltModifier | Qt::ControlModifier;
+        QTest::newRow("modifiers in fixed order") << KeyCombo(Key::tab, all) << u"Ctrl+Alt+Shift+Super+⇥"_qs;
+        QTest::newRow("bare key") << KeyCombo(Key::f5, {}) << u"F5"_qs;
+        QTest::newRow("keypad flag not shown") << KeyCombo(Key::keypad7, Qt::AltModifier) << u"Alt+7"_qs;
+    }
+
+    void comboDescription()
+    {
+        QFETCH(KeyCombo, combo);
+        QFETCH(QString, expected);
+        QCOMPARE(combo.description(), expected);
+    }
+
+    void dictionaryRoundTrip()
+    {
+        for (const KeyCombo& combo : {ctrlSuperJ, KeyCombo(Key::keypadEnter, Qt::ShiftModifier)}) {
+            QCOMPARE(KeyCombo::fromDictionary(combo.dictionary()), combo);
+            // As a JSON document hands numbers back.
+            const QVariantMap asDoubles = {{u"keyCode"_qs, double(combo.keyCode)},
+                                           {u"modifiers"_qs, double(combo.modifiers)}};
+            QCOMPARE(KeyCombo::fromDictionary(asDoubles), combo);
+        }
+    }
+
+    void fromDictionaryRefusesBadMaps_data()
+    {
+        QTest::addColumn<QVariant>("keyCode");
+        QTest::addColumn<QVariant>("modifiers");
+
+        const int j = Qt::Key_J;
+        const int ctrl = Qt::ControlModifier;
+        QTest::newRow("no keyCode") << QVariant() << QVariant(ctrl);
+        QTest::newRow("no modifiers") << QVariant(j) << QVariant();
+        QTest::newRow("keyCode as string") << QVariant(u"74"_qs) << QVariant(ctrl);
+        QTest::newRow("keyCode as bool") << QVariant(true) << QVariant(ctrl);
+        QTest::newRow("negative keyCode") << QVariant(-74) << QVariant(ctrl);
+        QTest::newRow("negative modifiers") << QVariant(j) << QVariant(-1);
+        QTest::newRow("beyond 32 bits") << QVariant(qlonglong(1) << 32) << QVariant(ctrl);
+        QTest::newRow("fraction") << QVariant(74.5) << QVariant(ctrl);
+        QTest::newRow("unknown modifier bits") << QVariant(j) << QVariant(0x1);
+    }
+
+    void fromDictionaryRefusesBadMaps()
+    {
+        QFETCH(QVariant, keyCode);
+        QFETCH(QVariant, modifiers);
+        QVariantMap map;
+        if (keyCode.isValid())
+            map.insert(u"keyCode"_qs, keyCode);
+        if (modifiers.isValid())
+            map.insert(u"modifiers"_qs, modifiers);
+        QCOMPARE(KeyCombo::fromDictionary(map), std::nullopt);
+    }
+
+    void pressAndReleaseReachTheirHandlers_data()
+    {
+        QTest::addColumn<bool>("refuse");
+        QTest::addColumn<bool>("withUp");
+        QTest::addColumn<bool>("pressed");
+        QTest::addColumn<QString>("expected");
+
+        QTest::newRow("press") << false << true << true << u"down"_qs;
+        QTest::newRow("release") << false << true << false << u"up"_qs;
+        QTest::newRow("release without up handler") << false << false << false << QString();
+        QTest::newRow("refused grab") << true << true << true << QString();
+    }
+
+    void pressAndReleaseReachTheirHandlers()
+    {
+        QFETCH(bool, refuse);
+        QFETCH(bool, withUp);
+        QFETCH(bool, pressed);
+        QFETCH(QString, expected);
+
+        FakeHotKeys port;
+        port.refuse = refuse;
+        HotKeysController controller(port);
+        QString ran;
+        HotKey hotKey(controller, ctrlSuperJ, [&] { ran += u"down"; });
+        if (withUp)
+            hotKey.setKeyUpHandler([&] { ran += u"up"; });
+
+        if (!refuse) {
+            const FakeHotKeys::Chord& chord = port.chords.at(port.lastHandle);
+            (pressed ? chord.pressed : chord.released)();
+        }
+        QCOMPARE(ran, expected);
+
+        ran.clear();
+        QCOMPARE(controller.hotKeys().size(), std::size_t(1));
+        const quint32 id = controller.hotKeys().begin()->first;
+        QCOMPARE(controller.handleHotKeyEvent(id, pressed), !expected.isEmpty());
+        QCOMPARE(ran, expected);
+        QVERIFY(!controller.handleHotKeyEvent(id + 1, pressed));
+    }
+
+    void sameIdentifierRegistersOnce()
+    {
+        FakeHotKeys port;
+        HotKeysController controller(port);
+        int presses = 0;
+        const QUuid identifier = QUuid::createUuid();
+        HotKey original(controller, identifier, ctrlSuperJ, [&] { ++presses; });
+        {
+            HotKey duplicate(controller, identifier, ctrlSuperJ, [&] { presses += 100; });
+            QCOMPARE(port.registrations, 1);
+        }
+        // The duplicate going away leaves the original's grab alone.
+        port.chords.at(port.lastHandle).pressed();
+        QCOMPARE(presses, 1);
+    }
+
+    void pausedHotKeyIsGivenBackAndGrabbedAgain()
+    {
+        FakeHotKeys port;
+        HotKeysController controller(port);
+        int presses = 0;
+        HotKey hotKey(controller, ctrlSuperJ, [&] { ++presses; });
+        const quint32 firstId = controller.hotKeys().begin()->first;
+
+        hotKey.setPaused(true);
+        QVERIFY(port.chords.empty());
+        QVERIFY(!controller.handleHotKeyEvent(firstId, true));
+
+        hotKey.setPaused(false);
+        QCOMPARE(port.registrations, 2);
+        QVERIFY(!controller.handleHotKeyEvent(firstId, true));
+        port.chords.at(port.lastHandle).pressed();
+        QCOMPARE(presses, 1);
+    }
+
+    void destroyingUnregistersEvenFromItsOwnHandler()
+    {
+        FakeHotKeys port;
+        HotKeysController controller(port);
+        auto hotKey = std::make_unique<HotKey>(controller, ctrlSuperJ);
+        QString log;
+        // The handler reads its own captures after its HotKey is gone.
+        hotKey->setKeyDownHandler([&, word = u"pressed"_qs] {
+            hotKey.reset();
+            log += word;
+        });
+        port.chords.at(port.lastHandle).pressed();
+        QCOMPARE(log, u"pressed"_qs);
+        QVERIFY(port.chords.empty());
+        QVERIFY(controller.hotKeys().empty());
+    }
+
+    void keypadKeyReachesThePortWithKeypadModifier()
+    {
+        FakeHotKeys port;
+        HotKeysController controller(port);
+        HotKey hotKey(controller, Key::keypad0, Qt::ControlModifier);
+        const FakeHotKeys::Chord& chord = port.chords.at(port.lastHandle);
+        QCOMPARE(chord.qtKey, int(Qt::Key_0));
+        QCOMPARE(chord.modifiers, Qt::ControlModifier | Qt::KeypadModifier);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestHotKey)
+#include "tst_hotkey.moc"

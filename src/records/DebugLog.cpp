@@ -4,7 +4,6 @@
 #include "RecordFormats.h"
 
 #include <QFile>
-#include <cstdio>
 
 namespace velmora {
 
@@ -22,7 +21,6 @@ QString DebugLog::formatLine(const QString& timestamp, const QString& text)
 void DebugLog::addLog(const QString& text) const
 {
     const QString line = formatLine(formatRecordDate(m_clock.now()), text);
-    std::fputs(line.toUtf8().constData(), stderr);
     if (m_path.isEmpty())
         return;
     QFile file(m_path);

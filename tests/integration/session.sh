@@ -138,6 +138,20 @@ EOF
         { vs_fail "tint2 did not take the system tray selection"; return 1; }
 }
 
+# A session killed outright (a test runner's timeout sends KILL) cannot clean up after
+# itself: remove folders of earlier sessions that no running process belongs to any more.
+vs_sweep_stale() {
+    local live dir
+    live="$(cat /proc/[0-9]*/environ 2>/dev/null | tr '\0' '\n' | sed -n 's/^VELMORA_IT_SESSION=//p' | sort -u)"
+    for dir in "${TMPDIR:-/tmp}"/velmora-it.*; do
+        [ -d "$dir" ] || continue
+        grep -qxF "$dir" <<<"$live" && continue
+        # young folders may belong to a session that is still starting its first daemon
+        [ -n "$(find "$dir" -maxdepth 0 -mmin +2)" ] && rm -rf "$dir"
+    done
+    return 0
+}
+
 vs_start() {
     local tool
     for tool in Xvfb xrandr xdpyinfo xprop dbus-daemon dbus-send pulseaudio pactl openbox tint2; do
@@ -148,6 +162,7 @@ vs_start() {
     "$VELMORA_IT_PYTHON" -c 'import Xlib' 2>/dev/null ||
         { vs_log "FAIL: python3-xlib is not installed (scripts/install-deps.sh)"; return 1; }
 
+    vs_sweep_stale
     VS_DIR="$(mktemp -d "${TMPDIR:-/tmp}/velmora-it.XXXXXX")" || return 1
     mkdir -p "$VS_DIR"/{home,config,data,cache,runtime,logs,scratch}
     chmod 700 "$VS_DIR/runtime"

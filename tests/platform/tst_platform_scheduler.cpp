@@ -1,0 +1,100 @@
+#include "QtScheduler.h"
+
+#include <QTest>
+
+using namespace Qt::StringLiterals;
+using velmora::QtScheduler;
+using velmora::TimerId;
+
+class TestScheduler : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // What happens to a timer before it is due decides whether its callback runs.
+    void singleShot_data()
+    {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<int>("expectedRuns");
+
+        QTest::newRow("nothing") << "nothing" << 1;
+        QTest::newRow("cancelled") << "cancel" << 0;
+        QTest::newRow("context destroyed") << "destroy" << 0;
+        QTest::newRow("cancelled twice") << "cancel twice" << 0;
+    }
+
+    void singleShot()
+    {
+        QFETCH(QString, before);
+        QFETCH(int, expectedRuns);
+
+        QtScheduler scheduler;
+        auto context = std::make_unique<QObject>();
+        int runs = 0;
+        const TimerId id = scheduler.singleShot(5, context.get(), [&] { ++runs; });
+        QVERIFY(scheduler.isActive(id));
+
+        if (before.startsWith(u"cancel"))
+            scheduler.cancel(id);
+        if (before == u"cancel twice")
+            scheduler.cancel(id);
+        if (before == u"destroy")
+            context.reset();
+        QCOMPARE(scheduler.isActive(id), before == u"nothing");
+
+        // A later timer on another context shows that the first one's turn has passed.
+        QObject witness;
+        bool later = false;
+        scheduler.singleShot(30, &witness, [&] { later = true; });
+        QTRY_VERIFY(later);
+        QCOMPARE(runs, expectedRuns);
+        QVERIFY(!scheduler.isActive(id));
+    }
+
+    void repeatingRunsUntilCancelledFromItsCallback()
+    {
+        QtScheduler scheduler;
+        QObject context;
+        int runs = 0;
+        TimerId id = 0;
+        id = scheduler.repeating(2, &context, [&] {
+            if (++runs == 3)
+                scheduler.cancel(id);
+        });
+        QTRY_COMPARE(runs, 3);
+        QVERIFY(!scheduler.isActive(id));
+        QTest::qWait(20);
+        QCOMPARE(runs, 3);
+    }
+
+    void repeatingStopsWithItsContext()
+    {
+        QtScheduler scheduler;
+        auto* context = new QObject;
+        int runs = 0;
+        const TimerId id = scheduler.repeating(2, context, [&] {
+            if (++runs == 2)
+                context->deleteLater();
+        });
+        QTRY_VERIFY(!scheduler.isActive(id));
+        QTest::qWait(20);
+        QCOMPARE(runs, 2);
+    }
+
+    void postRunsOnTheNextTurnInOrder()
+    {
+        QtScheduler scheduler;
+        QObject context;
+        QStringList order;
+        scheduler.post(&context, [&] {
+            order << u"first"_s;
+            scheduler.post(&context, [&] { order << u"nested"_s; });
+        });
+        scheduler.post(&context, [&] { order << u"second"_s; });
+        QVERIFY(order.isEmpty());
+        QTRY_COMPARE(order, (QStringList{u"first"_s, u"second"_s, u"nested"_s}));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestScheduler)
+#include "tst_platform_scheduler.moc"

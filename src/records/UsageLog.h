@@ -9,16 +9,16 @@ class Clock;
 // One row of the usage log. Callers leave empty what does not apply.
 struct UsageRow
 {
-    QString logType;
-    QString activity;
-    QString durationInSeconds;
-    QString quantityQuestion;
-    QString quantityLogged;
-    QString startTime;
-    QString workAchieved;
-    QString distractionsEncountered;
-    QString abortReason;
-    QString feedback;
+    QString logType = {};
+    QString activity = {};
+    QString durationInSeconds = {};
+    QString quantityQuestion = {};
+    QString quantityLogged = {};
+    QString startTime = {};
+    QString workAchieved = {};
+    QString distractionsEncountered = {};
+    QString abortReason = {};
+    QString feedback = {};
 };
 
 // The record of what the user really did: a CSV file that only grows. Fields are

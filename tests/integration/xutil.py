@@ -7,6 +7,7 @@ Run with Debian's /usr/bin/python3 (python3-xlib). Window ids are printed in hex
   xutil.py tray-icons CLASS           viewable windows of WM_CLASS CLASS embedded in the tray
                                       (one "icon-id tray-window-id" per line); exit 1 if none
   xutil.py input-focus                the window that holds the keyboard focus
+  xutil.py keyboard-grabbed           exit 0 when another client holds the keyboard grabbed
   xutil.py is-inside WINDOW ANCESTOR  exit 0 when WINDOW is ANCESTOR or lies inside it
   xutil.py screenshot FILE.png        the whole root window as a PNG
 """
@@ -96,6 +97,17 @@ def cmd_input_focus(d):
     return 0
 
 
+def cmd_keyboard_grabbed(d):
+    """Exit 0 when another client holds an active keyboard grab (ours then fails)."""
+    root = d.screen().root
+    status = root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
+    if status == X.GrabSuccess:
+        d.ungrab_keyboard(X.CurrentTime)
+        d.sync()
+        return 1
+    return 0 if status == X.AlreadyGrabbed else 2
+
+
 def cmd_is_inside(d, window, ancestor):
     win = d.create_resource_object("window", int(window, 0))
     return 0 if int(ancestor, 0) in (w.id for w in ancestors(d, win)) else 1
@@ -143,6 +155,7 @@ def main(argv):
         "tray-icons": (cmd_tray_icons, 1),
         "input-focus": (cmd_input_focus, 0),
         "is-inside": (cmd_is_inside, 2),
+        "keyboard-grabbed": (cmd_keyboard_grabbed, 0),
         "screenshot": (cmd_screenshot, 1),
     }
     if command not in commands or len(args) != commands[command][1]:

@@ -1,4 +1,72 @@
+#include "ProcessLauncher.h"
+
+#include <QProcess>
 #include <QTest>
-class T : public QObject { Q_OBJECT };
-QTEST_GUILESS_MAIN(T)
+
+using namespace Qt::StringLiterals;
+using velmora::ProcessLauncher;
+
+class TestLauncher : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    // The restart command line goes through /bin/sh: every argument must arrive as it was.
+    void shellQuotingSurvivesTheShell_data()
+    {
+        QTest::addColumn<QStringList>("words");
+
+        QTest::newRow("plain") << QStringList{u"--minimized"_s};
+        QTest::newRow("spaces") << QStringList{u"/opt/My Apps/velmora"_s, u"a  b"_s};
+        QTest::newRow("quotes") << QStringList{u"it's"_s, u"\"quoted\""_s, u"'"_s};
+        QTest::newRow("expansions") << QStringList{u"$HOME"_s, u"`id`"_s, u"$(id)"_s, u"*"_s, u"~"_s};
+        QTest::newRow("backslashes and newline") << QStringList{u"a\\b"_s, u"line\nbreak"_s, u"\\"_s};
+        QTest::newRow("empty and unicode") << QStringList{QString(), u"é 🚀"_s, u";exit 3"_s};
+    }
+
+    void shellQuotingSurvivesTheShell()
+    {
+        QFETCH(QStringList, words);
+
+        QProcess shell;
+        shell.start(u"/bin/sh"_s, {u"-c"_s, u"printf '%s\\0' "_s + ProcessLauncher::shellQuoted(words)});
+        QVERIFY(shell.waitForFinished(5000));
+        QCOMPARE(shell.exitCode(), 0);
+        QByteArray output = shell.readAllStandardOutput();
+        QVERIFY(output.endsWith('\0'));
+        output.chop(1);
+        QStringList received;
+        for (const QByteArray& word : output.split('\0'))
+            received << QString::fromUtf8(word);
+        QCOMPARE(received, words);
+    }
+
+    void startedBySystemd_data()
+    {
+        QTest::addColumn<QString>("invocationId");
+        QTest::addColumn<QString>("execPid");
+        QTest::addColumn<bool>("expected");
+
+        QTest::newRow("started by hand") << QString() << QString() << false;
+        QTest::newRow("our service") << u"7f3a"_s << u"4242"_s << true;
+        QTest::newRow("older systemd") << u"7f3a"_s << QString() << true;
+        QTest::newRow("from a terminal that runs as a service") << u"7f3a"_s << u"1000"_s << false;
+    }
+
+    void startedBySystemd()
+    {
+        QFETCH(QString, invocationId);
+        QFETCH(QString, execPid);
+        QFETCH(bool, expected);
+
+        QProcessEnvironment environment;
+        if (!invocationId.isEmpty())
+            environment.insert(u"INVOCATION_ID"_s, invocationId);
+        if (!execPid.isEmpty())
+            environment.insert(u"SYSTEMD_EXEC_PID"_s, execPid);
+        QCOMPARE(ProcessLauncher::startedBySystemd(environment, 4242), expected);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLauncher)
 #include "tst_platform_launcher.moc"

@@ -28,18 +28,15 @@ constexpr int kRestartExitStatus = 0;
 } // namespace
 
 AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
-    : QObject(parent)
-    , m_ports(ports)
-    , m_paths(std::move(paths))
-    , m_log(*ports.clock, {})
-    , m_usage(*ports.clock, {})
-    , m_sync(*ports.preferences, *ports.clock)
+    : QObject(parent), m_ports(ports), m_paths(std::move(paths)), m_log(*ports.clock, {}),
+      m_usage(*ports.clock, {}), m_sync(*ports.preferences, *ports.clock)
 {
-    m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences, *m_ports.clock,
-                                                                 m_log, *m_ports.media, *m_ports.notifier,
-                                                                 m_texts, m_sync, *this});
-    mainViewControllerObj = new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler,
-                                                m_log, *m_ports.media, m_texts, m_sync, *m_schedule, *this});
+    m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
+                                                                 *m_ports.clock, m_log, *m_ports.media,
+                                                                 *m_ports.notifier, m_texts, m_sync, *this});
+    mainViewControllerObj =
+        new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log,
+                            *m_ports.media, m_texts, m_sync, *m_schedule, *this});
     m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj);
     m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
@@ -102,8 +99,9 @@ void AppDelegate::applicationWillFinishLaunching()
     statusbutton->setNormalLook();
 
     m_log.addLog(QStringLiteral("downloading config file"));
-    getConfigFile(*m_ports.http, configServer(), m_log, this,
-                  [this](std::optional<QJsonObject> catalogue) { configurationArrived(std::move(catalogue)); });
+    getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
+        configurationArrived(std::move(catalogue));
+    });
 }
 
 void AppDelegate::loadFocusTypes()
@@ -119,7 +117,8 @@ void AppDelegate::seedBoolPreference(const QString& key, bool fallback, bool* mi
     const auto stored = m_ports.preferences->boolean(key);
     if (!stored) {
         if (m_ports.preferences->contains(key))
-            m_log.addLog(QStringLiteral("Preference ") + key + QStringLiteral(" was not a bool; reset to default"));
+            m_log.addLog(QStringLiteral("Preference ") + key +
+                         QStringLiteral(" was not a bool; reset to default"));
         m_ports.preferences->setValue(key, fallback);
     }
     *mirror = stored.value_or(fallback);
@@ -150,8 +149,8 @@ void AppDelegate::refreshFromPackage(const QString& resource, const QString& fil
         if (!QFile::copy(resource, target))
             qDebug() << "could not copy" << resource << "to" << target;
         else
-            QFile::setPermissions(target, QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup |
-                                              QFile::ReadOther);
+            QFile::setPermissions(target,
+                                  QFile::ReadOwner | QFile::WriteOwner | QFile::ReadGroup | QFile::ReadOther);
     }
 }
 
@@ -182,8 +181,8 @@ void AppDelegate::installResetHotKey()
 {
     // Whatever modifiers are held at launch join the chord, as they always have.
     const Qt::KeyboardModifiers held = QGuiApplication::queryKeyboardModifiers();
-    hotKeyClearUserdefaults = std::make_unique<HotKey>(
-        *m_hotKeys, Key::j, held | Qt::ControlModifier | Qt::MetaModifier, [this] {
+    hotKeyClearUserdefaults =
+        std::make_unique<HotKey>(*m_hotKeys, Key::j, held | Qt::ControlModifier | Qt::MetaModifier, [this] {
             qDebug() << "Pressed at " << m_ports.clock->now();
             resetAllData();
         });
@@ -360,7 +359,8 @@ void AppDelegate::quitAndRestartApp()
 
 void AppDelegate::resetAllData()
 {
-    if (!confirm(QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted.")))
+    if (!confirm(
+            QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted.")))
         return;
     m_ports.preferences->clear();
     m_ports.preferences->sync();

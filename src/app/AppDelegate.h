@@ -10,10 +10,10 @@
 #include "TextCatalogue.h"
 #include "UsageLog.h"
 
-#include <QObject>
-#include <QUrl>
 #include <functional>
 #include <memory>
+#include <QObject>
+#include <QUrl>
 
 class QKeyEvent;
 #include <optional>
@@ -30,10 +30,10 @@ class ViewController;
 // Where the program keeps and finds its files.
 struct AppPaths
 {
-    QString dataFolder;                                       // usage log, debug log, block page, logo
+    QString dataFolder; // usage log, debug log, block page, logo
     QString packagedSettings = QStringLiteral(":/settings.json");
     QString packagedCatalogue = QStringLiteral(":/config.json");
-    QUrl configServer;                                        // empty: the packaged catalogue's, if any
+    QUrl configServer; // empty: the packaged catalogue's, if any
 };
 
 // Takes every outside event (launch, screens, the tray, the timers) and owns the

@@ -23,9 +23,9 @@ static QUrl configServerFromCommandLine(const QApplication& app)
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Time at the computer, deserved."));
     parser.addHelpOption();
-    const QCommandLineOption server(QStringLiteral("config-server"),
-                                    QStringLiteral("Where the text catalogue and settings schema are served."),
-                                    QStringLiteral("URL"));
+    const QCommandLineOption server(
+        QStringLiteral("config-server"),
+        QStringLiteral("Where the text catalogue and settings schema are served."), QStringLiteral("URL"));
     parser.addOption(server);
     parser.process(app);
     if (parser.isSet(server))
@@ -38,14 +38,13 @@ int main(int argc, char* argv[])
     QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velmora"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Velmora"));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));
     QApplication::setQuitOnLastWindowClosed(false);
 
     AppPaths paths;
     paths.configServer = configServerFromCommandLine(app);
-    paths.dataFolder = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                       QStringLiteral("/velmora");
+    paths.dataFolder =
+        QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/velmora");
 
     QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (runtime.isEmpty())
@@ -64,8 +63,8 @@ int main(int argc, char* argv[])
     ProcessLauncher launcher;
     SystemdLoginService loginService;
     X11HotKeys hotKeys;
-    Ports ports{&clock,  &scheduler, &preferences,  &media,   &displayAwake,
-                &notifier, &http,    &launcher,     &loginService, &hotKeys};
+    Ports ports{&clock,    &scheduler, &preferences, &media,        &displayAwake,
+                &notifier, &http,      &launcher,    &loginService, &hotKeys};
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();

@@ -17,10 +17,7 @@
 
 namespace velmora {
 
-DaySchedule::DaySchedule(Deps deps)
-    : d(deps)
-{
-}
+DaySchedule::DaySchedule(Deps deps) : d(deps) {}
 
 std::optional<QDateTime> DaySchedule::todayStartInstant() const
 {
@@ -212,9 +209,10 @@ void DaySchedule::tick()
     const QDateTime now = d.clock.now();
     const QDateTime warning = shutOff->addSecs(-300);
     if (now < warning && now > warning.addSecs(-5)) {
-        d.notifier.notify(d.texts.text("common", "shutdownNotificationTitle",
-                                       QStringLiteral("It's time to wrap up for the day. Your shutdown time is "
-                                                      "in 5 minutes.")));
+        d.notifier.notify(
+            d.texts.text("common", "shutdownNotificationTitle",
+                         QStringLiteral("It's time to wrap up for the day. Your shutdown time is "
+                                        "in 5 minutes.")));
     }
 
     if (isShutOffTimeGoing()) {

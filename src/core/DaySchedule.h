@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QDateTime>
 #include <optional>
+#include <QDateTime>
 
 namespace velmora {
 

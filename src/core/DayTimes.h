@@ -2,8 +2,8 @@
 
 #include "SettingsRecords.h"
 
-#include <QDateTime>
 #include <optional>
+#include <QDateTime>
 
 namespace velmora {
 

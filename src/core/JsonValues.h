@@ -1,13 +1,13 @@
 #pragma once
 
+#include <cmath>
+#include <limits>
+#include <optional>
 #include <QJsonArray>
 #include <QJsonObject>
 #include <QJsonValue>
 #include <QStringList>
 #include <QVector>
-#include <cmath>
-#include <limits>
-#include <optional>
 
 namespace velmora::json {
 

@@ -28,7 +28,8 @@ inline const QString kUserdefaults24HoursClearPasswordTime =
 inline const QString kUserdefaultsPomodoroModeEnabled = QStringLiteral("kUserdefaultsPomodoroModeEnabled");
 inline const QString kUserdefaultsOfficeModeEnabled = QStringLiteral("kUserdefaultsOfficeModeEnabled");
 inline const QString kUserdefaultsReducedMotion = QStringLiteral("kUserdefaultsReducedMotion");
-inline const QString kUserdefaultsPromptToRememberHabit = QStringLiteral("kUserdefaultsPromptToRememberHabit");
+inline const QString kUserdefaultsPromptToRememberHabit =
+    QStringLiteral("kUserdefaultsPromptToRememberHabit");
 } // namespace keys
 
 } // namespace velmora

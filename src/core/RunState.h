@@ -2,18 +2,19 @@
 
 #include "SettingsRecords.h"
 
+#include <optional>
 #include <QDateTime>
 #include <QHash>
 #include <QJsonObject>
 #include <QStringList>
 #include <QVariantList>
 #include <QVector>
-#include <optional>
 
 namespace velmora {
 
 // What the main lock window is doing.
-enum class CURRENTSTATE : quint8 {
+enum class CURRENTSTATE : quint8
+{
     _NOTHING_ = 0,
     _MORNING_HABIT_ = 1,
     _EVENING_HABIT_ = 2,
@@ -25,7 +26,8 @@ enum class CURRENTSTATE : quint8 {
 };
 
 // The phase within the state.
-enum class ACTION : quint8 {
+enum class ACTION : quint8
+{
     _STARTING_ = 0,
     _RUNNING_ = 1,
     _OVER_ = 2,

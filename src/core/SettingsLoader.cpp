@@ -59,7 +59,7 @@ breakActivity decodeBreakActivity(const QJsonObject& o)
     return a;
 }
 
-template<typename Record, typename Decode>
+template <typename Record, typename Decode>
 static QVector<Record> decodeList(const QJsonObject& document, const char* key, Decode decode)
 {
     QVector<Record> out;
@@ -76,8 +76,7 @@ void applySettingsDocument(RunState& state, const QJsonObject& document)
 {
     state.arrAllMorningHabits = decodeList<habit>(document, "morningHabits", decodeHabit);
     state.arrAllEveningHabits = decodeList<habit>(document, "eveningHabits", decodeHabit);
-    state.arrAllbreakActivities =
-        decodeList<breakActivity>(document, "breakActivities", decodeBreakActivity);
+    state.arrAllbreakActivities = decodeList<breakActivity>(document, "breakActivities", decodeBreakActivity);
     if (const auto minutes = json::integer(document, "breakAfterMinutes")) {
         state.breakAfterMinutes = *minutes;
         qDebug() << "breakAfterMinutes" << *minutes;
@@ -119,7 +118,8 @@ void readSettingsJsonDictionary(RunState& state, const Preferences& preferences,
     } else {
         QFile packaged(packagedPath);
         if (packaged.open(QIODevice::ReadOnly))
-            document = parseDocument(packaged.readAll(), QStringLiteral("The packaged settings document"), log);
+            document =
+                parseDocument(packaged.readAll(), QStringLiteral("The packaged settings document"), log);
     }
     applySettingsDocument(state, document);
 }

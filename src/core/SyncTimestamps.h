@@ -1,9 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <QDateTime>
 #include <QMap>
 #include <QString>
-#include <optional>
 
 namespace velmora {
 

@@ -1,12 +1,12 @@
 #pragma once
 
+#include <functional>
+#include <initializer_list>
+#include <optional>
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
 #include <QUrl>
-#include <functional>
-#include <initializer_list>
-#include <optional>
 
 namespace velmora {
 

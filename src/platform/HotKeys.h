@@ -1,8 +1,8 @@
 #pragma once
 
+#include <functional>
 #include <QObject>
 #include <Qt>
-#include <functional>
 
 namespace velmora {
 

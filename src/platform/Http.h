@@ -1,18 +1,18 @@
 #pragma once
 
+#include <functional>
 #include <QByteArray>
 #include <QObject>
 #include <QString>
 #include <QUrl>
-#include <functional>
 
 namespace velmora {
 
 struct HttpReply
 {
-    int status = 0;          // 0 when no HTTP response arrived
+    int status = 0; // 0 when no HTTP response arrived
     QByteArray body;
-    QString error;           // transport error text, empty when there is none
+    QString error; // transport error text, empty when there is none
 };
 
 class Http

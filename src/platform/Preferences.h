@@ -1,10 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <QDateTime>
 #include <QString>
 #include <QStringList>
 #include <QVariant>
-#include <optional>
 
 namespace velmora {
 

@@ -3,10 +3,10 @@
 #include "Clock.h"
 #include "RecordFormats.h"
 
+#include <cstdio>
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <cstdio>
 
 namespace velmora {
 
@@ -14,11 +14,7 @@ const char* const UsageLog::kHeader = "Log type,Timestamp,Activity,Duration in s
                                       "Quantity Logged,Start Time,Work achieved,Distractions encountered,"
                                       "Abort reason,Feedback\n";
 
-UsageLog::UsageLog(const Clock& clock, QString path)
-    : m_clock(clock)
-    , m_path(std::move(path))
-{
-}
+UsageLog::UsageLog(const Clock& clock, QString path) : m_clock(clock), m_path(std::move(path)) {}
 
 static bool writeWhole(const QString& path, const QByteArray& bytes)
 {
@@ -43,10 +39,17 @@ bool UsageLog::createIfMissing() const
 
 QString UsageLog::formatRow(const QString& timestamp, const UsageRow& row)
 {
-    const QStringList fields{row.logType,        timestamp,          row.activity,
-                             row.durationInSeconds, row.quantityQuestion, row.quantityLogged,
-                             row.startTime,      row.workAchieved,   row.distractionsEncountered,
-                             row.abortReason,    row.feedback};
+    const QStringList fields{row.logType,
+                             timestamp,
+                             row.activity,
+                             row.durationInSeconds,
+                             row.quantityQuestion,
+                             row.quantityLogged,
+                             row.startTime,
+                             row.workAchieved,
+                             row.distractionsEncountered,
+                             row.abortReason,
+                             row.feedback};
     return fields.join(u',') + u'\n';
 }
 

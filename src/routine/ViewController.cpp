@@ -19,9 +19,7 @@
 
 namespace velmora {
 
-ViewController::ViewController(Deps deps, QWidget* parent)
-    : QWidget(parent)
-    , d(deps)
+ViewController::ViewController(Deps deps, QWidget* parent) : QWidget(parent), d(deps)
 {
     setObjectName(QStringLiteral("ViewController"));
     auto* layout = new QVBoxLayout(this);
@@ -43,9 +41,9 @@ ViewController::ViewController(Deps deps, QWidget* parent)
     boxLayout->addWidget(containerView);
     layout->addWidget(boxContainer, 1);
 
-    lblMessage = new QLabel(d.texts.text("common", "stayFocusedText",
-                                         QStringLiteral("OK - Stay focused throughout the day!")),
-                            this);
+    lblMessage = new QLabel(
+        d.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")),
+        this);
     lblMessage->setObjectName(QStringLiteral("lblMessage"));
     lblMessage->setAlignment(Qt::AlignCenter);
     lblMessage->setWordWrap(true);
@@ -180,17 +178,18 @@ bool ViewController::cancelBreakForReason()
     const CURRENTSTATE s = d.state.currentState;
     const Reason reasons[] = {
         {[this] { return d.media.isMicOn(); }, "Mic is in use, Break Activities cancelled.", true, true},
-        {[this] { return d.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true, true},
+        {[this] { return d.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true,
+         true},
         {[this] { return d.host.isPreventUserIdleDisplaySleepOn(); },
          "PreventUserIdleDisplaySleep is On: Break Activities cancelled.", true, false},
         {[s] { return s == CURRENTSTATE::_ABORT_; }, "App is disabled, Break Activities cancelled.", false,
          false},
-        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; }, "App is in shutoff state, Break Activities cancelled.",
-         false, false},
+        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; },
+         "App is in shutoff state, Break Activities cancelled.", false, false},
         {[s] { return s == CURRENTSTATE::_MORNING_HABIT_; },
          "Morning habit showing, Break Activities cancelled.", false, false},
-        {[this] { return d.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.", false,
-         false},
+        {[this] { return d.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.",
+         false, false},
     };
     for (const Reason& reason : reasons) {
         if (!reason.holds())
@@ -241,7 +240,8 @@ void ViewController::startBreakActivities()
         return;
     btnAbort->show();
     buildBreakLists();
-    if (d.state.arrActivitiesIncludeInEveryBreak.isEmpty() && d.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
+    if (d.state.arrActivitiesIncludeInEveryBreak.isEmpty() &&
+        d.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
         // Office mode with no office-friendly activity: nothing to run, so no lock.
         d.log.addLog(QStringLiteral("No activity fits this break (office mode); the break is skipped."));
         setActivityTimer();

@@ -3,8 +3,8 @@
 #include "RunState.h"
 #include "Scheduler.h"
 
-#include <QWidget>
 #include <optional>
+#include <QWidget>
 
 class QLabel;
 class QPushButton;

@@ -56,8 +56,7 @@ static void placeOnScreen(QWidget* window, QScreen* screen)
     window->setGeometry(screen->geometry());
 }
 
-CustomWindow::CustomWindow(QWidget* content)
-    : QWidget(nullptr, kLockFlags)
+CustomWindow::CustomWindow(QWidget* content) : QWidget(nullptr, kLockFlags)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Velmora lock"));
@@ -102,8 +101,10 @@ void CustomWindow::changeEvent(QEvent* event)
 }
 
 blankController::blankController(const QString& appName, QWidget* parent)
-    : QWidget(parent, kLockFlags)
+    : QWidget(parent, kLockFlags | Qt::WindowDoesNotAcceptFocus)
 {
+    // The main lock window keeps the keyboard; its neighbours never take it.
+    setAttribute(Qt::WA_ShowWithoutActivating);
     setWindowTitle(QStringLiteral("Velmora blank"));
     setAutoFillBackground(true);
     QPalette p = palette();
@@ -126,16 +127,14 @@ void blankController::closeEvent(QCloseEvent* event)
 }
 
 LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, QString appName)
-    : m_main(mainWindow)
-    , m_scheduler(scheduler)
-    , m_appName(std::move(appName))
+    : m_main(mainWindow), m_scheduler(scheduler), m_appName(std::move(appName))
 {
 }
 
 void LockWindows::resetWin(QWidget* window)
 {
     window->setAttribute(Qt::WA_DeleteOnClose, false);
-    window->setWindowFlags(kLockFlags);
+    window->setWindowFlags(kLockFlags | Qt::WindowDoesNotAcceptFocus);
 }
 
 void LockWindows::showExtraWindows()
@@ -165,7 +164,13 @@ void LockWindows::showExtraWindows()
         m_main.raise();
         m_main.activateWindow();
     }
-    m_scheduler.post(this, [this] { setframe(); });
+    m_scheduler.post(this, [this] {
+        setframe();
+        if (m_main.isVisible()) {
+            m_main.raise();
+            m_main.activateWindow();
+        }
+    });
 }
 
 void LockWindows::setframe()

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <QList>
 #include <QObject>
 #include <QPointer>
 #include <QWidget>
-#include <functional>
 
 class QLabel;
 class QScreen;

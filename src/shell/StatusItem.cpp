@@ -7,8 +7,7 @@
 
 namespace velmora {
 
-StatusItem::StatusItem(QObject* parent)
-    : QObject(parent)
+StatusItem::StatusItem(QObject* parent) : QObject(parent)
 {
     m_tray = new QSystemTrayIcon(this);
     connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {
@@ -31,38 +30,39 @@ QIcon StatusItem::paintLook(const QString& title, const QColor& background, cons
         QPixmap pixmap(size, size);
         pixmap.fill(Qt::transparent);
         {
-        QPainter p(&pixmap);
-        p.setRenderHint(QPainter::Antialiasing);
-        const qreal unit = size / 22.0;
-        const QRectF frame(unit, unit, size - 2 * unit, size - 2 * unit);
-        if (background.alpha() > 0) {
-            p.setPen(Qt::NoPen);
-            p.setBrush(background);
-            p.drawRoundedRect(frame, 4 * unit, 4 * unit);
-        }
-        if (border.alpha() > 0) {
-            p.setPen(QPen(border, 2 * unit));
-            p.setBrush(Qt::NoBrush);
-            p.drawRoundedRect(frame, 4 * unit, 4 * unit);
-        }
-        const QPixmap clock(size > 22 ? QStringLiteral(":/images/clock22@2x.png") : QStringLiteral(":/images/clock22.png"));
-        const QColor ink = background.alpha() > 0 ? QColor(Qt::white) : QColor(0x20, 0x20, 0x20);
-        if (title.isEmpty()) {
-            if (!clock.isNull())
-                p.drawPixmap(QRect(0, 0, size, size), clock);
-            else {
-                p.setPen(QPen(ink, 2 * unit));
-                p.drawEllipse(frame.adjusted(3 * unit, 3 * unit, -3 * unit, -3 * unit));
+            QPainter p(&pixmap);
+            p.setRenderHint(QPainter::Antialiasing);
+            const qreal unit = size / 22.0;
+            const QRectF frame(unit, unit, size - 2 * unit, size - 2 * unit);
+            if (background.alpha() > 0) {
+                p.setPen(Qt::NoPen);
+                p.setBrush(background);
+                p.drawRoundedRect(frame, 4 * unit, 4 * unit);
             }
-        } else {
-            // Too small for the clock and a word: the word tells the state.
-            QFont f;
-            f.setPixelSize(int(7 * unit));
-            f.setBold(true);
-            p.setFont(f);
-            p.setPen(ink);
-            p.drawText(frame, Qt::AlignCenter, title.left(5));
-        }
+            if (border.alpha() > 0) {
+                p.setPen(QPen(border, 2 * unit));
+                p.setBrush(Qt::NoBrush);
+                p.drawRoundedRect(frame, 4 * unit, 4 * unit);
+            }
+            const QPixmap clock(size > 22 ? QStringLiteral(":/images/clock22@2x.png")
+                                          : QStringLiteral(":/images/clock22.png"));
+            const QColor ink = background.alpha() > 0 ? QColor(Qt::white) : QColor(0x20, 0x20, 0x20);
+            if (title.isEmpty()) {
+                if (!clock.isNull())
+                    p.drawPixmap(QRect(0, 0, size, size), clock);
+                else {
+                    p.setPen(QPen(ink, 2 * unit));
+                    p.drawEllipse(frame.adjusted(3 * unit, 3 * unit, -3 * unit, -3 * unit));
+                }
+            } else {
+                // Too small for the clock and a word: the word tells the state.
+                QFont f;
+                f.setPixelSize(int(7 * unit));
+                f.setBold(true);
+                p.setFont(f);
+                p.setPen(ink);
+                p.drawText(frame, Qt::AlignCenter, title.left(5));
+            }
         }
         icon.addPixmap(pixmap);
     }
@@ -72,7 +72,8 @@ QIcon StatusItem::paintLook(const QString& title, const QColor& background, cons
 void StatusItem::apply()
 {
     m_tray->setIcon(paintLook(m_title, m_background, m_border));
-    m_tray->setToolTip(m_title.isEmpty() ? QStringLiteral("Velmora") : QStringLiteral("Velmora — ") + m_title);
+    m_tray->setToolTip(m_title.isEmpty() ? QStringLiteral("Velmora")
+                                         : QStringLiteral("Velmora — ") + m_title);
 }
 
 void StatusItem::setNormalLook()

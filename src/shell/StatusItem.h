@@ -16,7 +16,13 @@ class StatusItem : public QObject
 {
     Q_OBJECT
 public:
-    enum class Look { Normal, Off, Focus, Call };
+    enum class Look
+    {
+        Normal,
+        Off,
+        Focus,
+        Call
+    };
 
     explicit StatusItem(QObject* parent = nullptr);
 

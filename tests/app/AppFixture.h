@@ -3,9 +3,9 @@
 #include "AppDelegate.h"
 #include "FakePorts.h"
 
+#include <memory>
 #include <QFile>
 #include <QTemporaryDir>
-#include <memory>
 
 namespace velmora::test {
 
@@ -66,7 +66,10 @@ struct AppFixture
         file.open(QIODevice::ReadOnly);
         return QString::fromUtf8(file.readAll());
     }
-    int logCount(const QString& line) const { return debugLog().count(QStringLiteral("  -  ") + line + u'\n'); }
+    int logCount(const QString& line) const
+    {
+        return debugLog().count(QStringLiteral("  -  ") + line + u'\n');
+    }
 
     QList<int> exitStatuses;
 };

@@ -215,8 +215,7 @@ void DayTest::deactivatedProgramLocksOnlyWithReactivationDate()
     QVERIFY(!app.isTickRunning());
 
     f.fakes.scheduler.advanceTo(QTime(22, 10));
-    QCOMPARE(app.state().currentState,
-             withDate ? CURRENTSTATE::_FOCUS_SUMMARY_ : CURRENTSTATE::_NOTHING_);
+    QCOMPARE(app.state().currentState, withDate ? CURRENTSTATE::_FOCUS_SUMMARY_ : CURRENTSTATE::_NOTHING_);
     QCOMPARE(app.mainWindow().isVisible(), withDate);
 
     // When the date passes the program reactivates itself through a restart.
@@ -234,8 +233,8 @@ void DayTest::otherMachineShowedMorningRoutine()
     f.nightStagesDone(at(23, QTime(7, 0)));
     QFile plist(sync.filePath(QStringLiteral("timestamp.plist")));
     QVERIFY(plist.open(QIODevice::WriteOnly));
-    plist.write(SyncTimestamps::writePlist({{QStringLiteral("lastMorningRoutine"),
-                                              QStringLiteral("2026-11-23 06:40:00")}}));
+    plist.write(SyncTimestamps::writePlist(
+        {{QStringLiteral("lastMorningRoutine"), QStringLiteral("2026-11-23 06:40:00")}}));
     plist.close();
 
     AppDelegate& app = f.launch(at(23, QTime(6, 59)));

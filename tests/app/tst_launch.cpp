@@ -92,8 +92,8 @@ void LaunchTest::startUpWaitsForTheCatalogue_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<QByteArray>("body");
     QTest::addColumn<QString>("callTitle");
-    QTest::newRow("served catalogue") << 200 << QByteArray(R"({"common": {"buttonStatusStateCallText": "MEETING"}})")
-                                      << "MEETING";
+    QTest::newRow("served catalogue")
+        << 200 << QByteArray(R"({"common": {"buttonStatusStateCallText": "MEETING"}})") << "MEETING";
     QTest::newRow("server error: packaged") << 503 << QByteArray() << "CALL";
     QTest::newRow("time-out: packaged") << 0 << QByteArray() << "CALL";
 }
@@ -140,15 +140,24 @@ void LaunchTest::preferencesOfTheWrongTypeNeverCrash_data()
 void LaunchTest::preferencesOfTheWrongTypeNeverCrash()
 {
     QFETCH(QVariant, junk);
-    const QStringList all{keys::kUserdefaultsSelectedJson, keys::kUserdefaultsFirstRunDate,
-                          keys::kUserdefaultsLastHabitShowDate, keys::kUserdefaultsIsAppEnabled,
-                          keys::kUserdefaults4HourReActivateTime, keys::kUserdefaultsShowPomodoroView,
-                          keys::kUserdefaultsShutdownAborted, keys::kUserdefaultsEveningHabitsShowedTillDate,
-                          keys::kUserdefaultsFocusSummaryShowedTillDate, keys::kUserdefaultsSelectedFolder,
-                          keys::kUserdefaultsArrFocusTypes, keys::kUserdefaultsArrBlockedUrls,
-                          keys::kUserdefaultsAppPassword, keys::kUserdefaults24HoursClearPasswordTime,
-                          keys::kUserdefaultsPomodoroModeEnabled, keys::kUserdefaultsOfficeModeEnabled,
-                          keys::kUserdefaultsReducedMotion, keys::kUserdefaultsPromptToRememberHabit};
+    const QStringList all{keys::kUserdefaultsSelectedJson,
+                          keys::kUserdefaultsFirstRunDate,
+                          keys::kUserdefaultsLastHabitShowDate,
+                          keys::kUserdefaultsIsAppEnabled,
+                          keys::kUserdefaults4HourReActivateTime,
+                          keys::kUserdefaultsShowPomodoroView,
+                          keys::kUserdefaultsShutdownAborted,
+                          keys::kUserdefaultsEveningHabitsShowedTillDate,
+                          keys::kUserdefaultsFocusSummaryShowedTillDate,
+                          keys::kUserdefaultsSelectedFolder,
+                          keys::kUserdefaultsArrFocusTypes,
+                          keys::kUserdefaultsArrBlockedUrls,
+                          keys::kUserdefaultsAppPassword,
+                          keys::kUserdefaults24HoursClearPasswordTime,
+                          keys::kUserdefaultsPomodoroModeEnabled,
+                          keys::kUserdefaultsOfficeModeEnabled,
+                          keys::kUserdefaultsReducedMotion,
+                          keys::kUserdefaultsPromptToRememberHabit};
     AppFixture f;
     for (const QString& key : all)
         f.fakes.preferences.setValue(key, junk);
@@ -211,7 +220,8 @@ void LaunchTest::resetHotKeyAsksThenClearsAndRestarts()
         return yes;
     };
     QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
-    QCOMPARE(asked, QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted."));
+    QCOMPARE(asked,
+             QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted."));
     QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
     QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
     QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);

@@ -30,7 +30,8 @@ void CatalogueTest::launchTextsFollowTheCatalogue_data()
     QTest::addColumn<QByteArray>("catalogue");
     QTest::addColumn<QString>("unlock");
     QTest::addColumn<QString>("startButton");
-    QTest::newRow("empty object") << QByteArray("{}") << "Unlock the machine" << "Start <TIME> <NAME>";
+    QTest::newRow("empty object") << QByteArray("{}") << "Unlock the machine"
+                                  << "Start <TIME> <NAME>";
     QTest::newRow("number under a text key")
         << QByteArray(R"({"common": {"unlockMachineButtonText": 5}})") << "Unlock the machine"
         << "Start <TIME> <NAME>";
@@ -38,7 +39,8 @@ void CatalogueTest::launchTextsFollowTheCatalogue_data()
                                  << "Start <TIME> <NAME>";
     QTest::newRow("group not a dictionary")
         << QByteArray(R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})")
-        << "Unlock the machine" << "Begin <NAME>";
+        << "Unlock the machine"
+        << "Begin <NAME>";
 }
 
 void CatalogueTest::launchTextsFollowTheCatalogue()
@@ -58,11 +60,13 @@ void CatalogueTest::lookupFallsBackOnEveryMissingStep_data()
 {
     QTest::addColumn<QByteArray>("catalogue");
     QTest::addColumn<QString>("expected");
-    QTest::newRow("found") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": "Today"}}})") << "Today";
+    QTest::newRow("found") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": "Today"}}})")
+                           << "Today";
     QTest::newRow("no group") << QByteArray("{}") << "fallback";
-    QTest::newRow("sub-group is text") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": "x"}})") << "fallback";
-    QTest::newRow("value is a number") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": 1}}})")
-                                       << "fallback";
+    QTest::newRow("sub-group is text")
+        << QByteArray(R"({"focusInfo": {"focusSummaryInfo": "x"}})") << "fallback";
+    QTest::newRow("value is a number")
+        << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": 1}}})") << "fallback";
 }
 
 void CatalogueTest::lookupFallsBackOnEveryMissingStep()

@@ -228,9 +228,10 @@ void GatesTest::syncFileThatIsNoPlistCountsAsNoDate_data()
     QTest::addColumn<QByteArray>("contents");
     QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
     QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
-    QTest::newRow("bad date") << SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QStringLiteral("today")}});
-    QTest::newRow("truncated") << SyncTimestamps::writePlist({{SyncTimestamps::kMorning,
-                                                               QStringLiteral("2026-11-23 07:00:00")}})
+    QTest::newRow("bad date") << SyncTimestamps::writePlist(
+        {{SyncTimestamps::kMorning, QStringLiteral("today")}});
+    QTest::newRow("truncated") << SyncTimestamps::writePlist(
+                                      {{SyncTimestamps::kMorning, QStringLiteral("2026-11-23 07:00:00")}})
                                       .left(60);
 }
 

@@ -112,8 +112,8 @@ void SettingsTest::randomChoiceNeedsUsableChoices_data()
                                  << true << 2;
     QTest::newRow("empty choices") << R"({"type": "random-choice", "choices": []})" << false << 0;
     QTest::newRow("missing choices") << R"({"type": "random-choice"})" << false << 0;
-    QTest::newRow("other type keeps its choices") << R"({"type": "plain", "choices": [{"name": "A"}]})" << false
-                                                  << 1;
+    QTest::newRow("other type keeps its choices")
+        << R"({"type": "plain", "choices": [{"name": "A"}]})" << false << 1;
     QTest::newRow("choice not an object") << R"({"type": "random-choice", "choices": ["A"]})" << false << 0;
 }
 
@@ -182,7 +182,8 @@ void SettingsTest::rereadKeepsTimesTheDocumentLacks()
 {
     RunState s;
     applySettingsDocument(s, QJsonDocument::fromJson(R"({"startTime": "07:00", "breakAfterMinutes": 30,
-        "morningHabits": [{"name": "A"}, {"name": "B"}]})").object());
+        "morningHabits": [{"name": "A"}, {"name": "B"}]})")
+                                 .object());
     applySettingsDocument(s, QJsonDocument::fromJson(R"({"morningHabits": [{"name": "A"}]})").object());
     QCOMPARE(s.arrAllMorningHabits.size(), 1);
     QCOMPARE(*s.startTime, (Time{7, 0, 0}));

@@ -40,32 +40,6 @@ private Q_SLOTS:
             received << QString::fromUtf8(word);
         QCOMPARE(received, words);
     }
-
-    void startedBySystemd_data()
-    {
-        QTest::addColumn<QString>("invocationId");
-        QTest::addColumn<QString>("execPid");
-        QTest::addColumn<bool>("expected");
-
-        QTest::newRow("started by hand") << QString() << QString() << false;
-        QTest::newRow("our service") << u"7f3a"_s << u"4242"_s << true;
-        QTest::newRow("older systemd") << u"7f3a"_s << QString() << true;
-        QTest::newRow("from a terminal that runs as a service") << u"7f3a"_s << u"1000"_s << false;
-    }
-
-    void startedBySystemd()
-    {
-        QFETCH(QString, invocationId);
-        QFETCH(QString, execPid);
-        QFETCH(bool, expected);
-
-        QProcessEnvironment environment;
-        if (!invocationId.isEmpty())
-            environment.insert(u"INVOCATION_ID"_s, invocationId);
-        if (!execPid.isEmpty())
-            environment.insert(u"SYSTEMD_EXEC_PID"_s, execPid);
-        QCOMPARE(ProcessLauncher::startedBySystemd(environment, 4242), expected);
-    }
 };
 
 QTEST_GUILESS_MAIN(TestLauncher)

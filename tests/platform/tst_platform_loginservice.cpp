@@ -24,43 +24,30 @@ class TestLoginService : public QObject
 
 private:
     QTemporaryDir m_dir;
-    QByteArray m_originalPath = qgetenv("PATH");
+    const QByteArray m_originalPath = qgetenv("PATH");
 
-    QString callLog() const { return m_dir.filePath(u"systemctl.log"_s); }
-    QStringList systemctlCalls() const
-    {
-        return contents(callLog()).split(u'\n', Qt::SkipEmptyParts);
-    }
-
-    // A systemctl that records its arguments and, asked for the state of the user
-    // manager, prints $FAKE_SYSTEMD_STATE.
-    void putFakeSystemctlOnPath(bool present)
-    {
-        const QString bin = m_dir.filePath(present ? u"bin"_s : u"empty-bin"_s);
-        QDir().mkpath(bin);
-        if (present) {
-            QFile script(bin + u"/systemctl"_s);
-            QVERIFY(script.open(QIODevice::WriteOnly));
-            script.write("#!/bin/sh\n"
-                         "echo \"$*\" >>\"$FAKE_SYSTEMCTL_LOG\"\n"
-                         "case \"$*\" in *is-system-running*) echo \"$FAKE_SYSTEMD_STATE\" ;; esac\n");
-            script.close();
-            script.setPermissions(script.permissions() | QFile::ExeOwner);
-        }
-        // Only the fake: the machine's own systemctl must never be reached.
-        qputenv("PATH", QFile::encodeName(bin) + ":/nonexistent");
-    }
+    QString path(const QString& relative) const { return m_dir.filePath(relative); }
+    QStringList systemctlCalls() const { return contents(path(u"calls"_s)).split(u'\n', Qt::SkipEmptyParts); }
 
 private Q_SLOTS:
+    // Only a fake systemctl can be found: it records its arguments and, asked for the
+    // state of the user manager, prints $FAKE_SYSTEMD_STATE.
     void init()
     {
         QDir(m_dir.path()).removeRecursively();
-        QDir().mkpath(m_dir.filePath(u"run"_s));
-        qputenv("XDG_CONFIG_HOME", QFile::encodeName(m_dir.filePath(u"config"_s)));
-        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_dir.filePath(u"run"_s)));
-        qputenv("FAKE_SYSTEMCTL_LOG", QFile::encodeName(callLog()));
-        qunsetenv("FAKE_SYSTEMD_STATE");
-        putFakeSystemctlOnPath(true);
+        QDir().mkpath(path(u"run"_s));
+        QDir().mkpath(path(u"bin"_s));
+        QFile script(path(u"bin/systemctl"_s));
+        QVERIFY(script.open(QIODevice::WriteOnly));
+        script.write("#!/bin/sh\necho \"$*\" >>\"$FAKE_SYSTEMCTL_CALLS\"\n"
+                     "case \"$*\" in *is-system-running*) echo \"$FAKE_SYSTEMD_STATE\" ;; esac\n");
+        script.close();
+        script.setPermissions(script.permissions() | QFile::ExeOwner);
+        qputenv("PATH", QFile::encodeName(path(u"bin"_s)));
+        qputenv("XDG_CONFIG_HOME", QFile::encodeName(path(u"config"_s)));
+        qputenv("XDG_RUNTIME_DIR", QFile::encodeName(path(u"run"_s)));
+        qputenv("FAKE_SYSTEMCTL_CALLS", QFile::encodeName(path(u"calls"_s)));
+        qputenv("FAKE_SYSTEMD_STATE", "");
     }
 
     void cleanupTestCase() { qputenv("PATH", m_originalPath); }
@@ -80,73 +67,62 @@ private Q_SLOTS:
         QFETCH(QString, program);
         QFETCH(QString, execStart);
 
-        const QString unit = m_dir.filePath(u"config/systemd/user/velmora.service"_s);
-        QDir().mkpath(QFileInfo(unit).absolutePath());
-        QFile old(unit);
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("[Service]\nExecStart=/old/velmora\nRestart=no\n[Unit]\nDescription=older version, longer text\n");
-        old.close();
-
-        SystemdLoginService service(program);
-        QVERIFY(service.install());
+        const QString unit = path(u"config/systemd/user/velmora.service"_s);
+        QVERIFY(SystemdLoginService(program).install());
         QCOMPARE(SystemdLoginService::unitFilePath(), unit);
-        QCOMPARE(contents(unit), u"[Unit]\n"
-                                 "Description=Velmora\n"
-                                 "PartOf=graphical-session.target\n"
-                                 "After=graphical-session.target\n"
-                                 "StartLimitIntervalSec=0\n"
-                                 "\n"
-                                 "[Service]\n"
-                                 "ExecStart="_s + execStart +
-                                     u"\n"
-                                     "Restart=always\n"
-                                     "RestartSec=1\n"
-                                     "RestartPreventExitStatus=64\n"
-                                     "\n"
-                                     "[Install]\n"
-                                     "WantedBy=graphical-session.target\n"_s);
+        QCOMPARE(contents(unit), uR"([Unit]
+Description=Velmora
+PartOf=graphical-session.target
+After=graphical-session.target
+StartLimitIntervalSec=0
+
+[Service]
+ExecStart=%1
+Restart=always
+RestartSec=1
+RestartPreventExitStatus=64
+
+[Install]
+WantedBy=graphical-session.target
+)"_s.arg(execStart));
     }
 
     // The autostart entry is the fallback for sessions without a systemd user manager.
     void autostartOnlyWithoutUserManager_data()
     {
         QTest::addColumn<bool>("runtimeDir");
-        QTest::addColumn<bool>("systemctl");
-        QTest::addColumn<QString>("state");
+        QTest::addColumn<QByteArray>("state"); // "-": no systemctl at all
         QTest::addColumn<bool>("expectAutostart");
 
-        QTest::newRow("manager's runtime folder") << true << true << QString() << false;
-        QTest::newRow("manager answers running") << false << true << u"running"_s << false;
-        QTest::newRow("manager answers degraded") << false << true << u"degraded"_s << false;
-        QTest::newRow("manager offline") << false << true << u"offline"_s << true;
-        QTest::newRow("no answer") << false << true << QString() << true;
-        QTest::newRow("no systemctl") << false << false << QString() << true;
+        QTest::newRow("manager's runtime folder") << true << ""_ba << false;
+        QTest::newRow("manager answers running") << false << "running"_ba << false;
+        QTest::newRow("manager answers degraded") << false << "degraded"_ba << false;
+        QTest::newRow("manager offline") << false << "offline"_ba << true;
+        QTest::newRow("no answer") << false << ""_ba << true;
+        QTest::newRow("no systemctl") << false << "-"_ba << true;
     }
 
     void autostartOnlyWithoutUserManager()
     {
         QFETCH(bool, runtimeDir);
-        QFETCH(bool, systemctl);
-        QFETCH(QString, state);
+        QFETCH(QByteArray, state);
         QFETCH(bool, expectAutostart);
 
         if (runtimeDir)
-            QDir().mkpath(m_dir.filePath(u"run/systemd"_s));
-        putFakeSystemctlOnPath(systemctl);
-        qputenv("FAKE_SYSTEMD_STATE", state.toUtf8());
+            QDir().mkpath(path(u"run/systemd"_s));
+        if (state == "-")
+            qputenv("PATH", "/nonexistent");
+        qputenv("FAKE_SYSTEMD_STATE", state);
 
-        SystemdLoginService service(u"/opt/My Apps/velmora"_s);
-        QVERIFY(service.install());
-        const QString autostart = m_dir.filePath(u"config/autostart/velmora.desktop"_s);
-        QCOMPARE(QFile::exists(autostart), expectAutostart);
-        if (expectAutostart) {
-            QCOMPARE(contents(autostart), u"[Desktop Entry]\n"
-                                          "Type=Application\n"
-                                          "Name=Velmora\n"
-                                          "Exec=\"/opt/My Apps/velmora\"\n"
-                                          "X-GNOME-Autostart-enabled=true\n"
-                                          "NoDisplay=true\n"_s);
-        }
+        QVERIFY(SystemdLoginService(u"/opt/My Apps/velmora"_s).install());
+        QCOMPARE(contents(SystemdLoginService::autostartFilePath()),
+                 !expectAutostart ? QString() : uR"([Desktop Entry]
+Type=Application
+Name=Velmora
+Exec="/opt/My Apps/velmora"
+X-GNOME-Autostart-enabled=true
+NoDisplay=true
+)"_s);
     }
 
     void enableAndDisable()
@@ -154,12 +130,12 @@ private Q_SLOTS:
         qputenv("FAKE_SYSTEMD_STATE", "offline");
         SystemdLoginService service(u"/usr/bin/velmora"_s);
         QVERIFY(service.install());
-        QFile::remove(callLog());
+        QFile::remove(path(u"calls"_s));
 
         service.enable();
-        QCOMPARE(systemctlCalls(), (QStringList{u"--user daemon-reload"_s, u"--user enable velmora.service"_s}));
-
-        QFile::remove(callLog());
+        QCOMPARE(systemctlCalls(),
+                 (QStringList{u"--user daemon-reload"_s, u"--user enable velmora.service"_s}));
+        QFile::remove(path(u"calls"_s));
         service.disable();
         QCOMPARE(systemctlCalls(), QStringList{u"--user disable velmora.service"_s});
         QVERIFY(!QFile::exists(SystemdLoginService::autostartFilePath()));

@@ -55,15 +55,22 @@ void RecordsTest::rowsAreJoinedWithoutQuoting_data()
     QTest::addColumn<QString>("activity");
     QTest::addColumn<QString>("feedback");
     QTest::addColumn<QByteArray>("line");
-    QTest::newRow("plain") << "Water" << "" << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                                                           "2026-03-14 07:29:40,,,,\n");
+    QTest::newRow("plain") << "Water"
+                           << ""
+                           << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
+                                         "2026-03-14 07:29:40,,,,\n");
     QTest::newRow("comma in a name shifts the row")
-        << "Tea, green" << "" << QByteArray("morning routine,2026-03-14 07:30:12,Tea, green,30,,,"
-                                            "2026-03-14 07:29:40,,,,\n");
+        << "Tea, green"
+        << ""
+        << QByteArray("morning routine,2026-03-14 07:30:12,Tea, green,30,,,"
+                      "2026-03-14 07:29:40,,,,\n");
     QTest::newRow("line break in feedback splits it")
-        << "Water" << "too\nhard" << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                                                "2026-03-14 07:29:40,,,,too\nhard\n");
-    QTest::newRow("quotes stay as typed") << "\"Water\"" << ""
+        << "Water"
+        << "too\nhard"
+        << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
+                      "2026-03-14 07:29:40,,,,too\nhard\n");
+    QTest::newRow("quotes stay as typed") << "\"Water\""
+                                          << ""
                                           << QByteArray("morning routine,2026-03-14 07:30:12,\"Water\",30,,,"
                                                         "2026-03-14 07:29:40,,,,\n");
 }
@@ -105,7 +112,8 @@ void RecordsTest::failedWriteKeepsTheOldFile()
 
 void RecordsTest::debugLogLineFormat()
 {
-    QCOMPARE(DebugLog::formatLine(QStringLiteral("2026-03-14 07:30:12"), QStringLiteral("Showing morning habits.")),
+    QCOMPARE(DebugLog::formatLine(QStringLiteral("2026-03-14 07:30:12"),
+                                  QStringLiteral("Showing morning habits.")),
              QStringLiteral("2026-03-14 07:30:12  -  Showing morning habits.\n"));
 }
 

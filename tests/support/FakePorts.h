@@ -5,10 +5,10 @@
 
 #include "Ports.h"
 
+#include <map>
 #include <QMap>
 #include <QPointer>
 #include <QVector>
-#include <map>
 
 namespace velmora::test {
 
@@ -29,10 +29,7 @@ private:
 class FakeScheduler : public Scheduler
 {
 public:
-    explicit FakeScheduler(FakeClock& clock)
-        : m_clock(clock)
-    {
-    }
+    explicit FakeScheduler(FakeClock& clock) : m_clock(clock) {}
 
     TimerId singleShot(qint64 ms, QObject* context, std::function<void()> callback) override
     {
@@ -181,7 +178,10 @@ class FakeLauncher : public Launcher
 {
 public:
     void restartSoon() override { ++restarts; }
-    void run(const QString& program, const QStringList& arguments) override { runs << (QStringList{program} + arguments); }
+    void run(const QString& program, const QStringList& arguments) override
+    {
+        runs << (QStringList{program} + arguments);
+    }
     int restarts = 0;
     QVector<QStringList> runs;
 };
@@ -209,7 +209,8 @@ public:
         Handler pressed;
         Handler released;
     };
-    quint32 registerChord(int qtKey, Qt::KeyboardModifiers modifiers, Handler pressed, Handler released) override
+    quint32 registerChord(int qtKey, Qt::KeyboardModifiers modifiers, Handler pressed,
+                          Handler released) override
     {
         chords[++last] = Chord{qtKey, modifiers, std::move(pressed), std::move(released)};
         return last;
@@ -246,8 +247,8 @@ struct FakePorts
 
     Ports ports()
     {
-        return Ports{&clock, &scheduler, &preferences, &media, &displayAwake, &notifier, &http,
-                     &launcher, &loginService, &hotKeys};
+        return Ports{&clock,    &scheduler, &preferences, &media,        &displayAwake,
+                     &notifier, &http,      &launcher,    &loginService, &hotKeys};
     }
 };
 

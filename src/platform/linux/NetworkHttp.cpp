@@ -1,10 +1,10 @@
 #include "NetworkHttp.h"
 
+#include <memory>
 #include <QNetworkReply>
 #include <QNetworkRequest>
 #include <QPointer>
 #include <QTimer>
-#include <memory>
 #include <utility>
 
 using namespace Qt::StringLiterals;

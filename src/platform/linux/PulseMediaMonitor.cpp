@@ -87,8 +87,7 @@ bool isSoundServer(const QByteArray& processDir)
     const QByteArray name = comm.readLine(64).trimmed();
     // The kernel cuts names to 15 characters: "pipewire-media-session" is
     // "pipewire-media-".
-    return name == "pipewire" || name == "wireplumber" || name == "pulseaudio" ||
-           name == "pipewire-media-";
+    return name == "pipewire" || name == "wireplumber" || name == "pulseaudio" || name == "pipewire-media-";
 }
 
 bool holdsVideoDevice(const QByteArray& processDir)
@@ -129,9 +128,8 @@ bool isProcessId(const char* name)
 // A blocking call that never starts a service and answers only a reply of the
 // expected shape.
 std::optional<QDBusMessage> callService(const QDBusConnection& bus, const QString& service,
-                                        const QString& path, const QString& interface,
-                                        const QString& method, const QString& replySignature,
-                                        const QDeadlineTimer& budget)
+                                        const QString& path, const QString& interface, const QString& method,
+                                        const QString& replySignature, const QDeadlineTimer& budget)
 {
     const qint64 left = budget.remainingTime();
     if (!bus.isConnected() || left == 0)
@@ -157,8 +155,8 @@ void appendGnomeInhibitors(QStringList& names, const QDeadlineTimer& budget)
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     const QString service = u"org.gnome.SessionManager"_s;
-    const std::optional<QDBusMessage> reply =
-        callService(bus, service, u"/org/gnome/SessionManager"_s, service, u"GetInhibitors"_s, u"ao"_s, budget);
+    const std::optional<QDBusMessage> reply = callService(bus, service, u"/org/gnome/SessionManager"_s,
+                                                          service, u"GetInhibitors"_s, u"ao"_s, budget);
     if (!reply)
         return;
     const auto paths = qdbus_cast<QList<QDBusObjectPath>>(reply->arguments().constFirst());

@@ -2,9 +2,9 @@
 
 #include "MediaMonitor.h"
 
+#include <optional>
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <optional>
 
 class QDeadlineTimer;
 struct pa_context;

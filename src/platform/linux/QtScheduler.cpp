@@ -1,8 +1,8 @@
 #include "QtScheduler.h"
 
-#include <QTimer>
 #include <algorithm>
 #include <limits>
+#include <QTimer>
 
 namespace velmora {
 

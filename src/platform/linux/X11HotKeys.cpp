@@ -17,6 +17,9 @@ namespace {
 // modifiers exactly: each chord is grabbed four times.
 constexpr quint16 LockVariants[] = {0, XCB_MOD_MASK_LOCK, XCB_MOD_MASK_2, XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2};
 constexpr quint16 IgnoredModifiers = XCB_MOD_MASK_LOCK | XCB_MOD_MASK_2;
+// A repeated key's press comes with the same time stamp as its release, in the same
+// batch of events; this is ample.
+constexpr int RepeatWindowMs = 20;
 
 quint32 keysymFor(int qtKey)
 {
@@ -32,26 +35,46 @@ quint32 keysymFor(int qtKey)
     if (qtKey >= Qt::Key_F1 && qtKey <= Qt::Key_F35)
         return quint32(0xffbe + (qtKey - Qt::Key_F1));
     switch (qtKey) {
-    case Qt::Key_Escape: return 0xff1b;
-    case Qt::Key_Tab: return 0xff09;
-    case Qt::Key_Backtab: return 0xfe20; // ISO_Left_Tab
-    case Qt::Key_Backspace: return 0xff08;
-    case Qt::Key_Return: return 0xff0d;
-    case Qt::Key_Enter: return 0xff8d; // KP_Enter
-    case Qt::Key_Insert: return 0xff63;
-    case Qt::Key_Delete: return 0xffff;
-    case Qt::Key_Pause: return 0xff13;
-    case Qt::Key_Print: return 0xff61;
-    case Qt::Key_Home: return 0xff50;
-    case Qt::Key_End: return 0xff57;
-    case Qt::Key_Left: return 0xff51;
-    case Qt::Key_Up: return 0xff52;
-    case Qt::Key_Right: return 0xff53;
-    case Qt::Key_Down: return 0xff54;
-    case Qt::Key_PageUp: return 0xff55;
-    case Qt::Key_PageDown: return 0xff56;
-    case Qt::Key_Menu: return 0xff67;
-    default: return 0;
+    case Qt::Key_Escape:
+        return 0xff1b;
+    case Qt::Key_Tab:
+        return 0xff09;
+    case Qt::Key_Backtab:
+        return 0xfe20; // ISO_Left_Tab
+    case Qt::Key_Backspace:
+        return 0xff08;
+    case Qt::Key_Return:
+        return 0xff0d;
+    case Qt::Key_Enter:
+        return 0xff8d; // KP_Enter
+    case Qt::Key_Insert:
+        return 0xff63;
+    case Qt::Key_Delete:
+        return 0xffff;
+    case Qt::Key_Pause:
+        return 0xff13;
+    case Qt::Key_Print:
+        return 0xff61;
+    case Qt::Key_Home:
+        return 0xff50;
+    case Qt::Key_End:
+        return 0xff57;
+    case Qt::Key_Left:
+        return 0xff51;
+    case Qt::Key_Up:
+        return 0xff52;
+    case Qt::Key_Right:
+        return 0xff53;
+    case Qt::Key_Down:
+        return 0xff54;
+    case Qt::Key_PageUp:
+        return 0xff55;
+    case Qt::Key_PageDown:
+        return 0xff56;
+    case Qt::Key_Menu:
+        return 0xff67;
+    default:
+        return 0;
     }
 }
 
@@ -77,6 +100,9 @@ X11HotKeys::X11HotKeys()
     const auto* x11 = qGuiApp ? qGuiApp->nativeInterface<QNativeInterface::QX11Application>() : nullptr;
     if (!x11 || !x11->connection() || xcb_connection_has_error(x11->connection()))
         return;
+    m_releaseTimer.setSingleShot(true);
+    m_releaseTimer.setInterval(RepeatWindowMs);
+    QObject::connect(&m_releaseTimer, &QTimer::timeout, [this] { finishReleases(); });
     m_connection = x11->connection();
     const xcb_screen_iterator_t screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection));
     if (!screens.rem)
@@ -192,30 +218,47 @@ bool X11HotKeys::nativeEventFilter(const QByteArray& eventType, void* message, q
     const auto* key = reinterpret_cast<const xcb_key_press_event_t*>(event);
     const quint16 modifiers = key->state & 0xff & ~IgnoredModifiers;
 
-    // Handlers may register or unregister chords: they run from copies, after the
-    // search.
     std::vector<Handler> toRun;
     bool matched = false;
     for (Chord& chord : m_chords) {
         if (!chord.keycodes.contains(key->detail))
             continue;
-        if (type == XCB_KEY_PRESS && modifiers == chord.modifiers) {
+        if (type == XCB_KEY_PRESS && chord.releasePending) {
+            // The key is held and repeating: neither a release nor a new press.
             matched = true;
-            // Held keys repeat their press; the chord fires once until released.
+            chord.releasePending = false;
+        } else if (type == XCB_KEY_PRESS && modifiers == chord.modifiers) {
+            matched = true;
             if (!chord.down && chord.pressed)
                 toRun.push_back(chord.pressed);
             chord.down = true;
         } else if (type == XCB_KEY_RELEASE && chord.down) {
-            matched = true;
             // The modifiers may already be up: any release of the key ends the chord.
-            chord.down = false;
-            if (chord.released)
-                toRun.push_back(chord.released);
+            matched = true;
+            chord.releasePending = true;
+            m_releaseTimer.start();
         }
     }
+    // Handlers may register or unregister chords: they run from copies, after the
+    // search.
     for (const Handler& handler : toRun)
         handler();
     return matched;
+}
+
+void X11HotKeys::finishReleases()
+{
+    std::vector<Handler> toRun;
+    for (Chord& chord : m_chords) {
+        if (!chord.releasePending)
+            continue;
+        chord.releasePending = false;
+        chord.down = false;
+        if (chord.released)
+            toRun.push_back(chord.released);
+    }
+    for (const Handler& handler : toRun)
+        handler();
 }
 
 } // namespace velmora

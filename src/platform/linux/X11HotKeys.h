@@ -5,6 +5,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QHash>
 #include <QList>
+#include <QTimer>
 
 struct xcb_connection_t;
 struct _XCBKeySymbols;
@@ -36,17 +37,22 @@ private:
         Handler pressed;
         Handler released;
         bool down = false;
+        // Released, unless a press follows at once: X11 repeats a held key as
+        // release-press pairs.
+        bool releasePending = false;
     };
 
     bool grab(const QList<quint8>& keycodes, quint16 modifiers);
     void ungrab(const QList<quint8>& keycodes, quint16 modifiers);
     bool isGrabbedByAnother(const Chord& chord, quint32 except) const;
+    void finishReleases();
 
     xcb_connection_t* m_connection = nullptr;
     quint32 m_root = 0;
     _XCBKeySymbols* m_symbols = nullptr;
     QHash<quint32, Chord> m_chords;
     quint32 m_nextHandle = 1;
+    QTimer m_releaseTimer;
 };
 
 } // namespace velmora

@@ -97,6 +97,7 @@ void AppDelegate::applicationWillFinishLaunching()
     clearPasswordIfDue();
     installResetHotKey();
     statusbutton->setNormalLook();
+    tellOnceWhenThereIsNoTray();
 
     m_log.addLog(QStringLiteral("downloading config file"));
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
@@ -186,6 +187,22 @@ void AppDelegate::installResetHotKey()
             qDebug() << "Pressed at " << m_ports.clock->now();
             resetAllData();
         });
+}
+
+// Stock GNOME shows no tray without an extension. Everything but the icon keeps
+// working; the user hears about it once.
+void AppDelegate::tellOnceWhenThereIsNoTray()
+{
+    static const QString shownKey = QStringLiteral("velmoraTrayHintShown");
+    if (StatusItem::isTrayAvailable() || m_ports.preferences->contains(shownKey))
+        return;
+    m_ports.notifier->notify(QStringLiteral("Velmora is running without a tray icon"),
+                             QStringLiteral("Your desktop shows no system tray. On GNOME, install and enable the "
+                                            "AppIndicator extension (gnome-shell-extension-appindicator) to see "
+                                            "Velmora's icon. Routines, breaks and the shut-off lock work without "
+                                            "it."));
+    m_ports.preferences->setValue(shownKey, true);
+    m_log.addLog(QStringLiteral("No system tray available; told the user once"));
 }
 
 QUrl AppDelegate::configServer() const

@@ -107,6 +107,7 @@ private:
     void refreshFromPackage(const QString& resource, const QString& fileName);
     void clearPasswordIfDue();
     void installResetHotKey();
+    void tellOnceWhenThereIsNoTray();
     void configurationArrived(std::optional<QJsonObject> catalogue);
     bool reactivateIfDue();
     bool isReleaseChord(const QKeyEvent* event) const;

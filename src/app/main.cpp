@@ -1,4 +1,5 @@
 #include "AppDelegate.h"
+#include "CrashLog.h"
 #include "DesktopNotifier.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
@@ -52,6 +53,8 @@ int main(int argc, char* argv[])
     SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
     if (!instance.claim())
         return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
+
+    installCrashLog(paths.dataFolder + QStringLiteral("/Debug_Logs.txt"));
 
     SystemClock clock;
     QtScheduler scheduler;

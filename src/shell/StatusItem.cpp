@@ -23,6 +23,11 @@ bool StatusItem::isVisibleInTray() const
     return m_tray->isVisible() && QSystemTrayIcon::isSystemTrayAvailable();
 }
 
+bool StatusItem::isTrayAvailable()
+{
+    return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
 QIcon StatusItem::paintLook(const QString& title, const QColor& background, const QColor& border)
 {
     QIcon icon;

@@ -41,6 +41,7 @@ public:
     bool isClickable() const { return m_clickable; }
 
     bool isVisibleInTray() const;
+    static bool isTrayAvailable();
     static QIcon paintLook(const QString& title, const QColor& background, const QColor& border);
 
 Q_SIGNALS:

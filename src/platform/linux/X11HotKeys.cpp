@@ -118,10 +118,8 @@ X11HotKeys::~X11HotKeys()
         return;
     if (QCoreApplication::instance())
         QCoreApplication::instance()->removeNativeEventFilter(this);
-    for (auto it = m_chords.cbegin(); it != m_chords.cend(); ++it) {
-        if (!isGrabbedByAnother(it.value(), it.key()))
-            ungrab(it->keycodes, it->modifiers);
-    }
+    for (const Chord& chord : std::as_const(m_chords))
+        ungrab(chord.keycodes, chord.modifiers);
     xcb_flush(m_connection);
     xcb_key_symbols_free(m_symbols);
 }

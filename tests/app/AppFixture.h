@@ -32,6 +32,8 @@ struct AppFixture
         file.open(QIODevice::WriteOnly);
         file.write(document);
         fakes.preferences.setValue(QStringLiteral("kUserdefaultsFirstRun"), true);
+        // Tests run without a tray; the one-time hint about it is its own test.
+        fakes.preferences.setValue(QStringLiteral("velmoraTrayHintShown"), true);
     }
 
     // The night's summary and evening routine are behind us: a launch before the

@@ -31,6 +31,7 @@ private Q_SLOTS:
     void resetHotKeyAsksThenClearsAndRestarts();
     void reactivationDatePastAtLaunchRestartsAtOnce();
     void passwordIsClearedAfterItsDate();
+    void missingTrayIsToldOnce();
 };
 
 void LaunchTest::firstRunShowsWelcomeAndStartsTickAfterUnlock()
@@ -253,6 +254,16 @@ void LaunchTest::passwordIsClearedAfterItsDate()
     QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsAppPassword));
     QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
     QCOMPARE(f.logCount(QStringLiteral("password is cleard after 24 hours")), 1);
+}
+
+void LaunchTest::missingTrayIsToldOnce()
+{
+    AppFixture f;
+    f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
+    f.launch(at(23, QTime(12, 0)));
+    f.launch(at(23, QTime(12, 5)));
+    QCOMPARE(f.fakes.notifier.notifications.size(), 1);
+    QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
 }
 
 QTEST_MAIN(LaunchTest)

@@ -1,6 +1,7 @@
 #include "PulseMediaMonitor.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -353,6 +354,11 @@ std::optional<bool> PulseMediaMonitor::askForRecordingStream(const QDeadlineTime
 
 bool PulseMediaMonitor::isACameraOn()
 {
+    // Walking every process's descriptors is the costly part of a tick; a machine
+    // with no video device at all cannot have a camera in use.
+    if (m_procRoot == "/proc" &&
+        QDir(QStringLiteral("/dev")).entryList({QStringLiteral("video*")}, QDir::System).isEmpty())
+        return false;
     DIR* proc = opendir(m_procRoot.constData());
     if (!proc)
         return false;

@@ -119,7 +119,9 @@ static void benchResidentMemory()
     env.insert(QStringLiteral("XDG_CONFIG_HOME"), config);
     env.insert(QStringLiteral("XDG_DATA_HOME"), home.filePath(QStringLiteral("data")));
     env.insert(QStringLiteral("XDG_RUNTIME_DIR"), home.path());
-    env.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("offscreen"));
+    // On a display the figure includes the X connection and the tray icon.
+    env.insert(QStringLiteral("QT_QPA_PLATFORM"),
+               qEnvironmentVariableIsEmpty("DISPLAY") ? QStringLiteral("offscreen") : QStringLiteral("xcb"));
     env.insert(QStringLiteral("PATH"), QStringLiteral("/nonexistent")); // no systemctl calls
     env.remove(QStringLiteral("VELMORA_CONFIG_SERVER"));
     velmora.setProcessEnvironment(env);
@@ -137,12 +139,14 @@ static void benchResidentMemory()
 
 int main(int argc, char* argv[])
 {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
     benchTick(nullptr, "fake media");
     PulseMediaMonitor pulse;
     benchTick(&pulse, "real PulseAudio and /proc scan");
     benchUsageLog();
+    qputenv("QT_QPA_PLATFORM", platform);
     benchResidentMemory();
     return 0;
 }

@@ -36,7 +36,9 @@ static QUrl configServerFromCommandLine(const QApplication& app)
 
 int main(int argc, char* argv[])
 {
-    QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // No shared OpenGL context at start: it loads the whole software GL stack
+    // (some 45 MB) for a day that may hold no web page at all. The web view makes
+    // its own context on first use.
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velmora"));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));

@@ -9,6 +9,8 @@
 #include "SettingsPreferences.h"
 #include "UsageLog.h"
 
+#include <algorithm>
+#include <cstdio>
 #include <QApplication>
 #include <QDir>
 #include <QElapsedTimer>
@@ -16,8 +18,6 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QThread>
-#include <algorithm>
-#include <cstdio>
 #include <vector>
 
 using namespace velmora;
@@ -34,7 +34,8 @@ static void benchTick(MediaMonitor* realMedia, const char* label)
     QTemporaryDir dir;
     FakePorts fakes;
     fakes.preferences.setValue(keys::kUserdefaultsFirstRun, true);
-    fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, QDateTime(QDate(2026, 11, 23), QTime(7, 0)));
+    fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate,
+                               QDateTime(QDate(2026, 11, 23), QTime(7, 0)));
     fakes.clock.set(QDateTime(QDate(2026, 11, 23), QTime(12, 0)));
     Ports ports = fakes.ports();
     if (realMedia)
@@ -75,7 +76,8 @@ static void benchUsageLog()
     for (int i = 0; i < 15; ++i) {
         QElapsedTimer t;
         t.start();
-        log.addEntryInCsv({.logType = QStringLiteral("break"), .activity = QStringLiteral("Walk"),
+        log.addEntryInCsv({.logType = QStringLiteral("break"),
+                           .activity = QStringLiteral("Walk"),
                            .durationInSeconds = QStringLiteral("300")});
         samples.push_back(double(t.nsecsElapsed()) / 1e6);
     }

@@ -37,7 +37,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     mainViewControllerObj =
         new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log,
                             *m_ports.media, m_texts, m_sync, *m_schedule, *this});
-    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj);
+    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler);
     m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
     statusbutton = new StatusItem(this);
@@ -196,11 +196,12 @@ void AppDelegate::tellOnceWhenThereIsNoTray()
     static const QString shownKey = QStringLiteral("velmoraTrayHintShown");
     if (StatusItem::isTrayAvailable() || m_ports.preferences->contains(shownKey))
         return;
-    m_ports.notifier->notify(QStringLiteral("Velmora is running without a tray icon"),
-                             QStringLiteral("Your desktop shows no system tray. On GNOME, install and enable the "
-                                            "AppIndicator extension (gnome-shell-extension-appindicator) to see "
-                                            "Velmora's icon. Routines, breaks and the shut-off lock work without "
-                                            "it."));
+    m_ports.notifier->notify(
+        QStringLiteral("Velmora is running without a tray icon"),
+        QStringLiteral("Your desktop shows no system tray. On GNOME, install and enable the "
+                       "AppIndicator extension (gnome-shell-extension-appindicator) to see "
+                       "Velmora's icon. Routines, breaks and the shut-off lock work without "
+                       "it."));
     m_ports.preferences->setValue(shownKey, true);
     m_log.addLog(QStringLiteral("No system tray available; told the user once"));
 }

@@ -56,7 +56,8 @@ static void placeOnScreen(QWidget* window, QScreen* screen)
     window->setGeometry(screen->geometry());
 }
 
-CustomWindow::CustomWindow(QWidget* content) : QWidget(nullptr, kLockFlags)
+CustomWindow::CustomWindow(QWidget* content, Scheduler& scheduler)
+    : QWidget(nullptr, kLockFlags), m_scheduler(scheduler)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Velmora lock"));
@@ -75,7 +76,8 @@ void CustomWindow::setframe()
 void CustomWindow::setIsVisible(bool visible)
 {
     if (!visible) {
-        releaseKeyboard();
+        if (QWindow* handle = windowHandle())
+            handle->setKeyboardGrabEnabled(false);
         hide();
         return;
     }
@@ -83,7 +85,23 @@ void CustomWindow::setIsVisible(bool visible)
     showFullScreen();
     raise();
     activateWindow();
-    grabKeyboard();
+    grabKeyboardWhenMapped(40);
+}
+
+// X refuses a keyboard grab for a window that is not mapped yet, and a freshly
+// shown window is mapped only once the server has answered; so try again for a
+// couple of seconds until the grab holds.
+void CustomWindow::grabKeyboardWhenMapped(int attemptsLeft)
+{
+    if (!isVisible())
+        return;
+    QWindow* handle = windowHandle();
+    if (handle && handle->isExposed() && handle->setKeyboardGrabEnabled(true)) {
+        activateWindow();
+        return;
+    }
+    if (attemptsLeft > 0)
+        m_scheduler.singleShot(50, this, [this, attemptsLeft] { grabKeyboardWhenMapped(attemptsLeft - 1); });
 }
 
 void CustomWindow::closeEvent(QCloseEvent* event)

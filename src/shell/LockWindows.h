@@ -19,7 +19,7 @@ class CustomWindow : public QWidget
 {
     Q_OBJECT
 public:
-    explicit CustomWindow(QWidget* content);
+    CustomWindow(QWidget* content, Scheduler& scheduler);
     void setframe();
     // Shows or hides without ever closing: the window lives as long as the program.
     void setIsVisible(bool visible);
@@ -30,6 +30,11 @@ Q_SIGNALS:
 protected:
     void closeEvent(QCloseEvent* event) override;
     void changeEvent(QEvent* event) override;
+
+private:
+    void grabKeyboardWhenMapped(int attemptsLeft);
+
+    Scheduler& m_scheduler;
 };
 
 // What a blank window shows: the program's name on a dark screen.

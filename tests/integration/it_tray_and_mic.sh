@@ -24,10 +24,9 @@ start_helper parecord --device=mic /dev/null
 recorder=${it_helpers[-1]}
 poll 10 "pulseaudio lists the recording as a source output" \
     sh -c 'pactl list short source-outputs | grep -q .'
-poll 10 "velmora-probe reports mic=1 while parecord records (last: $("$VELMORA_PROBE"))" mic_is 1
+seen="$VELMORA_PROBE" poll 10 "velmora-probe reports mic=1 while parecord records" mic_is 1
 
 stop_helper "$recorder"
-poll 10 "velmora-probe reports mic=0 after the recording stopped" mic_is 0
+seen="$VELMORA_PROBE" poll 10 "velmora-probe reports mic=0 after the recording stopped" mic_is 0
 
 velmora_running || fail "the program is no longer running"
-screenshot tray

@@ -52,12 +52,17 @@ fail() {
 }
 
 # kill -0 would also succeed on a child that has exited but not been waited for.
-alive() { [ -r "/proc/$1/stat" ] && ! grep -q '^[0-9]* (.*) [ZX] ' "/proc/$1/stat" 2>/dev/null; }
+alive() {
+    local stat
+    stat="$(cat "/proc/$1/stat" 2>/dev/null)" && [ -n "$stat" ] && [[ "$stat" != *") Z "* && "$stat" != *") X "* ]]
+}
 
 velmora_running() { [ -n "$VELMORA_PID" ] && alive "$VELMORA_PID"; }
 
 # poll SECONDS WHAT COMMAND...: runs COMMAND until it succeeds; fails the test with WHAT
-# after SECONDS, or at once when the program has exited meanwhile.
+# after SECONDS, or at once when the program has exited meanwhile. When the variable
+# `seen` holds a command, its output at the time of failure is added to the message:
+#   seen="xprop -id $id WM_NAME" poll 5 "the title is set" has_title "$id"
 poll() {
     local seconds=$1 what=$2
     shift 2
@@ -69,7 +74,10 @@ poll() {
             VELMORA_PID=""
             fail "the program exited (status $status) while waiting for: $what"
         fi
-        [ "$SECONDS" -lt "$deadline" ] || fail "after ${seconds}s still not: $what"
+        if [ "$SECONDS" -ge "$deadline" ]; then
+            [ -z "${seen:-}" ] || what="$what (seen: $(eval "$seen" 2>&1 | tr '\n' ' '))"
+            fail "after ${seconds}s still not: $what"
+        fi
         sleep 0.2
     done
 }
@@ -79,15 +87,15 @@ poll() {
 start_velmora() {
     local env=()
     if [ $# -gt 0 ]; then
-        local lib target offset
-        lib="$(ls /usr/lib/*/faketime/libfaketimeMT.so.1 2>/dev/null | head -n1)"
-        [ -n "$lib" ] || fail "libfaketime is not installed (package faketime)"
+        local libs target offset
+        libs=(/usr/lib/*/faketime/libfaketimeMT.so.1)
+        [ -e "${libs[0]}" ] || fail "libfaketime is not installed (package faketime)"
         target="$(date -d "$1" +%s)" || fail "cannot read the time '$1'"
         # A fixed offset, rather than a start time, gives the program's helper processes
         # the same clock as the program itself; timers keep the real monotonic clock.
         offset=$((target - $(date +%s)))
         [ "$offset" -lt 0 ] || offset="+$offset"
-        env=(LD_PRELOAD="$lib" FAKETIME="$offset" FAKETIME_DONT_FAKE_MONOTONIC=1)
+        env=(LD_PRELOAD="${libs[0]}" FAKETIME="$offset" FAKETIME_DONT_FAKE_MONOTONIC=1)
         note "starting $VELMORA_BIN at $1"
     else
         note "starting $VELMORA_BIN"
@@ -101,7 +109,10 @@ stop_velmora() {
     kill -TERM "$VELMORA_PID" 2>/dev/null || true
     local deadline=$((SECONDS + 10))
     while velmora_running && [ "$SECONDS" -lt "$deadline" ]; do sleep 0.1; done
-    velmora_running && { note "the program ignored TERM; killing it"; kill -KILL "$VELMORA_PID" 2>/dev/null || true; }
+    if velmora_running; then
+        note "the program did not end within 10 s of TERM; killing it"
+        kill -KILL "$VELMORA_PID" 2>/dev/null || true
+    fi
     wait "$VELMORA_PID" 2>/dev/null || true
     VELMORA_PID=""
 }
@@ -136,6 +147,8 @@ windows_titled() {
     done
 }
 
+mapped_titled() { [ -n "$(windows_titled "$1")" ]; }
+
 # WIDTHxHEIGHT+X+Y of a window, in root coordinates.
 geometry_of() {
     xwininfo -id "$1" | awk '
@@ -150,3 +163,70 @@ root_windows() {
 }
 
 same_window() { [ -n "$1" ] && [ -n "$2" ] && [ "$(($1))" -eq "$(($2))" ]; }
+
+active_window() { root_windows _NET_ACTIVE_WINDOW | head -n1; }
+
+is_active() { same_window "$(active_window)" "$1"; }
+
+# True when every window in $@ comes after (above) BELOW in _NET_CLIENT_LIST_STACKING.
+stacked_above() {
+    local below=$1 order pos_below i id pos
+    shift
+    mapfile -t order < <(root_windows _NET_CLIENT_LIST_STACKING)
+    pos_below=-1
+    for i in "${!order[@]}"; do same_window "${order[i]}" "$below" && pos_below=$i; done
+    [ "$pos_below" -ge 0 ] || return 1
+    for id in "$@"; do
+        pos=-1
+        for i in "${!order[@]}"; do same_window "${order[i]}" "$id" && pos=$i; done
+        [ "$pos" -gt "$pos_below" ] || return 1
+    done
+}
+
+fullscreen_above() {
+    local states
+    states="$(xprop -id "$1" _NET_WM_STATE)"
+    grep -q _NET_WM_STATE_FULLSCREEN <<<"$states" && grep -q _NET_WM_STATE_ABOVE <<<"$states"
+}
+
+# Polls until window ID sits at geometry WANT (the window manager settles asynchronously).
+expect_geometry() {
+    local id=$1 want=$2 what=$3 deadline=$((SECONDS + 10)) at
+    while at="$(geometry_of "$id")" && [ "$at" != "$want" ]; do
+        [ "$SECONDS" -lt "$deadline" ] || fail "$what $id is at $at, expected $want"
+        sleep 0.2
+    done
+}
+
+# The lock as the user must meet it on the session's two monitors: one "Velmora lock" on
+# the left monitor, one "Velmora blank" on the right, both full-screen and kept above,
+# the lock window active with the keyboard focus, and the keyboard grabbed so that no
+# other client (nor the window manager's key bindings) can take it. Sets $lock and $blank.
+check_lock_up() {
+    poll 10 "a window titled 'Velmora lock' is mapped" mapped_titled "Velmora lock"
+    local locks blanks b focus id
+    mapfile -t locks < <(windows_titled "Velmora lock")
+    [ ${#locks[@]} -eq 1 ] || fail "expected one 'Velmora lock' window, found ${locks[*]}"
+    lock=${locks[0]}
+    expect_geometry "$lock" 1280x800+0+0 "the lock window"
+
+    poll 10 "a window titled 'Velmora blank' is mapped" mapped_titled "Velmora blank"
+    mapfile -t blanks < <(windows_titled "Velmora blank")
+    if [ ${#blanks[@]} -ne 1 ]; then
+        fail "expected one 'Velmora blank' window (one other monitor), found: $(
+            for b in "${blanks[@]}"; do printf '%s at %s; ' "$b" "$(geometry_of "$b")"; done)"
+    fi
+    blank=${blanks[0]}
+    expect_geometry "$blank" 1280x800+1280+0 "the blank window"
+
+    for id in "$lock" "$blank"; do
+        seen="xprop -id $id _NET_WM_STATE" \
+            poll 10 "window $id has _NET_WM_STATE FULLSCREEN and ABOVE" fullscreen_above "$id"
+    done
+
+    seen="xprop -root _NET_ACTIVE_WINDOW" poll 10 "the lock window $lock is the active window" is_active "$lock"
+    focus="$(xutil input-focus)"
+    xutil is-inside "$focus" "$lock" || fail "the keyboard focus is on $focus, not in the lock window $lock"
+    poll 10 "the keyboard is grabbed (a test client could still grab it while the lock is up)" \
+        xutil keyboard-grabbed
+}

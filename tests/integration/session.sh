@@ -23,7 +23,6 @@
 
 VS_HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 VS_PIDS=()
-VS_NAMES=()
 VS_DIR=""
 
 vs_log() { echo "session: $*" >&2; }
@@ -38,11 +37,10 @@ vs_poll() {
     done
 }
 
+# True while PID runs: a child that has exited but not been waited for is a zombie (Z).
 vs_alive() {
-    local state
-    [ -r "/proc/$1/stat" ] || return 1
-    state="$(sed 's/^.*) \(.\).*$/\1/' "/proc/$1/stat" 2>/dev/null)" || return 1
-    [ -n "$state" ] && [ "$state" != Z ] && [ "$state" != X ]
+    local stat
+    stat="$(cat "/proc/$1/stat" 2>/dev/null)" && [ -n "$stat" ] && [[ "$stat" != *") Z "* && "$stat" != *") X "* ]]
 }
 
 # Starts a daemon in the background as a child of this shell and remembers it.
@@ -50,7 +48,6 @@ vs_spawn() {
     local name=$1; shift
     "$@" >"$VS_DIR/logs/$name.log" 2>&1 </dev/null &
     VS_PIDS+=("$!")
-    VS_NAMES+=("$name")
 }
 
 vs_fail() {
@@ -71,9 +68,9 @@ vs_start_x() {
     # when the last client disconnects.
     "$VS_DIR/xvfb-launch" &
     VS_PIDS+=("$!")
-    VS_NAMES+=(Xvfb)
     vs_poll 20 grep -q '^[0-9]' "$fd_file" || { vs_fail "Xvfb did not report a display"; return 1; }
-    export DISPLAY=":$(head -n1 "$fd_file")"
+    DISPLAY=":$(head -n1 "$fd_file")"
+    export DISPLAY
     vs_poll 10 xdpyinfo || { vs_fail "Xvfb on $DISPLAY does not accept clients"; return 1; }
 
     # Two monitors of 1280x800 side by side. The server's only output goes to the left one,
@@ -268,6 +265,7 @@ fi
 
 vs_status=0
 vs_child=""
+# shellcheck disable=SC2317  # invoked by the traps below
 vs_on_signal() {
     vs_status=$((128 + $1))
     [ -n "$vs_child" ] && kill -TERM "$vs_child" 2>/dev/null

@@ -1,13 +1,13 @@
 #include "PulseMediaMonitor.h"
 
 #include <QCoreApplication>
-#include <QDir>
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QHash>
 #include <QList>

@@ -8,6 +8,7 @@
 #include "SettingsLoader.h"
 #include "StatusItem.h"
 #include "ViewController.h"
+#include "timerViewcontroller.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -34,9 +35,9 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
                                                                  *m_ports.clock, m_log, *m_ports.media,
                                                                  *m_ports.notifier, m_texts, m_sync, *this});
-    mainViewControllerObj =
-        new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log,
-                            *m_ports.media, m_texts, m_sync, *m_schedule, *this});
+    mainViewControllerObj = new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler,
+                                                m_log, m_usage, m_texts, *m_ports.notifier, *m_ports.displayAwake,
+                                                *m_ports.media, m_sync, *m_schedule, *this, m_random});
     m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler);
     m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
@@ -388,9 +389,16 @@ void AppDelegate::resetAllData()
 void AppDelegate::abortAllProcess()
 {
     m_log.addLog(QStringLiteral("call abort all process."));
-    if (isMainWindowVisible() && m_state.currentAction == ACTION::_RUNNING_ &&
-        isItemTimerState(m_state.currentState))
+    if (!isMainWindowVisible() || m_state.currentAction != ACTION::_RUNNING_ ||
+        !isItemTimerState(m_state.currentState))
+        return;
+    timerViewcontroller& timer = mainViewControllerObj->timerViewcontrollerObj();
+    if (timer.hasLiveTimer()) {
+        timer.pauseTimer();
         m_ports.displayAwake->release();
+        if (timer.isWebViewShown())
+            timer.loadBlankUrl();
+    }
 }
 
 // --- lock windows ----------------------------------------------------------------
@@ -443,15 +451,20 @@ bool AppDelegate::isReleaseChord(const QKeyEvent* event) const
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::KeyPress && watched->isWidgetType()) {
-        const auto* key = static_cast<QKeyEvent*>(event);
-        if (isReleaseChord(key) && isMainWindowVisible() && !key->isAutoRepeat()) {
-            // The last resort out of a lock: no password, no countdown.
-            abortAllProcess();
-            setMainWindowVisible(false);
-            hideBlankWindowInSecondaryMonitor();
-            qDebug() << "command contain";
-        }
+    // Key presses reach the application once per window before any widget sees
+    // them; acting here, and passing every event on, is the lock's key monitor.
+    if (event->type() != QEvent::KeyPress || !watched->isWindowType() || !isMainWindowVisible())
+        return QObject::eventFilter(watched, event);
+    const auto* key = static_cast<QKeyEvent*>(event);
+    qDebug() << "Local monitor keyDown" << key->key();
+    if (isReleaseChord(key) && !key->isAutoRepeat()) {
+        // The last resort out of a lock: no password, no countdown.
+        abortAllProcess();
+        setMainWindowVisible(false);
+        hideBlankWindowInSecondaryMonitor();
+        qDebug() << "command contain";
+    } else if (key->key() == Qt::Key_Return || key->key() == Qt::Key_Enter) {
+        mainViewControllerObj->handleReturnKey();
     }
     return QObject::eventFilter(watched, event);
 }

@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <QObject>
+#include <QRandomGenerator>
 #include <QUrl>
 
 class QKeyEvent;
@@ -69,6 +70,7 @@ public:
     const TextCatalogue& texts() const { return m_texts; }
     const DebugLog& debugLog() const { return m_log; }
     const UsageLog& usageLog() const { return m_usage; }
+    QRandomGenerator& random() { return m_random; }
     bool isTickRunning() const;
     bool isReactivationWatchRunning() const;
 
@@ -116,6 +118,7 @@ private:
     Ports m_ports;
     AppPaths m_paths;
     RunState m_state;
+    QRandomGenerator m_random{QRandomGenerator::securelySeeded()};
     TextCatalogue m_texts;
     DebugLog m_log;
     UsageLog m_usage;

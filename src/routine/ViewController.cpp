@@ -3,31 +3,57 @@
 #include "Clock.h"
 #include "DaySchedule.h"
 #include "DebugLog.h"
+#include "DisplayAwake.h"
 #include "MediaMonitor.h"
+#include "Notifier.h"
 #include "PreferenceKeys.h"
 #include "Preferences.h"
+#include "RecordFormats.h"
 #include "RoutineHost.h"
+#include "RoutineStyle.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
+#include "UsageLog.h"
+#include "firstViewController.h"
+#include "logQuantityVc.h"
+#include "rememberNextHabitVc.h"
+#include "thirdVc.h"
+#include "timerViewcontroller.h"
 
+#include <QComboBox>
 #include <QDebug>
+#include <QEvent>
 #include <QFrame>
 #include <QLabel>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QStackedLayout>
 #include <QVBoxLayout>
 
 namespace velmora {
 
-ViewController::ViewController(Deps deps, QWidget* parent) : QWidget(parent), d(deps)
+namespace {
+constexpr qint64 kUnlockDelayMs = 3000;
+constexpr int kMorningRehearsalSeconds = 30;
+constexpr int kEveningRehearsalSeconds = 20;
+} // namespace
+
+ViewController::ViewController(RoutineContext ctx, QWidget* parent)
+    : QWidget(parent)
+    , c(ctx)
 {
     setObjectName(QStringLiteral("ViewController"));
+    setStyleSheet(style::lockStyleSheet());
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(48, 32, 48, 32);
+    layout->setContentsMargins(48, 24, 48, 32);
 
-    btnAbort = new QPushButton(tr("Abort"), this);
-    btnAbort->setObjectName(QStringLiteral("btnAbort"));
-    btnAbort->setFlat(true);
+    btnAbort = style::quietButton(this, "btnAbort");
+    btnAbort->setText(tr("Abort"));
+    // Giving up a routine goes through a staged flow that this version does not
+    // have yet; the button shows where it will be and is not clickable.
+    btnAbort->setEnabled(false);
+    btnAbort->setToolTip(tr("Aborting a routine is not available in this version."));
     btnAbort->hide();
     layout->addWidget(btnAbort, 0, Qt::AlignRight);
 
@@ -36,131 +62,374 @@ ViewController::ViewController(Deps deps, QWidget* parent) : QWidget(parent), d(
     auto* boxLayout = new QVBoxLayout(boxContainer);
     containerView = new QWidget(boxContainer);
     containerView->setObjectName(QStringLiteral("containerView"));
-    auto* containerLayout = new QVBoxLayout(containerView);
-    containerLayout->setContentsMargins(0, 0, 0, 0);
+    m_stack = new QStackedLayout(containerView);
+    m_empty = new QWidget(containerView);
+    m_stack->addWidget(m_empty);
     boxLayout->addWidget(containerView);
     layout->addWidget(boxContainer, 1);
 
-    lblMessage = new QLabel(
-        d.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")),
-        this);
-    lblMessage->setObjectName(QStringLiteral("lblMessage"));
-    lblMessage->setAlignment(Qt::AlignCenter);
-    lblMessage->setWordWrap(true);
-    QFont big = lblMessage->font();
-    big.setPointSize(28);
-    lblMessage->setFont(big);
+    m_first = new firstViewController(c, *this, containerView);
+    m_timer = new timerViewcontroller(c, *this, containerView);
+    m_third = new thirdVc(c, *this, containerView);
+    for (QWidget* screen : {static_cast<QWidget*>(m_first), static_cast<QWidget*>(m_timer),
+                            static_cast<QWidget*>(m_third)})
+        m_stack->addWidget(screen);
+    m_quantity = new logQuantityVc(c, containerView);
+    m_quantity->hide();
+    containerView->installEventFilter(this);
+
+    lblMessage = style::title(this, "lblMessage");
+    lblMessage->setText(
+        c.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")));
     lblMessage->hide();
     layout->addWidget(lblMessage);
 
-    d.state.isMainWindowLodded = true;
+    c.state.isMainWindowLodded = true;
 }
+
+ViewController::~ViewController()
+{
+    if (breakTimer)
+        c.scheduler.cancel(*breakTimer);
+}
+
+bool ViewController::eventFilter(QObject* watched, QEvent* event)
+{
+    // The quantity overlay lies over the whole container.
+    if (watched == containerView && event->type() == QEvent::Resize)
+        m_quantity->setGeometry(containerView->rect());
+    return QWidget::eventFilter(watched, event);
+}
+
+// --- the container --------------------------------------------------------------
 
 void ViewController::clearContainer()
 {
-    const auto children = containerView->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
-    for (QWidget* child : children) {
-        containerView->layout()->removeWidget(child);
-        child->hide();
-        child->setParent(nullptr);
-    }
+    m_quantity->hide();
+    m_stack->setCurrentWidget(m_empty);
 }
 
-void ViewController::showOverview(CURRENTSTATE state)
+void ViewController::showScreen(QWidget* screen)
 {
-    d.state.isPromptToRememberHabitShowedInLastHabit = false;
+    m_quantity->hide();
+    m_stack->setCurrentWidget(screen);
+}
+
+QWidget* ViewController::currentScreen() const
+{
+    QWidget* current = m_stack->currentWidget();
+    return current == m_empty ? nullptr : current;
+}
+
+void ViewController::showLogQuantityView()
+{
+    m_quantity->setGeometry(containerView->rect());
+    m_quantity->show();
+    m_quantity->raise();
+}
+
+bool ViewController::isPasswordViewShown() const
+{
+    // No password screen exists in this version.
+    return false;
+}
+
+// --- overview ---------------------------------------------------------------------
+
+void ViewController::showOverview(CURRENTSTATE state, int countdown)
+{
+    c.state.isPromptToRememberHabitShowedInLastHabit = false;
     if (state == CURRENTSTATE::_MORNING_HABIT_)
-        d.state.lastShownRandomChoiceDic.clear();
+        c.state.lastShownRandomChoiceDic.clear();
     btnAbort->show();
     clearContainer();
-    d.state.currentState = state;
-    d.state.currentAction = ACTION::_STARTING_;
-    d.host.bringToFront();
+    c.state.currentState = state;
+    c.state.currentAction = ACTION::_STARTING_;
+    m_first->isFirstTime = false;
+    m_first->viewWillAppear();
+    showScreen(m_first);
+    if (countdown > 0)
+        m_first->startTimer(countdown);
+    else if (!m_first->isTimerGoingOn)
+        m_first->btnStartFirstHabit->show();
+    c.host.bringToFront();
 }
 
 void ViewController::showFirstTimeVc()
 {
-    d.log.addLog(QStringLiteral("Showing first time welcome activity."));
+    c.log.addLog(QStringLiteral("Showing first time welcome activity."));
     btnAbort->hide();
     clearContainer();
-    d.state.currentState = CURRENTSTATE::_BREATHING_;
-    d.state.currentAction = ACTION::_STARTING_;
-    d.host.bringToFront();
+    m_first->isFirstTime = true;
+    c.state.currentState = CURRENTSTATE::_BREATHING_;
+    c.state.currentAction = ACTION::_STARTING_;
+    m_first->viewWillAppear();
+    showScreen(m_first);
+    c.host.bringToFront();
 }
 
 void ViewController::showAllMorningHabits()
 {
-    d.log.addLog(QStringLiteral("Showing morning habits."));
-    showOverview(CURRENTSTATE::_MORNING_HABIT_);
+    c.log.addLog(QStringLiteral("Showing morning habits."));
+    showOverview(CURRENTSTATE::_MORNING_HABIT_, kMorningRehearsalSeconds);
+}
+
+void ViewController::showAllMorningHabitsAbortCancel()
+{
+    c.log.addLog(QStringLiteral("Abort Cancel Showing morning habits."));
+    showOverview(CURRENTSTATE::_MORNING_HABIT_, 0);
 }
 
 void ViewController::showAllEveningHabits()
 {
-    d.log.addLog(QStringLiteral("Initiate and run Evening Habits."));
-    showOverview(CURRENTSTATE::_EVENING_HABIT_);
-    d.sync.writeEveningRoutineDate();
-    if (const auto till = d.schedule.showedTillDate())
-        d.preferences.setValue(keys::kUserdefaultsEveningHabitsShowedTillDate, *till);
+    c.log.addLog(QStringLiteral("Initiate and run Evening Habits."));
+    showOverview(CURRENTSTATE::_EVENING_HABIT_, kEveningRehearsalSeconds);
+    c.sync.writeEveningRoutineDate();
+    if (const auto till = c.schedule.showedTillDate())
+        c.preferences.setValue(keys::kUserdefaultsEveningHabitsShowedTillDate, *till);
 }
 
-void ViewController::showFocusSummaryView()
+void ViewController::showAllEveningHabitsAbortCancel()
 {
-    d.log.addLog(QStringLiteral("Showing Focus Summary"));
-    btnAbort->hide();
-    clearContainer();
-    d.state.currentState = CURRENTSTATE::_FOCUS_SUMMARY_;
-    if (const auto till = d.schedule.showedTillDate())
-        d.preferences.setValue(keys::kUserdefaultsFocusSummaryShowedTillDate, *till);
+    c.log.addLog(QStringLiteral("Abort Cancel:-Initiate and run Evening Habits."));
+    showOverview(CURRENTSTATE::_EVENING_HABIT_, 0);
 }
 
-void ViewController::shutOffMac()
+// --- habits -------------------------------------------------------------------------
+
+// Starts the habit at currentHabitIndex of the routine of `state`.
+void ViewController::startHabitAt(CURRENTSTATE state)
 {
-    d.state.isHabitAlreadyShowed = false;
-    if (d.state.currentState == CURRENTSTATE::_SHUTOFFMAC_)
+    const QVector<habit>& list =
+        state == CURRENTSTATE::_MORNING_HABIT_ ? c.state.arrAllMorningHabits : c.state.arrAllEveningHabits;
+    if (c.state.currentHabitIndex < 0 || c.state.currentHabitIndex >= list.size()) {
+        // Nothing left to run (an empty routine, or an index past its end): give
+        // the machine back rather than stand on an empty screen.
+        c.log.addLog(QStringLiteral("No habit at index %1 of a routine of %2; lifting the lock.")
+                         .arg(c.state.currentHabitIndex)
+                         .arg(list.size()));
+        habitsFinishedUnlockMachine();
         return;
-    d.log.addLog(QStringLiteral("Showing Shut Off screen."));
+    }
+    const habit& h = list[c.state.currentHabitIndex];
+    std::optional<QString> url;
+    if (!h.urlsArray.isEmpty())
+        url = h.urlsArray.at(int(c.random.bounded(quint32(h.urlsArray.size()))));
+    showScreen(m_timer);
+    m_timer->startTimerHabit(h.durationSeconds, url, h.name, h);
+    c.state.currentState = state;
+    c.state.currentAction = ACTION::_RUNNING_;
+}
+
+void ViewController::startFirstMorningHabit()
+{
+    c.log.addLog(QStringLiteral("current startFirstMorningHabit called"));
+    btnAbort->show();
+    clearContainer();
+    c.state.currentHabitIndex = 0;
+    startHabitAt(CURRENTSTATE::_MORNING_HABIT_);
+}
+
+void ViewController::startFirstEveningHabit()
+{
+    c.log.addLog(QStringLiteral("current startFirstEveningHabit called"));
+    btnAbort->show();
+    clearContainer();
+    c.state.currentHabitIndex = 0;
+    startHabitAt(CURRENTSTATE::_EVENING_HABIT_);
+}
+
+void ViewController::changeMorningHabit()
+{
+    c.log.addLog(QStringLiteral("current changeMorningHabit called"));
+    btnAbort->show();
+    clearContainer();
+    ++c.state.currentHabitIndex;
+    startHabitAt(CURRENTSTATE::_MORNING_HABIT_);
+}
+
+void ViewController::changeEveningHabit()
+{
+    c.log.addLog(QStringLiteral("current changeEveningHabit called"));
+    btnAbort->show();
+    clearContainer();
+    ++c.state.currentHabitIndex;
+    startHabitAt(CURRENTSTATE::_EVENING_HABIT_);
+}
+
+void ViewController::startBreathing()
+{
+    c.log.addLog(QStringLiteral("current startBreathing called"));
     btnAbort->hide();
     clearContainer();
-    d.state.currentState = CURRENTSTATE::_SHUTOFFMAC_;
-    if (breakTimer) {
-        d.scheduler.cancel(*breakTimer);
-        breakTimer.reset();
+    showScreen(m_timer);
+    m_timer->startBreathing();
+    c.state.currentState = CURRENTSTATE::_BREATHING_;
+    c.state.currentAction = ACTION::_RUNNING_;
+}
+
+// An item that ran with the lock down (it allowed certain programs) brings the
+// lock back when it is over.
+void ViewController::itemOverCommon()
+{
+    if (!c.host.isMainWindowVisible()) {
+        c.host.setMainWindowVisible(true);
+        c.host.showExtraWindows();
     }
-    d.host.bringToFront();
+    c.state.currentHabitPlaying.reset();
+    c.state.currentActivityPlaying.reset();
+    btnAbort->show();
+    clearContainer();
+}
+
+void ViewController::morningHabitOver()
+{
+    c.log.addLog(QStringLiteral("current morning Habit Over called"));
+    itemOverCommon();
+    showScreen(m_third);
+    c.state.currentState = CURRENTSTATE::_MORNING_HABIT_;
+    c.state.currentAction = ACTION::_OVER_;
+    m_third->morningHabitFinished(c.state.currentHabitIndex);
+}
+
+void ViewController::eveningHabitOver()
+{
+    c.log.addLog(QStringLiteral("current evening Habit Over called"));
+    itemOverCommon();
+    const QVector<habit>& list = c.state.arrAllEveningHabits;
+    const int index = c.state.currentHabitIndex;
+    if (index < list.size() - 1) {
+        showScreen(m_third);
+        c.state.currentState = CURRENTSTATE::_EVENING_HABIT_;
+        c.state.currentAction = ACTION::_OVER_;
+        m_third->eveningHabitFinished(index);
+        return;
+    }
+    // The last evening habit leads straight to the lock, with no progress screen.
+    c.log.addLog(QStringLiteral("evening habit Finished"));
+    c.notifier.playSound(QStringLiteral("afterMorningRoutine"));
+    shutOffMac();
+    if (index < 0 || index >= list.size()) {
+        c.log.addLog(QStringLiteral("Finished evening habit %1 is not in the routine; nothing recorded.").arg(index));
+        return;
+    }
+    const habit& h = list[index];
+    if (!h.logQuantity) {
+        c.usage.addEntryInCsv(
+            {.logType = QStringLiteral("evening routine"),
+             .activity = h.name,
+             .durationInSeconds = QString::number(h.durationSeconds),
+             .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+        return;
+    }
+    showLogQuantityView();
+    m_quantity->resetData(h.name, QString::number(h.durationSeconds), h.logQuantityQuestion,
+                          CURRENTSTATE::_EVENING_HABIT_);
+}
+
+void ViewController::breathingOver()
+{
+    c.log.addLog(QStringLiteral("current breathing Habit Over called"));
+    btnAbort->hide();
+    clearContainer();
+    showScreen(m_third);
+    m_third->breathingFinished();
+    c.state.currentState = CURRENTSTATE::_BREATHING_;
+    c.state.currentAction = ACTION::_OVER_;
+}
+
+void ViewController::habitsFinishedUnlockMachine()
+{
+    c.log.addLog(QStringLiteral("morning habit Finished"));
+    btnAbort->hide();
+    clearContainer();
+    lblMessage->show();
+    c.state.currentHabitIndex = -1;
+    // A plain delay, not a timer anyone can cancel: the window goes in 3 seconds.
+    c.scheduler.singleShot(kUnlockDelayMs, this, [this] { unlockMachine(); });
+    c.state.currentState = CURRENTSTATE::_NOTHING_;
+}
+
+void ViewController::breathingFinishedUnlockMachine()
+{
+    c.log.addLog(QStringLiteral("breathing Finished"));
+    btnAbort->hide();
+    clearContainer();
+    lblMessage->show();
+    c.scheduler.singleShot(kUnlockDelayMs, this, [this] { unlockMachine(); });
+    c.state.currentState = CURRENTSTATE::_NOTHING_;
+}
+
+void ViewController::activityFinishedUnlockMachine()
+{
+    c.log.addLog(QStringLiteral("Break Activities Finished"));
+    btnAbort->hide();
+    clearContainer();
+    c.state.currentActivityIndex = -1;
+    unlockMachine();
+    c.state.currentState = CURRENTSTATE::_NOTHING_;
 }
 
 void ViewController::unlockMachine()
 {
-    d.log.addLog(QStringLiteral("current unlockMachine called"));
+    c.log.addLog(QStringLiteral("current unlockMachine called"));
     lblMessage->hide();
-    d.host.setMainWindowVisible(false);
-    d.host.hideBlankWindowInSecondaryMonitor();
+    c.host.setMainWindowVisible(false);
+    c.host.hideBlankWindowInSecondaryMonitor();
     setActivityTimer();
-    if (d.state.isFirstRun) {
-        d.host.setBackgroundThreadTimer();
-        d.state.isFirstRun = false;
+    if (c.state.isFirstRun) {
+        c.host.setBackgroundThreadTimer();
+        c.state.isFirstRun = false;
     }
 }
 
+void ViewController::shutOffMac()
+{
+    c.state.isHabitAlreadyShowed = false;
+    if (c.state.currentState == CURRENTSTATE::_SHUTOFFMAC_)
+        return;
+    c.log.addLog(QStringLiteral("Showing Shut Off screen."));
+    btnAbort->hide();
+    clearContainer();
+    c.state.currentState = CURRENTSTATE::_SHUTOFFMAC_;
+    if (breakTimer) {
+        c.scheduler.cancel(*breakTimer);
+        breakTimer.reset();
+    }
+    c.host.bringToFront();
+}
+
+void ViewController::showFocusSummaryView()
+{
+    c.log.addLog(QStringLiteral("Showing Focus Summary"));
+    btnAbort->hide();
+    clearContainer();
+    c.state.currentState = CURRENTSTATE::_FOCUS_SUMMARY_;
+    if (const auto till = c.schedule.showedTillDate())
+        c.preferences.setValue(keys::kUserdefaultsFocusSummaryShowedTillDate, *till);
+}
+
+// --- breaks -----------------------------------------------------------------------------
+
 bool ViewController::isBreakTimerPending() const
 {
-    return breakTimer && d.scheduler.isActive(*breakTimer);
+    return breakTimer && c.scheduler.isActive(*breakTimer);
 }
 
 void ViewController::setActivityTimer()
 {
-    d.log.addLog(QStringLiteral("Break Activity Timer reset Done."));
-    if (d.state.arrAllbreakActivities.isEmpty())
+    c.log.addLog(QStringLiteral("Break Activity Timer reset Done."));
+    if (c.state.arrAllbreakActivities.isEmpty())
         return;
-    if (d.state.breakAfterMinutes <= 0) {
+    if (c.state.breakAfterMinutes <= 0) {
         // A zero interval would put a break up again the moment the last one ended.
-        d.log.addLog(QStringLiteral("breakAfterMinutes is not above 0; no break is scheduled."));
+        c.log.addLog(QStringLiteral("breakAfterMinutes is not above 0; no break is scheduled."));
         return;
     }
     qDebug() << "breakAfterMinutesxxxx";
     if (breakTimer)
-        d.scheduler.cancel(*breakTimer);
-    breakTimer = d.scheduler.singleShot(qint64(d.state.breakAfterMinutes) * 60 * 1000, this,
+        c.scheduler.cancel(*breakTimer);
+    breakTimer = c.scheduler.singleShot(qint64(c.state.breakAfterMinutes) * 60 * 1000, this,
                                         [this] { startBreakActivities(); });
 }
 
@@ -175,30 +444,28 @@ bool ViewController::cancelBreakForReason()
         bool resetTimer;
         bool callLook;
     };
-    const CURRENTSTATE s = d.state.currentState;
+    const CURRENTSTATE s = c.state.currentState;
     const Reason reasons[] = {
-        {[this] { return d.media.isMicOn(); }, "Mic is in use, Break Activities cancelled.", true, true},
-        {[this] { return d.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true,
-         true},
-        {[this] { return d.host.isPreventUserIdleDisplaySleepOn(); },
+        {[this] { return c.media.isMicOn(); }, "Mic is in use, Break Activities cancelled.", true, true},
+        {[this] { return c.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true, true},
+        {[this] { return c.host.isPreventUserIdleDisplaySleepOn(); },
          "PreventUserIdleDisplaySleep is On: Break Activities cancelled.", true, false},
-        {[s] { return s == CURRENTSTATE::_ABORT_; }, "App is disabled, Break Activities cancelled.", false,
-         false},
-        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; },
-         "App is in shutoff state, Break Activities cancelled.", false, false},
-        {[s] { return s == CURRENTSTATE::_MORNING_HABIT_; },
-         "Morning habit showing, Break Activities cancelled.", false, false},
-        {[this] { return d.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.",
+        {[s] { return s == CURRENTSTATE::_ABORT_; }, "App is disabled, Break Activities cancelled.", false, false},
+        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; }, "App is in shutoff state, Break Activities cancelled.",
          false, false},
+        {[s] { return s == CURRENTSTATE::_MORNING_HABIT_; }, "Morning habit showing, Break Activities cancelled.",
+         false, false},
+        {[this] { return c.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.", false,
+         false},
     };
     for (const Reason& reason : reasons) {
         if (!reason.holds())
             continue;
         if (reason.resetTimer)
             setActivityTimer();
-        d.log.addLog(QString::fromUtf8(reason.line));
+        c.log.addLog(QString::fromUtf8(reason.line));
         if (reason.callLook)
-            d.host.setCallLook();
+            c.host.setCallLook();
         return true;
     }
     return false;
@@ -206,12 +473,12 @@ bool ViewController::cancelBreakForReason()
 
 void ViewController::buildBreakLists()
 {
-    RunState& st = d.state;
+    RunState& st = c.state;
     st.isAnyMandatoryActivityIncluded = false;
     st.isMandatoryActivityGoing = false;
     st.arrActivitiesIncludeInEveryBreak.clear();
     st.arrActivitiesExcludeInEveryBreak.clear();
-    for (const breakActivity& activity : st.arrAllbreakActivities) {
+    for (const breakActivity& activity : std::as_const(st.arrAllbreakActivities)) {
         if (st.isOfficeModeEnabled && !activity.isOfficeFriendly)
             continue;
         if (activity.IncludeInEveryBreak) {
@@ -226,33 +493,146 @@ void ViewController::buildBreakLists()
         st.currentActivityIndex = 0;
     } else {
         const auto size = quint32(st.arrActivitiesExcludeInEveryBreak.size());
-        st.currentActivityIndex = size ? int(QRandomGenerator::global()->bounded(size)) : 0;
+        st.currentActivityIndex = size ? int(c.random.bounded(size)) : 0;
     }
 }
 
 void ViewController::startBreakActivities()
 {
-    d.log.addLog(QStringLiteral("Initiating Break Activities"));
+    c.log.addLog(QStringLiteral("Initiating Break Activities"));
     if (cancelBreakForReason())
         return;
     breakTimer.reset();
-    if (d.state.arrAllbreakActivities.isEmpty())
+    if (c.state.arrAllbreakActivities.isEmpty())
         return;
     btnAbort->show();
     buildBreakLists();
-    if (d.state.arrActivitiesIncludeInEveryBreak.isEmpty() &&
-        d.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
+    if (c.state.arrActivitiesIncludeInEveryBreak.isEmpty() && c.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
         // Office mode with no office-friendly activity: nothing to run, so no lock.
-        d.log.addLog(QStringLiteral("No activity fits this break (office mode); the break is skipped."));
+        c.log.addLog(QStringLiteral("No activity fits this break (office mode); the break is skipped."));
         setActivityTimer();
         return;
     }
     clearContainer();
-    d.host.setMainWindowVisible(true);
-    d.host.showExtraWindows();
-    d.host.bringToFront();
-    d.state.currentState = CURRENTSTATE::_ACTIVITY_;
-    d.state.currentAction = ACTION::_STARTING_;
+    showScreen(m_third);
+    m_third->startBreakActivity();
+    c.host.setMainWindowVisible(true);
+    c.host.showExtraWindows();
+    c.host.bringToFront();
+    c.state.currentState = CURRENTSTATE::_ACTIVITY_;
+    c.state.currentAction = ACTION::_STARTING_;
+}
+
+void ViewController::startActivity(const breakActivity& activity)
+{
+    auto pickUrl = [this](const QStringList& urls) -> std::optional<QString> {
+        if (urls.isEmpty())
+            return std::nullopt;
+        return urls.at(int(c.random.bounded(quint32(urls.size()))));
+    };
+    if (!activity.isRandomChoice) {
+        m_timer->startTimerActivity(activity.durationSeconds, activity.name, pickUrl(activity.urlsArray),
+                                    activity.logQuantityQuestion, activity, activity.logQuantity);
+    } else {
+        // The alternative the screen before announced; a fresh draw only if none was.
+        std::optional<activityChoice> choice = m_third->currentActivityChoice;
+        if (!choice && !activity.choices.isEmpty())
+            choice = activity.choices.at(int(c.random.bounded(quint32(activity.choices.size()))));
+        if (!choice) {
+            c.log.addLog(QStringLiteral("Activity %1 has no alternative to run.").arg(activity.name));
+            return;
+        }
+        m_timer->startTimerActivity(activity.durationSeconds, choice->name, pickUrl(choice->urlsArray),
+                                    choice->logQuantityQuestion, activity, choice->logQuantity);
+    }
+    c.state.currentState = CURRENTSTATE::_ACTIVITY_;
+    c.state.currentAction = ACTION::_RUNNING_;
+}
+
+void ViewController::startCurrentActivity()
+{
+    c.log.addLog(QStringLiteral("current startCurrentActivity called"));
+    btnAbort->show();
+    clearContainer();
+    showScreen(m_timer);
+    const auto& list = c.state.isMandatoryActivityGoing ? c.state.arrActivitiesIncludeInEveryBreak
+                                                        : c.state.arrActivitiesExcludeInEveryBreak;
+    if (c.state.currentActivityIndex < 0 || c.state.currentActivityIndex >= list.size()) {
+        c.log.addLog(QStringLiteral("No activity at index %1; the break ends.").arg(c.state.currentActivityIndex));
+        activityFinishedUnlockMachine();
+        return;
+    }
+    startActivity(list[c.state.currentActivityIndex]);
+}
+
+void ViewController::changeActivity()
+{
+    c.log.addLog(QStringLiteral("current changeActivity called"));
+    btnAbort->show();
+    clearContainer();
+    showScreen(m_timer);
+    RunState& st = c.state;
+    std::optional<breakActivity> activity;
+    if (st.isAnyMandatoryActivityIncluded && st.isMandatoryActivityGoing) {
+        const int previous = st.currentActivityIndex;
+        ++st.currentActivityIndex;
+        if (st.currentActivityIndex < st.arrActivitiesIncludeInEveryBreak.size()) {
+            activity = st.arrActivitiesIncludeInEveryBreak[st.currentActivityIndex];
+        } else {
+            st.isMandatoryActivityGoing = false;
+            st.currentActivityIndex = previous;
+        }
+    } else if (!st.isAnyMandatoryActivityIncluded) {
+        ++st.currentActivityIndex;
+    }
+    if (!activity) {
+        if (st.currentActivityIndex < 0 || st.currentActivityIndex >= st.arrActivitiesExcludeInEveryBreak.size()) {
+            c.log.addLog(QStringLiteral("No activity at index %1; the break ends.").arg(st.currentActivityIndex));
+            activityFinishedUnlockMachine();
+            return;
+        }
+        activity = st.arrActivitiesExcludeInEveryBreak[st.currentActivityIndex];
+    }
+    startActivity(*activity);
+}
+
+void ViewController::activityOver()
+{
+    c.log.addLog(QStringLiteral("current activityOver called"));
+    itemOverCommon();
+    showScreen(m_third);
+    c.state.currentState = CURRENTSTATE::_ACTIVITY_;
+    c.state.currentAction = ACTION::_OVER_;
+    m_third->activityFinished(c.state.currentActivityIndex);
+}
+
+// --- keyboard -------------------------------------------------------------------------------
+
+void ViewController::handleReturnKey()
+{
+    const CURRENTSTATE s = c.state.currentState;
+    const ACTION a = c.state.currentAction;
+    const bool routine = s == CURRENTSTATE::_MORNING_HABIT_ || s == CURRENTSTATE::_EVENING_HABIT_ ||
+                         s == CURRENTSTATE::_BREATHING_;
+    const bool quantityReady = !m_quantity->isHidden() && !m_quantity->textFieldCount->text().isEmpty();
+    QWidget* screen = currentScreen();
+
+    if (routine && a == ACTION::_STARTING_ && screen == m_first && !m_first->isTimerGoingOn) {
+        m_first->btnStartFirstHabitClicked();
+    } else if (s == CURRENTSTATE::_ACTIVITY_ && a == ACTION::_STARTING_ && screen == m_third) {
+        m_third->btnMainClicked();
+    } else if ((routine || s == CURRENTSTATE::_ACTIVITY_) && a == ACTION::_OVER_ && screen == m_third) {
+        if (!m_quantity->isHidden()) {
+            if (quantityReady)
+                m_quantity->btnOkClicked();
+        } else if (!m_third->boxBg->isHidden()) {
+            m_third->btnMainClicked();
+        } else if (m_third->isQuizShown() && !m_third->getRememberNextHabitVcObj().btnStartNextHabit->isHidden()) {
+            m_third->getRememberNextHabitVcObj().btnStartNextHabitClicked();
+        }
+    } else if (s == CURRENTSTATE::_SHUTOFFMAC_ && quantityReady && !c.state.arrAllEveningHabits.isEmpty()) {
+        m_quantity->btnOkClicked();
+    }
 }
 
 } // namespace velmora

@@ -1,25 +1,23 @@
 #pragma once
 
+#include "RoutineContext.h"
 #include "RunState.h"
 #include "Scheduler.h"
 
-#include <optional>
 #include <QWidget>
+#include <optional>
 
+class QFrame;
 class QLabel;
 class QPushButton;
-class QFrame;
+class QStackedLayout;
 
 namespace velmora {
 
-class Clock;
-class DaySchedule;
-class DebugLog;
-class MediaMonitor;
-class Preferences;
-class RoutineHost;
-class SyncTimestamps;
-class TextCatalogue;
+class firstViewController;
+class logQuantityVc;
+class thirdVc;
+class timerViewcontroller;
 
 // The content of the main lock window: the one place that says which screen of
 // a routine stands in the lock and which run state the program is in. Everyone
@@ -29,44 +27,75 @@ class ViewController : public QWidget
     Q_OBJECT
 
 public:
-    struct Deps
-    {
-        RunState& state;
-        Preferences& preferences;
-        const Clock& clock;
-        Scheduler& scheduler;
-        const DebugLog& log;
-        MediaMonitor& media;
-        const TextCatalogue& texts;
-        const SyncTimestamps& sync;
-        DaySchedule& schedule;
-        RoutineHost& host;
-    };
-    ViewController(Deps deps, QWidget* parent = nullptr);
+    explicit ViewController(RoutineContext ctx, QWidget* parent = nullptr);
+    ~ViewController() override;
 
+    // Routines
     void showFirstTimeVc();
     void showAllMorningHabits();
+    void showAllMorningHabitsAbortCancel();
     void showAllEveningHabits();
-    void showFocusSummaryView();
-    void shutOffMac();
+    void showAllEveningHabitsAbortCancel();
+    void startFirstMorningHabit();
+    void startFirstEveningHabit();
+    void changeMorningHabit();
+    void changeEveningHabit();
+    void startBreathing();
+    void morningHabitOver();
+    void eveningHabitOver();
+    void activityOver();
+    void breathingOver();
+    void habitsFinishedUnlockMachine();
+    void breathingFinishedUnlockMachine();
+    void activityFinishedUnlockMachine();
     void unlockMachine();
+    void shutOffMac();
+    void showFocusSummaryView();
+    void showLogQuantityView();
 
+    // Breaks
     void setActivityTimer();
     void startBreakActivities();
+    void startCurrentActivity();
+    void changeActivity();
     bool isBreakTimerPending() const;
+
+    // Return on the lock window acts on the screen on top.
+    void handleReturnKey();
+    bool isPasswordViewShown() const;
+
+    firstViewController& firstViewControllerObj() { return *m_first; }
+    timerViewcontroller& timerViewcontrollerObj() { return *m_timer; }
+    thirdVc& thirdVcObj() { return *m_third; }
+    logQuantityVc& logQuantityVcObj() { return *m_quantity; }
+    QWidget* currentScreen() const;
 
     QPushButton* btnAbort = nullptr;
     QLabel* lblMessage = nullptr;
     QWidget* containerView = nullptr;
     QFrame* boxContainer = nullptr;
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
-    void showOverview(CURRENTSTATE state);
+    void showScreen(QWidget* screen);
     void clearContainer();
+    void showOverview(CURRENTSTATE state, int countdown);
+    void startHabitAt(CURRENTSTATE state);
+    void itemOverCommon();
+    void startActivity(const breakActivity& activity);
     bool cancelBreakForReason();
     void buildBreakLists();
+    bool isRunningItem() const;
 
-    Deps d;
+    RoutineContext c;
+    QStackedLayout* m_stack = nullptr;
+    QWidget* m_empty = nullptr;
+    firstViewController* m_first = nullptr;
+    timerViewcontroller* m_timer = nullptr;
+    thirdVc* m_third = nullptr;
+    logQuantityVc* m_quantity = nullptr;
     std::optional<TimerId> breakTimer;
 };
 

@@ -16,6 +16,7 @@ VELMORA_OUT="$VELMORA_TEST_OUTPUT/velmora.out"
 VELMORA_LOG="$XDG_DATA_HOME/velmora/Debug_Logs.txt"
 VELMORA_CONF="$XDG_CONFIG_HOME/velmora/velmora.conf"
 it_helpers=()
+it_a11y=""
 
 note() { echo "$it_name: $*"; }
 
@@ -36,6 +37,7 @@ diagnostics() {
         echo "== pulse source outputs"; pactl list short source-outputs
         echo "== $VELMORA_CONF"; cat "$VELMORA_CONF"
         echo "== $VELMORA_LOG"; cat "$VELMORA_LOG"
+        if [ -n "$it_a11y" ] && velmora_running; then echo "== widgets on AT-SPI"; a11y dump; fi
     } >"$VELMORA_TEST_OUTPUT/failure-state.txt" 2>&1
     [ -d "$XDG_DATA_HOME/velmora" ] && cp -r "$XDG_DATA_HOME/velmora" "$VELMORA_TEST_OUTPUT/data" 2>/dev/null
     echo "--- last lines of the program's output ($VELMORA_OUT)" >&2
@@ -230,3 +232,19 @@ check_lock_up() {
     poll 10 "the keyboard is grabbed (a test client could still grab it while the lock is up)" \
         xutil keyboard-grabbed
 }
+
+# Accessibility: the program's widgets become readable and pressable by their texts
+# (a11y.py). Call before start_velmora; needs python3-pyatspi.
+start_accessibility() {
+    "$VELMORA_IT_PYTHON" -c 'import pyatspi' 2>/dev/null ||
+        fail "python3-pyatspi is not installed (apt-get install python3-pyatspi)"
+    [ -x /usr/libexec/at-spi-bus-launcher ] || fail "at-spi2-core is not installed"
+    start_helper /usr/libexec/at-spi-bus-launcher --launch-immediately
+    poll 10 "the accessibility bus is up" dbus-send --session --print-reply --dest=org.a11y.Bus \
+        /org/a11y/bus org.a11y.Bus.GetAddress
+    export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
+    it_a11y=1
+}
+
+# a11y has KIND TEXT | names KIND | press TEXT | center TEXT | field | dump  (see a11y.py)
+a11y() { "$VELMORA_IT_PYTHON" "$(dirname "${BASH_SOURCE[0]}")/a11y.py" "$VELMORA_PID" "$@"; }

@@ -1,0 +1,117 @@
+#include "RoutineStyle.h"
+
+#include <QFile>
+#include <QLabel>
+#include <QMovie>
+#include <QPushButton>
+
+namespace velmora::style {
+
+QString lockStyleSheet()
+{
+    return QStringLiteral(R"(
+        QWidget#mainWindow, QWidget#ViewController { background: #1e242b; }
+        QWidget { color: #e6ebf0; font-size: 20px; }
+        QLabel[role="title"] { font-size: 34px; font-weight: 600; }
+        QLabel[role="clock"] { font-size: 96px; font-weight: 300; }
+        QLabel[role="body"] { font-size: 22px; color: #c9d2dc; }
+        QPushButton[role="primary"] {
+            background: #3d8b6e; color: white; border: none; border-radius: 12px;
+            padding: 16px 36px; font-size: 24px; font-weight: 600; }
+        QPushButton[role="primary"]:hover { background: #46a07f; }
+        QPushButton[role="primary"]:disabled { background: #4a545e; color: #9aa5b0; }
+        QPushButton[role="quiet"] {
+            background: transparent; color: #9aa5b0; border: 1px solid #4a545e; border-radius: 8px;
+            padding: 8px 18px; font-size: 16px; }
+        QListWidget { background: transparent; border: none; font-size: 24px; }
+        QLineEdit { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 10px;
+            font-size: 32px; min-width: 160px; }
+        QComboBox { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 8px;
+            font-size: 22px; min-width: 320px; }
+        QFrame#overlay { background: #262d35; border-radius: 16px; }
+    )");
+}
+
+static QLabel* label(QWidget* parent, const char* objectName, const char* role)
+{
+    auto* l = new QLabel(parent);
+    l->setObjectName(QLatin1String(objectName));
+    l->setProperty("role", QLatin1String(role));
+    l->setAlignment(Qt::AlignCenter);
+    l->setWordWrap(true);
+    l->setTextFormat(Qt::PlainText);
+    return l;
+}
+
+QLabel* title(QWidget* parent, const char* objectName)
+{
+    return label(parent, objectName, "title");
+}
+
+QLabel* body(QWidget* parent, const char* objectName)
+{
+    return label(parent, objectName, "body");
+}
+
+static QPushButton* button(QWidget* parent, const char* objectName, const char* role)
+{
+    auto* b = new QPushButton(parent);
+    b->setObjectName(QLatin1String(objectName));
+    b->setProperty("role", QLatin1String(role));
+    b->setCursor(Qt::PointingHandCursor);
+    b->setAutoDefault(false);
+    return b;
+}
+
+QPushButton* primaryButton(QWidget* parent, const char* objectName)
+{
+    return button(parent, objectName, "primary");
+}
+
+QPushButton* quietButton(QWidget* parent, const char* objectName)
+{
+    return button(parent, objectName, "quiet");
+}
+
+// Asset names as the routine knows them, and where the program keeps them.
+static QString assetPath(const QString& assetName)
+{
+    QString file = assetName.toLower();
+    file.replace(QLatin1Char(' '), QLatin1Char('_'));
+    file.remove(QLatin1Char('_'), Qt::CaseSensitive);
+    for (const QString& candidate : {QStringLiteral(":/images/%1.gif").arg(assetName),
+                                     QStringLiteral(":/images/%1.gif").arg(file),
+                                     QStringLiteral(":/images/%1.png").arg(assetName)}) {
+        if (QFile::exists(candidate))
+            return candidate;
+    }
+    return {};
+}
+
+void stopAnimation(QLabel* label)
+{
+    if (QMovie* movie = label->movie()) {
+        label->setMovie(nullptr);
+        movie->deleteLater();
+    }
+    label->clear();
+}
+
+void showAnimation(QLabel* label, const QString& assetName, bool reducedMotion)
+{
+    stopAnimation(label);
+    if (reducedMotion)
+        return;
+    const QString path = assetPath(assetName);
+    if (path.isEmpty())
+        return;
+    if (path.endsWith(QLatin1String(".png"))) {
+        label->setPixmap(QPixmap(path));
+        return;
+    }
+    auto* movie = new QMovie(path, QByteArray(), label);
+    label->setMovie(movie);
+    movie->start();
+}
+
+} // namespace velmora::style

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+class QLabel;
+class QPushButton;
+class QWidget;
+
+namespace velmora::style {
+
+// A calm full-screen look, readable from a few steps away.
+QString lockStyleSheet();
+QLabel* title(QWidget* parent, const char* objectName);
+QLabel* body(QWidget* parent, const char* objectName);
+QPushButton* primaryButton(QWidget* parent, const char* objectName);
+QPushButton* quietButton(QWidget* parent, const char* objectName);
+
+// Plays a named animation in the label, or shows nothing with reduced motion.
+void showAnimation(QLabel* label, const QString& assetName, bool reducedMotion);
+void stopAnimation(QLabel* label);
+
+} // namespace velmora::style

@@ -1,0 +1,126 @@
+#include "logQuantityVc.h"
+
+#include "Clock.h"
+#include "RecordFormats.h"
+#include "RoutineStyle.h"
+#include "TextCatalogue.h"
+#include "UsageLog.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QVBoxLayout>
+
+namespace velmora {
+
+logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
+    : QFrame(parent)
+    , c(ctx)
+{
+    setObjectName(QStringLiteral("logQuantityVc"));
+    setAutoFillBackground(true);
+    auto* outer = new QVBoxLayout(this);
+    auto* card = new QFrame(this);
+    card->setObjectName(QStringLiteral("overlay"));
+    card->setMaximumWidth(760);
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(40, 32, 40, 32);
+    layout->setSpacing(18);
+    lblTitle = style::title(card, "lblTitle");
+    lblTitle->setText(c.texts.text("logQuantityInfo", "title", QStringLiteral("Log Quantity of activity")));
+    lblSubTitle = style::body(card, "lblSubTitle");
+    textFieldCount = new QLineEdit(card);
+    textFieldCount->setObjectName(QStringLiteral("textFieldCount"));
+    textFieldCount->setAlignment(Qt::AlignCenter);
+    textFieldCount->setAccessibleName(QStringLiteral("textFieldCount"));
+    btnOk = style::primaryButton(card, "btnOk");
+    btnOk->setText(c.texts.text("logQuantityInfo", "buttonOkText", QStringLiteral("OK")));
+    btnCancel = style::quietButton(card, "btnCancel");
+    btnCancel->setText(c.texts.text("logQuantityInfo", "buttonCancelText", QStringLiteral("Cancel")));
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch();
+    buttons->addWidget(btnCancel);
+    buttons->addWidget(btnOk);
+    buttons->addStretch();
+    layout->addWidget(lblTitle);
+    layout->addWidget(lblSubTitle);
+    layout->addWidget(textFieldCount, 0, Qt::AlignHCenter);
+    layout->addLayout(buttons);
+    outer->addStretch();
+    outer->addWidget(card, 0, Qt::AlignHCenter);
+    outer->addStretch();
+
+    connect(textFieldCount, &QLineEdit::textEdited, this, &logQuantityVc::controlTextDidChange);
+    connect(btnOk, &QPushButton::clicked, this, &logQuantityVc::btnOkClicked);
+    connect(btnCancel, &QPushButton::clicked, this, &logQuantityVc::btnCancelClicked);
+}
+
+void logQuantityVc::resetData(const QString& itemName, const QString& duration,
+                              const std::optional<QString>& question, CURRENTSTATE currentState)
+{
+    lCurrentState = currentState;
+    name = itemName;
+    durationInSeconds = duration;
+    textFieldCount->clear();
+    logQuantityQuestion =
+        question && !question->isEmpty() ? *question : QStringLiteral("How many <activity> did you do?");
+    lblSubTitle->setText(QString(logQuantityQuestion).replace(QLatin1String("<activity>"), name));
+    textFieldCount->setFocus();
+    textFieldCount->setCursorPosition(0);
+    btnOk->setEnabled(false);
+}
+
+QString logQuantityVc::normalisedCount(const QString& typed)
+{
+    // The leading number stands for the whole; anything else reads as 0.
+    static const QRegularExpression leading(QStringLiteral("^\\s*([+-]?[0-9]+)"));
+    const QRegularExpressionMatch m = leading.match(typed);
+    QString value = QStringLiteral("0");
+    if (m.hasMatch()) {
+        bool ok = false;
+        const qlonglong n = m.captured(1).toLongLong(&ok);
+        value = ok ? QString::number(n) : QStringLiteral("9999");
+    }
+    return value.size() > 4 ? QStringLiteral("9999") : value;
+}
+
+void logQuantityVc::controlTextDidChange()
+{
+    const QString value = normalisedCount(textFieldCount->text());
+    if (value != textFieldCount->text())
+        textFieldCount->setText(value);
+    btnOk->setEnabled(!textFieldCount->text().isEmpty());
+}
+
+void logQuantityVc::btnOkClicked()
+{
+    QString logType;
+    if (!lCurrentState || lCurrentState == CURRENTSTATE::_ACTIVITY_)
+        logType = QStringLiteral("break");
+    else if (lCurrentState == CURRENTSTATE::_MORNING_HABIT_)
+        logType = QStringLiteral("morning routine");
+    else if (lCurrentState == CURRENTSTATE::_EVENING_HABIT_)
+        logType = QStringLiteral("evening routine");
+    c.usage.addEntryInCsv({.logType = logType,
+                           .activity = name,
+                           .durationInSeconds = durationInSeconds,
+                           .quantityQuestion = logQuantityQuestion,
+                           .quantityLogged = textFieldCount->text(),
+                           .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+    removeView();
+}
+
+void logQuantityVc::btnCancelClicked()
+{
+    removeView();
+}
+
+void logQuantityVc::removeView()
+{
+    hide();
+    Q_EMIT dismissed();
+}
+
+} // namespace velmora

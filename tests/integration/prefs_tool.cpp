@@ -1,0 +1,68 @@
+// velmora-prefs: writes keys into a preferences file the way the program itself
+// stores them, so that the integration scripts need not spell out QSettings' INI
+// encoding (JSON strings with quotes and commas, dates as @Variant blobs).
+//
+//   velmora-prefs CONF set-string KEY VALUE
+//   velmora-prefs CONF set-bool KEY true|false
+//   velmora-prefs CONF set-date KEY "yyyy-MM-dd HH:mm:ss"      (local time)
+
+#include "SettingsPreferences.h"
+
+#include <cstdio>
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QFileInfo>
+#include <QSettings>
+
+using velmora::SettingsPreferences;
+
+static int usage()
+{
+    std::fputs("usage: velmora-prefs CONF set-string KEY VALUE\n"
+               "       velmora-prefs CONF set-bool KEY true|false\n"
+               "       velmora-prefs CONF set-date KEY \"yyyy-MM-dd HH:mm:ss\"\n",
+               stderr);
+    return 2;
+}
+
+int main(int argc, char* argv[])
+{
+    QCoreApplication app(argc, argv);
+    const QStringList args = app.arguments();
+    if (args.size() != 5)
+        return usage();
+    const QString& path = args[1];
+    const QString& command = args[2];
+    const QString& key = args[3];
+    const QString& text = args[4];
+
+    QVariant value;
+    if (command == QLatin1String("set-string")) {
+        value = text;
+    } else if (command == QLatin1String("set-bool")) {
+        if (text != QLatin1String("true") && text != QLatin1String("false"))
+            return usage();
+        value = text == QLatin1String("true");
+    } else if (command == QLatin1String("set-date")) {
+        const QDateTime date = QDateTime::fromString(text, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        if (!date.isValid()) {
+            std::fprintf(stderr, "velmora-prefs: '%s' is not a date of the form yyyy-MM-dd HH:mm:ss\n",
+                         qPrintable(text));
+            return 2;
+        }
+        value = date;
+    } else {
+        return usage();
+    }
+
+    SettingsPreferences prefs(QFileInfo(path).absoluteFilePath());
+    prefs.setValue(key, value);
+    prefs.sync();
+    // QSettings reports a file it could not write only through its status.
+    QSettings check(QFileInfo(path).absoluteFilePath(), QSettings::IniFormat);
+    if (check.status() != QSettings::NoError || !check.contains(key)) {
+        std::fprintf(stderr, "velmora-prefs: could not write %s to %s\n", qPrintable(key), qPrintable(path));
+        return 1;
+    }
+    return 0;
+}

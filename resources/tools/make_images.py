@@ -2,6 +2,7 @@
 """Draws Velmora's clock-face images and writes them as PNG files.
 
     logo.png                 256x256, white hands and ticks on a dark slate disc
+    images/icon-130.png      the same clock at 130x130, for the welcome screen
     images/clock22.png       22x22 black glyph on transparent ground, for the tray
     images/clock22@2x.png    the same glyph at 44x44
 
@@ -139,6 +140,7 @@ def tray_glyph(size):
 def main():
     outputs = [
         (RESOURCES / "logo.png", 256, logo),
+        (RESOURCES / "images" / "icon-130.png", 130, logo),
         (RESOURCES / "images" / "clock22.png", 22, tray_glyph),
         (RESOURCES / "images" / "clock22@2x.png", 44, tray_glyph),
     ]

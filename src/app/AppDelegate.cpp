@@ -7,8 +7,8 @@
 #include "PreferenceKeys.h"
 #include "SettingsLoader.h"
 #include "StatusItem.h"
-#include "ViewController.h"
 #include "timerViewcontroller.h"
+#include "ViewController.h"
 
 #include <QApplication>
 #include <QDebug>
@@ -29,15 +29,19 @@ constexpr int kRestartExitStatus = 0;
 } // namespace
 
 AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
-    : QObject(parent), m_ports(ports), m_paths(std::move(paths)), m_log(*ports.clock, {}),
-      m_usage(*ports.clock, {}), m_sync(*ports.preferences, *ports.clock)
+    : QObject(parent)
+    , m_ports(ports)
+    , m_paths(std::move(paths))
+    , m_log(*ports.clock, {})
+    , m_usage(*ports.clock, {})
+    , m_sync(*ports.preferences, *ports.clock)
 {
     m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
                                                                  *m_ports.clock, m_log, *m_ports.media,
                                                                  *m_ports.notifier, m_texts, m_sync, *this});
-    mainViewControllerObj = new ViewController({m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler,
-                                                m_log, m_usage, m_texts, *m_ports.notifier, *m_ports.displayAwake,
-                                                *m_ports.media, m_sync, *m_schedule, *this, m_random});
+    mainViewControllerObj = new ViewController(
+        {m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts,
+         *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule, *this, m_random});
     m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler);
     m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
@@ -137,6 +141,11 @@ void AppDelegate::prepareDataFolder()
     m_usage.createIfMissing();
     refreshFromPackage(QStringLiteral(":/block.html"), QStringLiteral("vlmr-focus.html"));
     refreshFromPackage(QStringLiteral(":/logo.png"), QStringLiteral("logo.png"));
+    // The sound server plays files, not packaged resources.
+    folder.mkpath(QStringLiteral("sounds"));
+    for (const QString& sound :
+         {QStringLiteral("afterMorningRoutine.wav"), QStringLiteral("everyActivity.wav")})
+        refreshFromPackage(QStringLiteral(":/sounds/") + sound, QStringLiteral("sounds/") + sound);
     blockWebUrlString = QUrl::fromLocalFile(folder.filePath(QStringLiteral("vlmr-focus.html"))).toString();
 }
 

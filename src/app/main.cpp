@@ -63,7 +63,7 @@ int main(int argc, char* argv[])
     SettingsPreferences preferences;
     PulseMediaMonitor media;
     ScreenSaverDisplayAwake displayAwake;
-    DesktopNotifier notifier;
+    DesktopNotifier notifier(paths.dataFolder + QStringLiteral("/sounds"));
     NetworkHttp http;
     ProcessLauncher launcher;
     SystemdLoginService loginService;

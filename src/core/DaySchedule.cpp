@@ -17,7 +17,10 @@
 
 namespace velmora {
 
-DaySchedule::DaySchedule(Deps deps) : d(deps) {}
+DaySchedule::DaySchedule(Deps deps)
+    : d(deps)
+{
+}
 
 std::optional<QDateTime> DaySchedule::todayStartInstant() const
 {

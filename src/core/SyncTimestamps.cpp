@@ -16,7 +16,8 @@
 namespace velmora {
 
 SyncTimestamps::SyncTimestamps(const Preferences& preferences, const Clock& clock)
-    : m_preferences(preferences), m_clock(clock)
+    : m_preferences(preferences)
+    , m_clock(clock)
 {
 }
 

@@ -7,7 +7,11 @@
 
 namespace velmora {
 
-DebugLog::DebugLog(const Clock& clock, QString path) : m_clock(clock), m_path(std::move(path)) {}
+DebugLog::DebugLog(const Clock& clock, QString path)
+    : m_clock(clock)
+    , m_path(std::move(path))
+{
+}
 
 QString DebugLog::formatLine(const QString& timestamp, const QString& text)
 {

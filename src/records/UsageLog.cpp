@@ -14,7 +14,11 @@ const char* const UsageLog::kHeader = "Log type,Timestamp,Activity,Duration in s
                                       "Quantity Logged,Start Time,Work achieved,Distractions encountered,"
                                       "Abort reason,Feedback\n";
 
-UsageLog::UsageLog(const Clock& clock, QString path) : m_clock(clock), m_path(std::move(path)) {}
+UsageLog::UsageLog(const Clock& clock, QString path)
+    : m_clock(clock)
+    , m_path(std::move(path))
+{
+}
 
 static bool writeWhole(const QString& path, const QByteArray& bytes)
 {

@@ -79,9 +79,9 @@ static QString assetPath(const QString& assetName)
     QString file = assetName.toLower();
     file.replace(QLatin1Char(' '), QLatin1Char('_'));
     file.remove(QLatin1Char('_'), Qt::CaseSensitive);
-    for (const QString& candidate : {QStringLiteral(":/images/%1.gif").arg(assetName),
-                                     QStringLiteral(":/images/%1.gif").arg(file),
-                                     QStringLiteral(":/images/%1.png").arg(assetName)}) {
+    for (const QString& candidate :
+         {QStringLiteral(":/images/%1.gif").arg(assetName), QStringLiteral(":/images/%1.gif").arg(file),
+          QStringLiteral(":/images/%1.png").arg(assetName)}) {
         if (QFile::exists(candidate))
             return candidate;
     }

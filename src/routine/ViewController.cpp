@@ -4,21 +4,21 @@
 #include "DaySchedule.h"
 #include "DebugLog.h"
 #include "DisplayAwake.h"
+#include "firstViewController.h"
+#include "logQuantityVc.h"
 #include "MediaMonitor.h"
 #include "Notifier.h"
 #include "PreferenceKeys.h"
 #include "Preferences.h"
 #include "RecordFormats.h"
+#include "rememberNextHabitVc.h"
 #include "RoutineHost.h"
 #include "RoutineStyle.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
-#include "UsageLog.h"
-#include "firstViewController.h"
-#include "logQuantityVc.h"
-#include "rememberNextHabitVc.h"
 #include "thirdVc.h"
 #include "timerViewcontroller.h"
+#include "UsageLog.h"
 
 #include <QComboBox>
 #include <QDebug>
@@ -44,6 +44,7 @@ ViewController::ViewController(RoutineContext ctx, QWidget* parent)
     , c(ctx)
 {
     setObjectName(QStringLiteral("ViewController"));
+    setAttribute(Qt::WA_StyledBackground);
     setStyleSheet(style::lockStyleSheet());
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(48, 24, 48, 32);
@@ -71,8 +72,8 @@ ViewController::ViewController(RoutineContext ctx, QWidget* parent)
     m_first = new firstViewController(c, *this, containerView);
     m_timer = new timerViewcontroller(c, *this, containerView);
     m_third = new thirdVc(c, *this, containerView);
-    for (QWidget* screen : {static_cast<QWidget*>(m_first), static_cast<QWidget*>(m_timer),
-                            static_cast<QWidget*>(m_third)})
+    for (QWidget* screen :
+         {static_cast<QWidget*>(m_first), static_cast<QWidget*>(m_timer), static_cast<QWidget*>(m_third)})
         m_stack->addWidget(screen);
     m_quantity = new logQuantityVc(c, containerView);
     m_quantity->hide();
@@ -310,7 +311,8 @@ void ViewController::eveningHabitOver()
     c.notifier.playSound(QStringLiteral("afterMorningRoutine"));
     shutOffMac();
     if (index < 0 || index >= list.size()) {
-        c.log.addLog(QStringLiteral("Finished evening habit %1 is not in the routine; nothing recorded.").arg(index));
+        c.log.addLog(
+            QStringLiteral("Finished evening habit %1 is not in the routine; nothing recorded.").arg(index));
         return;
     }
     const habit& h = list[index];
@@ -447,16 +449,18 @@ bool ViewController::cancelBreakForReason()
     const CURRENTSTATE s = c.state.currentState;
     const Reason reasons[] = {
         {[this] { return c.media.isMicOn(); }, "Mic is in use, Break Activities cancelled.", true, true},
-        {[this] { return c.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true, true},
+        {[this] { return c.media.isACameraOn(); }, "Camera is in use, Break Activities cancelled.", true,
+         true},
         {[this] { return c.host.isPreventUserIdleDisplaySleepOn(); },
          "PreventUserIdleDisplaySleep is On: Break Activities cancelled.", true, false},
-        {[s] { return s == CURRENTSTATE::_ABORT_; }, "App is disabled, Break Activities cancelled.", false, false},
-        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; }, "App is in shutoff state, Break Activities cancelled.",
-         false, false},
-        {[s] { return s == CURRENTSTATE::_MORNING_HABIT_; }, "Morning habit showing, Break Activities cancelled.",
-         false, false},
-        {[this] { return c.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.", false,
+        {[s] { return s == CURRENTSTATE::_ABORT_; }, "App is disabled, Break Activities cancelled.", false,
          false},
+        {[s] { return s == CURRENTSTATE::_SHUTOFFMAC_; },
+         "App is in shutoff state, Break Activities cancelled.", false, false},
+        {[s] { return s == CURRENTSTATE::_MORNING_HABIT_; },
+         "Morning habit showing, Break Activities cancelled.", false, false},
+        {[this] { return c.host.isShutOffTimeGoing(); }, "not working hours, Break Activities cancelled.",
+         false, false},
     };
     for (const Reason& reason : reasons) {
         if (!reason.holds())
@@ -507,7 +511,8 @@ void ViewController::startBreakActivities()
         return;
     btnAbort->show();
     buildBreakLists();
-    if (c.state.arrActivitiesIncludeInEveryBreak.isEmpty() && c.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
+    if (c.state.arrActivitiesIncludeInEveryBreak.isEmpty() &&
+        c.state.arrActivitiesExcludeInEveryBreak.isEmpty()) {
         // Office mode with no office-friendly activity: nothing to run, so no lock.
         c.log.addLog(QStringLiteral("No activity fits this break (office mode); the break is skipped."));
         setActivityTimer();
@@ -558,7 +563,8 @@ void ViewController::startCurrentActivity()
     const auto& list = c.state.isMandatoryActivityGoing ? c.state.arrActivitiesIncludeInEveryBreak
                                                         : c.state.arrActivitiesExcludeInEveryBreak;
     if (c.state.currentActivityIndex < 0 || c.state.currentActivityIndex >= list.size()) {
-        c.log.addLog(QStringLiteral("No activity at index %1; the break ends.").arg(c.state.currentActivityIndex));
+        c.log.addLog(
+            QStringLiteral("No activity at index %1; the break ends.").arg(c.state.currentActivityIndex));
         activityFinishedUnlockMachine();
         return;
     }
@@ -586,8 +592,10 @@ void ViewController::changeActivity()
         ++st.currentActivityIndex;
     }
     if (!activity) {
-        if (st.currentActivityIndex < 0 || st.currentActivityIndex >= st.arrActivitiesExcludeInEveryBreak.size()) {
-            c.log.addLog(QStringLiteral("No activity at index %1; the break ends.").arg(st.currentActivityIndex));
+        if (st.currentActivityIndex < 0 ||
+            st.currentActivityIndex >= st.arrActivitiesExcludeInEveryBreak.size()) {
+            c.log.addLog(
+                QStringLiteral("No activity at index %1; the break ends.").arg(st.currentActivityIndex));
             activityFinishedUnlockMachine();
             return;
         }
@@ -627,7 +635,8 @@ void ViewController::handleReturnKey()
                 m_quantity->btnOkClicked();
         } else if (!m_third->boxBg->isHidden()) {
             m_third->btnMainClicked();
-        } else if (m_third->isQuizShown() && !m_third->getRememberNextHabitVcObj().btnStartNextHabit->isHidden()) {
+        } else if (m_third->isQuizShown() &&
+                   !m_third->getRememberNextHabitVcObj().btnStartNextHabit->isHidden()) {
             m_third->getRememberNextHabitVcObj().btnStartNextHabitClicked();
         }
     } else if (s == CURRENTSTATE::_SHUTOFFMAC_ && quantityReady && !c.state.arrAllEveningHabits.isEmpty()) {

@@ -4,8 +4,8 @@
 #include "RunState.h"
 #include "Scheduler.h"
 
-#include <QWidget>
 #include <optional>
+#include <QWidget>
 
 class QFrame;
 class QLabel;

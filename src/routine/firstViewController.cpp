@@ -77,7 +77,8 @@ void firstViewController::fillWelcome()
     imgView->setPixmap(QPixmap(QStringLiteral(":/images/icon130.png")));
     setImageLayout(160, 35, 5);
 
-    lblTitle->setText(c.texts.text("welcomeInfo", "welcomeMessageHeading", QStringLiteral("Welcome to Velmora")));
+    lblTitle->setText(
+        c.texts.text("welcomeInfo", "welcomeMessageHeading", QStringLiteral("Welcome to Velmora")));
     lblSubTitle->setText(c.texts.text("welcomeInfo", "welcomeMessageIntro", lblSubTitle->text()));
 
     // The catalogue lists the intro items; the first one is played. Anything
@@ -106,20 +107,22 @@ void firstViewController::fillWelcome()
 void firstViewController::fillRoutine(bool morning)
 {
     lblBeforeYouStart->setText(
-        morning ? c.texts.text("activityInfo", "beforeYouBeginText",
-                               QStringLiteral("Before you begin, take 30 seconds to visualise yourself performing "
-                                              "each of the habits. This sounds kooky but research indicates that "
-                                              "doing a mental rehearsal like this increases the likelihood of you "
-                                              "completing the habits and makes the habits more sticky so that "
-                                              "even if you don't have access to your computer/this app, you'll "
-                                              "still do all the habits"))
-                : c.texts.text("activityInfo", "beforeYouStartText",
-                               QStringLiteral("Before you start, take a few moments to reflect on why you want to "
-                                              "do these habits. Then visualise yourself beginning the habit "
-                                              "sequence. Mentally walk through any of the habits that are going to "
-                                              "be harder. This process will help reduce \"limbic friction\", i.e. "
-                                              "prime your brain to do the habits no matter what, even if you don't "
-                                              "have the app available.")));
+        morning ? c.texts.text(
+                      "activityInfo", "beforeYouBeginText",
+                      QStringLiteral("Before you begin, take 30 seconds to visualise yourself performing "
+                                     "each of the habits. This sounds kooky but research indicates that "
+                                     "doing a mental rehearsal like this increases the likelihood of you "
+                                     "completing the habits and makes the habits more sticky so that "
+                                     "even if you don't have access to your computer/this app, you'll "
+                                     "still do all the habits"))
+                : c.texts.text(
+                      "activityInfo", "beforeYouStartText",
+                      QStringLiteral("Before you start, take a few moments to reflect on why you want to "
+                                     "do these habits. Then visualise yourself beginning the habit "
+                                     "sequence. Mentally walk through any of the habits that are going to "
+                                     "be harder. This process will help reduce \"limbic friction\", i.e. "
+                                     "prime your brain to do the habits no matter what, even if you don't "
+                                     "have the app available.")));
     lblBeforeYouStart->show();
     if (morning && !c.state.kIsReducedMotion) {
         setImageLayout(160, 15, 0);

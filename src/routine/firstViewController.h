@@ -3,8 +3,8 @@
 #include "RoutineContext.h"
 #include "Scheduler.h"
 
-#include <QWidget>
 #include <optional>
+#include <QWidget>
 
 class QLabel;
 class QListWidget;

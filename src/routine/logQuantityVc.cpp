@@ -103,12 +103,13 @@ void logQuantityVc::btnOkClicked()
         logType = QStringLiteral("morning routine");
     else if (lCurrentState == CURRENTSTATE::_EVENING_HABIT_)
         logType = QStringLiteral("evening routine");
-    c.usage.addEntryInCsv({.logType = logType,
-                           .activity = name,
-                           .durationInSeconds = durationInSeconds,
-                           .quantityQuestion = logQuantityQuestion,
-                           .quantityLogged = textFieldCount->text(),
-                           .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+    c.usage.addEntryInCsv(
+        {.logType = logType,
+         .activity = name,
+         .durationInSeconds = durationInSeconds,
+         .quantityQuestion = logQuantityQuestion,
+         .quantityLogged = textFieldCount->text(),
+         .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
     removeView();
 }
 

@@ -3,8 +3,8 @@
 #include "RoutineContext.h"
 #include "RunState.h"
 
-#include <QFrame>
 #include <optional>
+#include <QFrame>
 
 class QLabel;
 class QLineEdit;

@@ -6,13 +6,13 @@
 #include "TextCatalogue.h"
 #include "thirdVc.h"
 
+#include <algorithm>
 #include <QComboBox>
 #include <QFrame>
 #include <QLabel>
 #include <QPushButton>
 #include <QRandomGenerator>
 #include <QVBoxLayout>
-#include <algorithm>
 
 namespace velmora {
 
@@ -28,9 +28,11 @@ rememberNextHabitVc::rememberNextHabitVc(RoutineContext ctx, thirdVc& progress, 
     arrRandomPhraseRightChoice = {
         text("randomPhraseRightChoice1", "Right on!"), text("randomPhraseRightChoice2", "Yeah!"),
         text("randomPhraseRightChoice3", "You got it!"),
-        text("randomPhraseRightChoice4", "I can just retire now because you know exactly what you're doing 🙂")};
-    arrRandomPhraseWrongChoice = {text("randomPhraseWrongChoice1", "Almost - it's <CORRECT_HABIT_NAME>"),
-                                  text("randomPhraseWrongChoice2", "Oops not quite - it's <CORRECT_HABIT_NAME>")};
+        text("randomPhraseRightChoice4",
+             "I can just retire now because you know exactly what you're doing 🙂")};
+    arrRandomPhraseWrongChoice = {
+        text("randomPhraseWrongChoice1", "Almost - it's <CORRECT_HABIT_NAME>"),
+        text("randomPhraseWrongChoice2", "Oops not quite - it's <CORRECT_HABIT_NAME>")};
     questionText = text("questionText", "You just completed <LAST_HABIT_NAME>. What habit will you do next?");
 
     auto* layout = new QVBoxLayout(this);
@@ -38,12 +40,14 @@ rememberNextHabitVc::rememberNextHabitVc(RoutineContext ctx, thirdVc& progress, 
     lblTitle = style::title(this, "lblTitle");
     lblTitle->setText(text("title", "What comes next?"));
     lblDescription = style::body(this, "lblDescription");
-    lblDescription->setText(text(
-        "description",
-        "I want to make sure you don't become too dependent on me. There will be days where you don't have access "
-        "to your computer but that doesn't mean you won't do your habits. Think of me as training wheels - I'm "
-        "here to help you deepen the habits until they become automatic. Let's do a quick exercise to make sure "
-        "you remember how to stack your habits even when I'm not there."));
+    lblDescription->setText(text("description",
+                                 "I want to make sure you don't become too dependent on me. There will be "
+                                 "days where you don't have access "
+                                 "to your computer but that doesn't mean you won't do your habits. Think of "
+                                 "me as training wheels - I'm "
+                                 "here to help you deepen the habits until they become automatic. Let's do a "
+                                 "quick exercise to make sure "
+                                 "you remember how to stack your habits even when I'm not there."));
     lblQuestion = style::body(this, "lblQuestion");
     popupBtnHabits = new QComboBox(this);
     popupBtnHabits->setObjectName(QStringLiteral("popupBtnHabits"));
@@ -76,7 +80,8 @@ void rememberNextHabitVc::resetData()
     lblSelectionResult->hide();
     btnStartNextHabit->hide();
     popupBtnHabits->clear();
-    popupBtnHabits->addItem(c.texts.text("rememberNextHabitViewInfo", "selectHabitText", QStringLiteral("Select Habit")));
+    popupBtnHabits->addItem(
+        c.texts.text("rememberNextHabitViewInfo", "selectHabitText", QStringLiteral("Select Habit")));
     arrHabitNames.clear();
     const QVector<habit>* list = listOfState();
     if (list) {

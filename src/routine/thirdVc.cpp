@@ -4,16 +4,16 @@
 #include "DebugLog.h"
 #include "DurationTexts.h"
 #include "JsonValues.h"
+#include "logQuantityVc.h"
 #include "Notifier.h"
 #include "RecordFormats.h"
+#include "rememberNextHabitVc.h"
 #include "RoutineStyle.h"
 #include "RunState.h"
 #include "TextCatalogue.h"
+#include "timerViewcontroller.h"
 #include "UsageLog.h"
 #include "ViewController.h"
-#include "logQuantityVc.h"
-#include "rememberNextHabitVc.h"
-#include "timerViewcontroller.h"
 
 #include <QFrame>
 #include <QJsonArray>
@@ -61,10 +61,11 @@ thirdVc::thirdVc(RoutineContext ctx, ViewController& main, QWidget* parent)
     style::showAnimation(imgViewGif, QStringLiteral("Smile _Small"), c.state.kIsReducedMotion);
     boxBreathingFinished->hide();
     // The status icon stands where the text says "<icon>".
-    const QString end = c.texts.text("welcomeInfo", "welcomeEndMessage",
-                                     QStringLiteral("Hope you feel calmer. You can now personalise your morning "
-                                                    "routine by clicking on the icon <icon> on the top bar and "
-                                                    "choosing settings."));
+    const QString end =
+        c.texts.text("welcomeInfo", "welcomeEndMessage",
+                     QStringLiteral("Hope you feel calmer. You can now personalise your morning "
+                                    "routine by clicking on the icon <icon> on the top bar and "
+                                    "choosing settings."));
     lblSubTitle->setText(end.toHtmlEscaped().replace(
         QLatin1String("&lt;icon&gt;"), QLatin1String("<img src=\":/images/clock22.png\" height=\"22\">")));
 }
@@ -113,13 +114,15 @@ void thirdVc::recordHabit(const habit& h, bool morning)
     const CURRENTSTATE state = morning ? CURRENTSTATE::_MORNING_HABIT_ : CURRENTSTATE::_EVENING_HABIT_;
     if (h.logQuantity) {
         m_main.showLogQuantityView();
-        m_main.logQuantityVcObj().resetData(h.name, QString::number(h.durationSeconds), h.logQuantityQuestion, state);
+        m_main.logQuantityVcObj().resetData(h.name, QString::number(h.durationSeconds), h.logQuantityQuestion,
+                                            state);
         return;
     }
-    c.usage.addEntryInCsv({.logType = morning ? QStringLiteral("morning routine") : QStringLiteral("evening routine"),
-                           .activity = h.name,
-                           .durationInSeconds = QString::number(h.durationSeconds),
-                           .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+    c.usage.addEntryInCsv(
+        {.logType = morning ? QStringLiteral("morning routine") : QStringLiteral("evening routine"),
+         .activity = h.name,
+         .durationInSeconds = QString::number(h.durationSeconds),
+         .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
 }
 
 QString thirdVc::progressLine(const QVector<habit>& list, int index) const
@@ -137,10 +140,11 @@ QString thirdVc::progressLine(const QVector<habit>& list, int index) const
                                          QStringLiteral("You have completed <duration> of habits.")),
                             {{"<duration>", done}});
     // "<totalduration>" stands for what remains, whatever its name says.
-    return fillTemplate(c.texts.text("activityInfo", "habitsProgressText",
-                                     QStringLiteral("You have completed <duration> of habits - <totalduration> to "
-                                                    "go. You can do it!")),
-                        {{"<duration>", done}, {"<totalduration>", remaining}});
+    return fillTemplate(
+        c.texts.text("activityInfo", "habitsProgressText",
+                     QStringLiteral("You have completed <duration> of habits - <totalduration> to "
+                                    "go. You can do it!")),
+        {{"<duration>", done}, {"<totalduration>", remaining}});
 }
 
 void thirdVc::chooseHabitButton(const QVector<habit>& list)
@@ -156,12 +160,14 @@ void thirdVc::chooseHabitButton(const QVector<habit>& list)
         }
     }
     if (quiz) {
-        setMainButton(c.texts.text("activityInfo", "whatComesNextButtonText", QStringLiteral("What comes next?")));
+        setMainButton(
+            c.texts.text("activityInfo", "whatComesNextButtonText", QStringLiteral("What comes next?")));
         return;
     }
     const int next = lastHabitIndex + 1;
     if (next >= list.size()) {
-        c.log.addLog(QStringLiteral("No habit follows index %1; the button unlocks instead.").arg(lastHabitIndex));
+        c.log.addLog(
+            QStringLiteral("No habit follows index %1; the button unlocks instead.").arg(lastHabitIndex));
         setMainButton(c.texts.unlockMachineButtonText);
         return;
     }
@@ -217,8 +223,10 @@ void thirdVc::breathingFinished()
     imgViewGif->hide();
     boxBreathingFinished->show();
     QString name = QStringLiteral("Breathing");
-    const QJsonValue intros =
-        c.texts.configjson().value(QLatin1String("welcomeInfo")).toObject().value(QLatin1String("introActivities"));
+    const QJsonValue intros = c.texts.configjson()
+                                  .value(QLatin1String("welcomeInfo"))
+                                  .toObject()
+                                  .value(QLatin1String("introActivities"));
     if (intros.isArray() || intros.isObject()) {
         const QJsonObject first = intros.isArray() ? intros.toArray().first().toObject() : intros.toObject();
         name = json::string(first, "name").value_or(QString());
@@ -271,10 +279,12 @@ void thirdVc::startBreakActivity()
     imgViewGif->hide();
     boxBreathingFinished->hide();
     lastActivityIndex = -1;
-    const QVector<breakActivity>& list = c.state.isMandatoryActivityGoing ? c.state.arrActivitiesIncludeInEveryBreak
-                                                                         : c.state.arrActivitiesExcludeInEveryBreak;
+    const QVector<breakActivity>& list = c.state.isMandatoryActivityGoing
+                                             ? c.state.arrActivitiesIncludeInEveryBreak
+                                             : c.state.arrActivitiesExcludeInEveryBreak;
     if (c.state.currentActivityIndex < 0 || c.state.currentActivityIndex >= list.size()) {
-        c.log.addLog(QStringLiteral("The break has no activity at index %1.").arg(c.state.currentActivityIndex));
+        c.log.addLog(
+            QStringLiteral("The break has no activity at index %1.").arg(c.state.currentActivityIndex));
         lblTitle->clear();
         setMainButton(c.texts.unlockMachineButtonText);
         return;
@@ -309,23 +319,26 @@ void thirdVc::activityFinished(int index)
     if (index >= 0 && index < list.size()) {
         const breakActivity& entry = list[index];
         // Without a mandatory list the question falls back to the settings' own order.
-        const breakActivity& fallback = !st.isAnyMandatoryActivityIncluded && index < st.arrAllbreakActivities.size()
-                                            ? st.arrAllbreakActivities[index]
-                                            : entry;
+        const breakActivity& fallback =
+            !st.isAnyMandatoryActivityIncluded && index < st.arrAllbreakActivities.size()
+                ? st.arrAllbreakActivities[index]
+                : entry;
         const std::optional<QString> question =
             timerScreen.logQuantityQuestion ? timerScreen.logQuantityQuestion : fallback.logQuantityQuestion;
         if (timerScreen.logActivityQuantity) {
             m_main.showLogQuantityView();
-            m_main.logQuantityVcObj().resetData(finishedName, QString::number(entry.durationSeconds), question,
-                                                CURRENTSTATE::_ACTIVITY_);
+            m_main.logQuantityVcObj().resetData(finishedName, QString::number(entry.durationSeconds),
+                                                question, CURRENTSTATE::_ACTIVITY_);
         } else {
-            c.usage.addEntryInCsv({.logType = QStringLiteral("break"),
-                                   .activity = finishedName,
-                                   .durationInSeconds = QString::number(entry.durationSeconds),
-                                   .startTime = formatRecordDate(st.lastActivityPerformedTime.value_or(c.clock.now()))});
+            c.usage.addEntryInCsv(
+                {.logType = QStringLiteral("break"),
+                 .activity = finishedName,
+                 .durationInSeconds = QString::number(entry.durationSeconds),
+                 .startTime = formatRecordDate(st.lastActivityPerformedTime.value_or(c.clock.now()))});
         }
     } else {
-        c.log.addLog(QStringLiteral("Finished activity %1 is not in the break; nothing recorded.").arg(index));
+        c.log.addLog(
+            QStringLiteral("Finished activity %1 is not in the break; nothing recorded.").arg(index));
     }
 
     const QString lastTitle = fillTemplate(c.texts.lastActivityFinishedText, {{"<ACTIVITY>", finishedName}});

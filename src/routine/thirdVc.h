@@ -3,8 +3,8 @@
 #include "RoutineContext.h"
 #include "SettingsRecords.h"
 
-#include <QWidget>
 #include <optional>
+#include <QWidget>
 
 class QFrame;
 class QLabel;

@@ -18,10 +18,10 @@
 namespace velmora {
 
 namespace {
-const QStringList newGifsNamesArray{QStringLiteral("Glasses-Otter-250-px_V3"),
-                                    QStringLiteral("cheer_250px_trans_centered"),
-                                    QStringLiteral("Finger-and-Sign-Otter-250px"),
-                                    QStringLiteral("Weight-otter-250-px_V2"), QStringLiteral("Whistle-otter-250-px")};
+const QStringList newGifsNamesArray{
+    QStringLiteral("Glasses-Otter-250-px_V3"), QStringLiteral("cheer_250px_trans_centered"),
+    QStringLiteral("Finger-and-Sign-Otter-250px"), QStringLiteral("Weight-otter-250-px_V2"),
+    QStringLiteral("Whistle-otter-250-px")};
 const QString kAssertionReason = QStringLiteral("Reason for activity");
 } // namespace
 
@@ -33,6 +33,7 @@ timerViewcontroller::timerViewcontroller(RoutineContext ctx, ViewController& mai
     setObjectName(QStringLiteral("timerViewcontroller"));
     auto* layout = new QVBoxLayout(this);
     layout->setSpacing(12);
+    layout->addStretch(1);
     lblTitle = style::title(this, "lblTitle");
     imgViewGif = new QLabel(this);
     imgViewGif->setObjectName(QStringLiteral("imgViewGif"));
@@ -105,6 +106,10 @@ void timerViewcontroller::loadBlankUrl()
 
 void timerViewcontroller::showAnimation()
 {
+    if (c.state.kIsReducedMotion) {
+        style::stopAnimation(imgViewGif);
+        return;
+    }
     const QString name = newGifsNamesArray.at(int(c.random.bounded(quint32(newGifsNamesArray.size()))));
     style::showAnimation(imgViewGif, name, c.state.kIsReducedMotion);
 }

@@ -4,9 +4,9 @@
 #include "Scheduler.h"
 #include "SettingsRecords.h"
 
+#include <optional>
 #include <QUrl>
 #include <QWidget>
-#include <optional>
 
 class QLabel;
 class QStackedLayout;
@@ -27,8 +27,8 @@ public:
     void startTimerHabit(int durationSeconds, const std::optional<QString>& url, const QString& name,
                          const habit& currentHabit);
     void startTimerActivity(int durationInSeconds, const QString& name, const std::optional<QString>& url,
-                            const std::optional<QString>& logQuantityQuestion, const breakActivity& currentActivity,
-                            bool logQuantity);
+                            const std::optional<QString>& logQuantityQuestion,
+                            const breakActivity& currentActivity, bool logQuantity);
     void startBreathing();
     void resumeTimerHabit(int durationSeconds, const std::optional<QString>& url, const QString& name);
     void resumeTimerActivity(int durationInSeconds, const QString& name, const std::optional<QString>& url);

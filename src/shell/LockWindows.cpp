@@ -57,12 +57,16 @@ static void placeOnScreen(QWidget* window, QScreen* screen)
 }
 
 CustomWindow::CustomWindow(QWidget* content, Scheduler& scheduler)
-    : QWidget(nullptr, kLockFlags), m_scheduler(scheduler)
+    : QWidget(nullptr, kLockFlags)
+    , m_scheduler(scheduler)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Velmora lock"));
     setAttribute(Qt::WA_DeleteOnClose, false);
     setAutoFillBackground(true);
+    QPalette p = palette();
+    p.setColor(QPalette::Window, QColor(0x1e, 0x24, 0x2b));
+    setPalette(p);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(content);
@@ -145,7 +149,9 @@ void blankController::closeEvent(QCloseEvent* event)
 }
 
 LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, QString appName)
-    : m_main(mainWindow), m_scheduler(scheduler), m_appName(std::move(appName))
+    : m_main(mainWindow)
+    , m_scheduler(scheduler)
+    , m_appName(std::move(appName))
 {
 }
 

@@ -5,7 +5,11 @@
 
 namespace velmora {
 
-SingleInstance::SingleInstance(QString name, QObject* parent) : QObject(parent), m_name(std::move(name)) {}
+SingleInstance::SingleInstance(QString name, QObject* parent)
+    : QObject(parent)
+    , m_name(std::move(name))
+{
+}
 
 bool SingleInstance::claim()
 {

@@ -7,7 +7,8 @@
 
 namespace velmora {
 
-StatusItem::StatusItem(QObject* parent) : QObject(parent)
+StatusItem::StatusItem(QObject* parent)
+    : QObject(parent)
 {
     m_tray = new QSystemTrayIcon(this);
     connect(m_tray, &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason reason) {

@@ -84,6 +84,9 @@ void LaunchTest::dataFolderIsPreparedAndBlockPageRefreshed()
     QVERIFY(page.open(QIODevice::ReadOnly));
     QVERIFY(page.readAll().contains("old_url"));
     QVERIFY(QFile::exists(data + QStringLiteral("/logo.png")));
+    // The sound server can only play real files.
+    for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})
+        QVERIFY2(QFile::exists(data + QStringLiteral("/sounds/") + QLatin1String(sound)), sound);
     QCOMPARE(f.fakes.loginService.enables, 1);
     QCOMPARE(f.logCount(QStringLiteral("downloading config file")), 1);
 }

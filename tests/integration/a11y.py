@@ -4,7 +4,8 @@
 Run with Debian's /usr/bin/python3 (python3-pyatspi), inside a session where
 /usr/libexec/at-spi-bus-launcher runs and the program was started with
 QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1. PID is the program's process id. Only widgets
-that are showing count; KIND is button, label or field (an editable text).
+that are showing count; KIND is button, label, field (an editable text) or row (of a
+list or table).
 
   a11y.py PID has KIND TEXT     exit 0 when a showing KIND reads exactly TEXT
   a11y.py PID names KIND        the texts of the showing KINDs, one per line
@@ -24,6 +25,8 @@ KINDS = {
     "button": {pyatspi.ROLE_PUSH_BUTTON},
     "label": {pyatspi.ROLE_LABEL},
     "field": {pyatspi.ROLE_TEXT, pyatspi.ROLE_ENTRY},
+    # a row of a list or table, or a label standing in for one
+    "row": {pyatspi.ROLE_LIST_ITEM, pyatspi.ROLE_TABLE_CELL, pyatspi.ROLE_LABEL},
 }
 
 

@@ -47,7 +47,7 @@ check_lock_up
 title="Good Morning! It’s time to earn your velmora. Here are the habits you need to accomplish before you can use your computer."
 seen=$seen_labels poll 10 "the overview's title is shown" label_shown "$title"
 for row in "1.   Water" "2.   Stretch" "3.   Push-ups"; do
-    label_shown "$row" || fail "the habit list has no row '$row' (labels: $(a11y names label | tr '\n' '|'))"
+    a11y has row "$row" || fail "the habit list has no row '$row' (rows: $(a11y names row | tr '\n' '|'))"
 done
 seen=$seen_labels poll 5 "the countdown shows 00:30 down to 00:25" clock_matches '00:(2[5-9]|30)'
 ! a11y has button "Start 5 seconds Water" || fail "the start button is there while the countdown runs"

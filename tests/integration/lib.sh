@@ -239,9 +239,29 @@ start_accessibility() {
     "$VELMORA_IT_PYTHON" -c 'import pyatspi' 2>/dev/null ||
         fail "python3-pyatspi is not installed (apt-get install python3-pyatspi)"
     [ -x /usr/libexec/at-spi-bus-launcher ] || fail "at-spi2-core is not installed"
-    start_helper /usr/libexec/at-spi-bus-launcher --launch-immediately
-    poll 10 "the accessibility bus is up" dbus-send --session --print-reply --dest=org.a11y.Bus \
-        /org/a11y/bus org.a11y.Bus.GetAddress
+    # The launcher leaves its bus daemon and registry behind when it is ended, so it runs
+    # in a session of its own, and ending the helper ends that whole session.
+    # shellcheck disable=SC2016  # expanded by the inner shell
+    start_helper setsid bash -c '
+        others() {
+            local p stat
+            for p in /proc/[0-9]*; do
+                [ "${p#/proc/}" != $$ ] && read -r stat <"$p/stat" 2>/dev/null || continue
+                set -- ${stat##*) }
+                [ "$4" = $$ ] && [ "$1" != Z ] && return 0
+            done
+            return 1
+        }
+        trap "trap \"\" TERM; kill -TERM 0; wait; while others; do sleep 0.05; done; exit 0" TERM
+        /usr/libexec/at-spi-bus-launcher --launch-immediately &
+        wait'
+    # Asking org.a11y.Bus itself before the launcher owns the name would have the session
+    # bus start a second launcher, outside the helper's session.
+    a11y_bus_owned() {
+        dbus-send --session --print-reply --dest=org.freedesktop.DBus /org/freedesktop/DBus \
+            org.freedesktop.DBus.NameHasOwner string:org.a11y.Bus | grep -q 'boolean true'
+    }
+    poll 10 "the accessibility bus is up" a11y_bus_owned
     export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
     it_a11y=1
 }

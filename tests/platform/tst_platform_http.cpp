@@ -16,7 +16,8 @@ namespace {
 class FakeServer : public QObject
 {
 public:
-    explicit FakeServer(QByteArray answer) : m_answer(std::move(answer))
+    explicit FakeServer(QByteArray answer)
+        : m_answer(std::move(answer))
     {
         m_server.listen(QHostAddress::LocalHost);
         m_port = m_server.serverPort();

@@ -4,6 +4,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMovie>
+#include <QtEndian>
 #include <QTest>
 #include <QXmlStreamReader>
 
@@ -85,6 +87,10 @@ private Q_SLOTS:
     void schemaJudgesDocuments_data();
     void schemaJudgesDocuments();
     void blockPageShowsQueryAsTextOnly();
+    void animationsPlay_data();
+    void animationsPlay();
+    void soundsAreShortWavs_data();
+    void soundsAreShortWavs();
 };
 
 void TestResources::qrcFilesArePackaged()
@@ -280,5 +286,73 @@ void TestResources::blockPageShowsQueryAsTextOnly()
         QVERIFY2(!page.contains(QLatin1String(external)), external);
 }
 
-QTEST_GUILESS_MAIN(TestResources)
+void TestResources::animationsPlay_data()
+{
+    QTest::addColumn<QString>("path");
+    // Row names are the asset names the routine screens ask for.
+    QTest::newRow("Smile _Small") << QStringLiteral(":/images/smile-small.gif");
+    QTest::newRow("Waking up _ SMall") << QStringLiteral(":/images/waking-up-small.gif");
+    QTest::newRow("Glasses-Otter-250-px_V3") << QStringLiteral(":/images/glasses-otter-250-px-v3.gif");
+    QTest::newRow("cheer_250px_trans_centered") << QStringLiteral(":/images/cheer-250px-trans-centered.gif");
+    QTest::newRow("Finger-and-Sign-Otter-250px")
+        << QStringLiteral(":/images/finger-and-sign-otter-250px.gif");
+    QTest::newRow("Weight-otter-250-px_V2") << QStringLiteral(":/images/weight-otter-250-px-v2.gif");
+    QTest::newRow("Whistle-otter-250-px") << QStringLiteral(":/images/whistle-otter-250-px.gif");
+}
+
+void TestResources::animationsPlay()
+{
+    QFETCH(QString, path);
+    QVERIFY(QMovie::supportedFormats().contains("gif"));
+    QMovie movie(path);
+    QVERIFY(movie.isValid());
+    QVERIFY(movie.frameCount() > 1);
+    QCOMPARE(movie.loopCount(), -1); // for ever
+    // Every frame must decode, not only the first.
+    for (int frame = 0; frame < movie.frameCount(); ++frame) {
+        QVERIFY2(movie.jumpToFrame(frame), qPrintable(QString::number(frame)));
+        const QImage image = movie.currentImage();
+        QVERIFY(!image.isNull());
+        QVERIFY(image.width() <= 250 && image.height() <= 250);
+    }
+}
+
+void TestResources::soundsAreShortWavs_data()
+{
+    QTest::addColumn<QString>("path");
+    QTest::newRow("afterMorningRoutine") << QStringLiteral(":/sounds/afterMorningRoutine.wav");
+    QTest::newRow("everyActivity") << QStringLiteral(":/sounds/everyActivity.wav");
+}
+
+void TestResources::soundsAreShortWavs()
+{
+    QFETCH(QString, path);
+    const QByteArray wav = readResource(path);
+    QVERIFY(wav.startsWith("RIFF") && wav.mid(8, 4) == "WAVE");
+    const auto u16 = [&](qsizetype at) { return qFromLittleEndian<quint16>(wav.constData() + at); };
+    const auto u32 = [&](qsizetype at) { return qFromLittleEndian<quint32>(wav.constData() + at); };
+    quint32 rate = 0, bytesPerSecond = 0;
+    QByteArray samples;
+    for (qsizetype at = 12; at + 8 <= wav.size(); at += 8 + ((u32(at + 4) + 1) & ~1u)) {
+        const QByteArray id = wav.mid(at, 4);
+        if (id == "fmt ") {
+            QCOMPARE(u16(at + 8), quint16(1)); // plain PCM
+            rate = u32(at + 12);
+            bytesPerSecond = u32(at + 16);
+            QCOMPARE(u16(at + 22), quint16(16));
+        } else if (id == "data") {
+            samples = wav.mid(at + 8, u32(at + 4));
+            QCOMPARE(samples.size(), qsizetype(u32(at + 4)));
+        }
+    }
+    QCOMPARE(rate, 44100u);
+    QVERIFY(bytesPerSecond > 0 && !samples.isEmpty());
+    QVERIFY(double(samples.size()) / bytesPerSecond < 1.5);
+    int peak = 0;
+    for (qsizetype i = 0; i + 1 < samples.size(); i += 2)
+        peak = std::max(peak, std::abs(int(qFromLittleEndian<qint16>(samples.constData() + i))));
+    QVERIFY2(peak > 3000, "hardly audible");
+}
+
+QTEST_MAIN(TestResources)
 #include "tst_resources.moc"

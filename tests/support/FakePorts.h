@@ -29,7 +29,10 @@ private:
 class FakeScheduler : public Scheduler
 {
 public:
-    explicit FakeScheduler(FakeClock& clock) : m_clock(clock) {}
+    explicit FakeScheduler(FakeClock& clock)
+        : m_clock(clock)
+    {
+    }
 
     TimerId singleShot(qint64 ms, QObject* context, std::function<void()> callback) override
     {

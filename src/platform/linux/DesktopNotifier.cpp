@@ -13,7 +13,10 @@ using namespace Qt::StringLiterals;
 
 namespace velmora {
 
-DesktopNotifier::DesktopNotifier(const QString& soundsDirectory) : m_soundsDirectory(soundsDirectory) {}
+DesktopNotifier::DesktopNotifier(const QString& soundsDirectory)
+    : m_soundsDirectory(soundsDirectory)
+{
+}
 
 DesktopNotifier::~DesktopNotifier()
 {

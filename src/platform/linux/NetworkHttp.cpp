@@ -24,7 +24,11 @@ struct Pending
 
 } // namespace
 
-NetworkHttp::NetworkHttp(QObject* parent) : QObject(parent), m_manager(this) {}
+NetworkHttp::NetworkHttp(QObject* parent)
+    : QObject(parent)
+    , m_manager(this)
+{
+}
 
 QNetworkRequest NetworkHttp::request(const QUrl& url, int timeoutMs) const
 {

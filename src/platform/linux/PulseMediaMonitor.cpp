@@ -227,7 +227,10 @@ void appendLogindInhibitors(QStringList& names, const QDeadlineTimer& budget)
 
 } // namespace
 
-PulseMediaMonitor::PulseMediaMonitor(const QString& procRoot) : m_procRoot(QFile::encodeName(procRoot)) {}
+PulseMediaMonitor::PulseMediaMonitor(const QString& procRoot)
+    : m_procRoot(QFile::encodeName(procRoot))
+{
+}
 
 PulseMediaMonitor::~PulseMediaMonitor()
 {

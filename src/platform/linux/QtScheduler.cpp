@@ -6,7 +6,10 @@
 
 namespace velmora {
 
-QtScheduler::QtScheduler(QObject* parent) : QObject(parent) {}
+QtScheduler::QtScheduler(QObject* parent)
+    : QObject(parent)
+{
+}
 
 QtScheduler::~QtScheduler()
 {

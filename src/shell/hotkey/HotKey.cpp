@@ -18,8 +18,11 @@ HotKey::HotKey(HotKeysController& controller, Key key, Qt::KeyboardModifiers mod
 
 HotKey::HotKey(HotKeysController& controller, const QUuid& identifier, const KeyCombo& keyCombo,
                Handler keyDownHandler, Handler keyUpHandler)
-    : m_controller(controller), m_identifier(identifier), m_keyCombo(keyCombo),
-      m_keyDownHandler(std::move(keyDownHandler)), m_keyUpHandler(std::move(keyUpHandler))
+    : m_controller(controller)
+    , m_identifier(identifier)
+    , m_keyCombo(keyCombo)
+    , m_keyDownHandler(std::move(keyDownHandler))
+    , m_keyUpHandler(std::move(keyUpHandler))
 {
     m_controller.registerHotKey(*this);
 }

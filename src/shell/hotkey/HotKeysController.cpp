@@ -6,7 +6,10 @@
 
 namespace velmora {
 
-HotKeysController::HotKeysController(HotKeys& port) : m_port(port) {}
+HotKeysController::HotKeysController(HotKeys& port)
+    : m_port(port)
+{
+}
 
 HotKeysController::~HotKeysController()
 {

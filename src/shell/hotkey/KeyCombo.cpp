@@ -46,10 +46,15 @@ std::optional<quint32> readUInt32(const QVariant& value)
 
 } // namespace
 
-KeyCombo::KeyCombo(quint32 keyCode, quint32 modifiers) : keyCode(keyCode), modifiers(modifiers) {}
+KeyCombo::KeyCombo(quint32 keyCode, quint32 modifiers)
+    : keyCode(keyCode)
+    , modifiers(modifiers)
+{
+}
 
 KeyCombo::KeyCombo(Key key, Qt::KeyboardModifiers modifiers)
-    : keyCode(velmora::keyCode(key)), modifiers(quint32(modifiers.toInt()))
+    : keyCode(velmora::keyCode(key))
+    , modifiers(quint32(modifiers.toInt()))
 {
 }
 

@@ -4,6 +4,7 @@
 #include <QLabel>
 #include <QMovie>
 #include <QPushButton>
+#include <QRegularExpression>
 
 namespace velmora::style {
 
@@ -73,15 +74,18 @@ QPushButton* quietButton(QWidget* parent, const char* objectName)
     return button(parent, objectName, "quiet");
 }
 
-// Asset names as the routine knows them, and where the program keeps them.
+// Asset names as the routine knows them ("Smile _Small") map to file names by
+// one rule: lower case, every run of other characters a single "-".
 static QString assetPath(const QString& assetName)
 {
-    QString file = assetName.toLower();
-    file.replace(QLatin1Char(' '), QLatin1Char('_'));
-    file.remove(QLatin1Char('_'), Qt::CaseSensitive);
-    for (const QString& candidate :
-         {QStringLiteral(":/images/%1.gif").arg(assetName), QStringLiteral(":/images/%1.gif").arg(file),
-          QStringLiteral(":/images/%1.png").arg(assetName)}) {
+    static const QRegularExpression others(QStringLiteral("[^a-z0-9]+"));
+    QString file = assetName.toLower().replace(others, QStringLiteral("-"));
+    while (file.startsWith(u'-'))
+        file.remove(0, 1);
+    while (file.endsWith(u'-'))
+        file.chop(1);
+    for (const char* extension : {".gif", ".png"}) {
+        const QString candidate = QStringLiteral(":/images/") + file + QLatin1String(extension);
         if (QFile::exists(candidate))
             return candidate;
     }

@@ -73,8 +73,7 @@ void firstViewController::fillWelcome()
     lblBeforeYouStart->hide();
     lblSubTitle->show();
     tblViewHabits->hide();
-    style::stopAnimation(imgView);
-    imgView->setPixmap(QPixmap(QStringLiteral(":/images/icon130.png")));
+    style::showAnimation(imgView, QStringLiteral("icon 130"), false);
     setImageLayout(160, 35, 5);
 
     lblTitle->setText(

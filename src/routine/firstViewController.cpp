@@ -41,6 +41,7 @@ firstViewController::firstViewController(RoutineContext ctx, ViewController& mai
     btnStartFirstHabit = style::primaryButton(this, "btnStartFirstHabit");
     connect(btnStartFirstHabit, &QPushButton::clicked, this, &firstViewController::btnStartFirstHabitClicked);
 
+    layout->addStretch(1);
     layout->addWidget(imgView);
     layout->addWidget(lblTitle);
     layout->addWidget(lblSubTitle);
@@ -48,7 +49,7 @@ firstViewController::firstViewController(RoutineContext ctx, ViewController& mai
     layout->addWidget(tblViewHabits, 1, Qt::AlignHCenter);
     layout->addWidget(lbltimer);
     layout->addWidget(btnStartFirstHabit, 0, Qt::AlignHCenter);
-    layout->addStretch();
+    layout->addStretch(1);
 }
 
 void firstViewController::setImageLayout(int height, int top, int bottom)

@@ -71,8 +71,9 @@ def log_has_gate(path, state):
     except FileNotFoundError:
         return False
     state["offset"] += len(chunk)
-    state["tail"] = (state["tail"] + chunk)[-200:]
-    return GATE_LINE in state["tail"]
+    seen = state["tail"] + chunk
+    state["tail"] = seen[-len(GATE_LINE):]
+    return GATE_LINE in seen
 
 
 def title_showing(pid, text):

@@ -13,6 +13,7 @@
 #include "RecordFormats.h"
 #include "rememberNextHabitVc.h"
 #include "RoutineHost.h"
+#include "RoutineRows.h"
 #include "RoutineStyle.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
@@ -317,11 +318,7 @@ void ViewController::eveningHabitOver()
     }
     const habit& h = list[index];
     if (!h.logQuantity) {
-        c.usage.addEntryInCsv(
-            {.logType = QStringLiteral("evening routine"),
-             .activity = h.name,
-             .durationInSeconds = QString::number(h.durationSeconds),
-             .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+        addItemRow(c, QStringLiteral("evening routine"), h.name, QString::number(h.durationSeconds));
         return;
     }
     showLogQuantityView();

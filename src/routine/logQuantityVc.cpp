@@ -2,6 +2,7 @@
 
 #include "Clock.h"
 #include "RecordFormats.h"
+#include "RoutineRows.h"
 #include "RoutineStyle.h"
 #include "TextCatalogue.h"
 #include "UsageLog.h"
@@ -103,13 +104,7 @@ void logQuantityVc::btnOkClicked()
         logType = QStringLiteral("morning routine");
     else if (lCurrentState == CURRENTSTATE::_EVENING_HABIT_)
         logType = QStringLiteral("evening routine");
-    c.usage.addEntryInCsv(
-        {.logType = logType,
-         .activity = name,
-         .durationInSeconds = durationInSeconds,
-         .quantityQuestion = logQuantityQuestion,
-         .quantityLogged = textFieldCount->text(),
-         .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+    addItemRow(c, logType, name, durationInSeconds, logQuantityQuestion, textFieldCount->text());
     removeView();
 }
 

@@ -8,6 +8,7 @@
 #include "Notifier.h"
 #include "RecordFormats.h"
 #include "rememberNextHabitVc.h"
+#include "RoutineRows.h"
 #include "RoutineStyle.h"
 #include "RunState.h"
 #include "TextCatalogue.h"
@@ -118,11 +119,8 @@ void thirdVc::recordHabit(const habit& h, bool morning)
                                             state);
         return;
     }
-    c.usage.addEntryInCsv(
-        {.logType = morning ? QStringLiteral("morning routine") : QStringLiteral("evening routine"),
-         .activity = h.name,
-         .durationInSeconds = QString::number(h.durationSeconds),
-         .startTime = formatRecordDate(c.state.lastActivityPerformedTime.value_or(c.clock.now()))});
+    addItemRow(c, morning ? QStringLiteral("morning routine") : QStringLiteral("evening routine"), h.name,
+               QString::number(h.durationSeconds));
 }
 
 QString thirdVc::progressLine(const QVector<habit>& list, int index) const
@@ -330,11 +328,7 @@ void thirdVc::activityFinished(int index)
             m_main.logQuantityVcObj().resetData(finishedName, QString::number(entry.durationSeconds),
                                                 question, CURRENTSTATE::_ACTIVITY_);
         } else {
-            c.usage.addEntryInCsv(
-                {.logType = QStringLiteral("break"),
-                 .activity = finishedName,
-                 .durationInSeconds = QString::number(entry.durationSeconds),
-                 .startTime = formatRecordDate(st.lastActivityPerformedTime.value_or(c.clock.now()))});
+            addItemRow(c, QStringLiteral("break"), finishedName, QString::number(entry.durationSeconds));
         }
     } else {
         c.log.addLog(

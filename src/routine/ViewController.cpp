@@ -52,11 +52,11 @@ ViewController::ViewController(RoutineContext ctx, QWidget* parent)
 
     btnAbort = style::quietButton(this, "btnAbort");
     btnAbort->setText(tr("Abort"));
-    // Giving up a routine goes through a staged flow that this version does not
-    // have yet; the button shows where it will be and is not clickable.
-    btnAbort->setEnabled(false);
-    btnAbort->setToolTip(tr("Aborting a routine is not available in this version."));
     btnAbort->hide();
+    connect(btnAbort, &QPushButton::clicked, this, [this] {
+        if (onAbortClicked)
+            onAbortClicked();
+    });
     layout->addWidget(btnAbort, 0, Qt::AlignRight);
 
     boxContainer = new QFrame(this);
@@ -115,6 +115,31 @@ void ViewController::showScreen(QWidget* screen)
 {
     m_quantity->hide();
     m_stack->setCurrentWidget(screen);
+}
+
+void ViewController::placeScreen(QWidget* screen)
+{
+    if (m_stack->indexOf(screen) < 0)
+        m_stack->addWidget(screen);
+    showScreen(screen);
+}
+
+void ViewController::setExternalScreen(ExternalScreen which, QWidget* screen, std::function<void()> willAppear)
+{
+    External& slot = which == ExternalScreen::ShutOff ? m_shutOffScreen : m_focusSummaryScreen;
+    slot = External{screen, std::move(willAppear)};
+    if (screen && m_stack->indexOf(screen) < 0)
+        m_stack->addWidget(screen);
+}
+
+void ViewController::showExternal(ExternalScreen which)
+{
+    const External& slot = which == ExternalScreen::ShutOff ? m_shutOffScreen : m_focusSummaryScreen;
+    if (!slot.screen)
+        return;
+    if (slot.willAppear)
+        slot.willAppear();
+    showScreen(slot.screen);
 }
 
 QWidget* ViewController::currentScreen() const
@@ -390,6 +415,7 @@ void ViewController::shutOffMac()
     c.log.addLog(QStringLiteral("Showing Shut Off screen."));
     btnAbort->hide();
     clearContainer();
+    showExternal(ExternalScreen::ShutOff);
     c.state.currentState = CURRENTSTATE::_SHUTOFFMAC_;
     if (breakTimer) {
         c.scheduler.cancel(*breakTimer);
@@ -403,6 +429,7 @@ void ViewController::showFocusSummaryView()
     c.log.addLog(QStringLiteral("Showing Focus Summary"));
     btnAbort->hide();
     clearContainer();
+    showExternal(ExternalScreen::FocusSummary);
     c.state.currentState = CURRENTSTATE::_FOCUS_SUMMARY_;
     if (const auto till = c.schedule.showedTillDate())
         c.preferences.setValue(keys::kUserdefaultsFocusSummaryShowedTillDate, *till);

@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <QWidget>
+#include <functional>
 
 class QFrame;
 class QLabel;
@@ -60,6 +61,16 @@ public:
     void changeActivity();
     bool isBreakTimerPending() const;
 
+    // Screens of other subsystems that the lock window shows. The application
+    // hands them over; `willAppear` refreshes a screen each time it is placed.
+    enum class ExternalScreen { ShutOff, FocusSummary };
+    void setExternalScreen(ExternalScreen which, QWidget* screen, std::function<void()> willAppear);
+    // Places any screen in the container, the one screen shown.
+    void placeScreen(QWidget* screen);
+    void clearContainer();
+    // What the abort button opens; set by the application.
+    std::function<void()> onAbortClicked;
+
     // Return on the lock window acts on the screen on top.
     void handleReturnKey();
     bool isPasswordViewShown() const;
@@ -80,7 +91,7 @@ protected:
 
 private:
     void showScreen(QWidget* screen);
-    void clearContainer();
+    void showExternal(ExternalScreen which);
     void showOverview(CURRENTSTATE state, int countdown);
     void startHabitAt(CURRENTSTATE state);
     void itemOverCommon();
@@ -97,6 +108,13 @@ private:
     thirdVc* m_third = nullptr;
     logQuantityVc* m_quantity = nullptr;
     std::optional<TimerId> breakTimer;
+    struct External
+    {
+        QWidget* screen = nullptr;
+        std::function<void()> willAppear;
+    };
+    External m_shutOffScreen;
+    External m_focusSummaryScreen;
 };
 
 } // namespace velmora

@@ -11,7 +11,7 @@
 #     in the debug log (watched every millisecond from outside; the log itself only has
 #     whole seconds). From there, polling X every 5 ms: both lock windows viewable, and,
 #     with accessibility on, the overview's title readable on AT-SPI (an upper bound: one
-#     AT-SPI walk of the widget tree takes a few ms itself). "warm" is a program that has
+#     AT-SPI walk of the widget tree, printed alongside, is that figure's resolution). "warm" is a program that has
 #     run since 06:59:58 and meets 07:00 on its five-second tick, the everyday case;
 #     "cold" is a program started at 07:00:01, which decides during start-up.
 # (b) Resident memory while a morning habit's timer runs: the program's own VmRSS, and
@@ -69,9 +69,11 @@ latency() { # LABEL AT [--title TEXT]
     echo "  $label: gate decision -> both lock windows viewable: $(summary decision_to_mapped_ms <<<"$results")"
     if [ $# -gt 1 ]; then
         echo "  $label: gate decision -> overview title on AT-SPI:   $(summary decision_to_title_ms <<<"$results")"
+        echo "  $label: (one AT-SPI walk of the widget tree:         $(summary title_walk_ms <<<"$results"))"
     fi
     if [[ "$label" == cold* ]]; then
         echo "  $label: process start -> gate decision:              $(summary start_to_decision_ms <<<"$results")"
+        echo "  $label: process start -> both lock windows viewable: $(summary start_to_mapped_ms <<<"$results")"
     fi
 }
 
@@ -105,6 +107,9 @@ memory() { # LABEL VIDEO-URLS SCREENSHOT-NAME
     fresh_day "$2"
     start_velmora "$day 07:00:01"
     poll 20 "the morning overview is shown" grep -q 'Showing morning habits\.' "$VELMORA_LOG"
+    sleep 2
+    local overview
+    overview=$(sum_kb status VmRSS "$VELMORA_PID")
     # Return does nothing during the 30-second countdown and starts the habit after it.
     local deadline=$((SECONDS + 45))
     until grep -q 'startFirstMorningHabit' "$VELMORA_LOG"; do
@@ -122,8 +127,8 @@ memory() { # LABEL VIDEO-URLS SCREENSHOT-NAME
     done
     ! grep -q 'Habit Over called' "$VELMORA_LOG" || fail "$1: the habit ended while memory was sampled"
     rss=$(sum_kb status VmRSS "$VELMORA_PID")
-    printf '  %s: program VmRSS %s MB; process tree (%d processes) VmRSS %s MB (peak %s), Pss %s MB\n' \
-        "$1" "$(mb "$rss")" "${#pids[@]}" "$(mb "$tree")" "$(mb "$peak")" \
+    printf '  %s: program VmRSS %s MB (%s MB on the overview before it); process tree (%d processes) VmRSS %s MB (peak %s), Pss %s MB\n' \
+        "$1" "$(mb "$rss")" "$(mb "$overview")" "${#pids[@]}" "$(mb "$tree")" "$(mb "$peak")" \
         "$(mb "$(sum_kb smaps_rollup Pss "${pids[@]}")")"
     screenshot "memory-$3"
     stop_velmora

@@ -16,6 +16,7 @@ packages=(
   # runtime and integration tests
   xvfb x11-xserver-utils openbox tint2 xdotool pulseaudio pulseaudio-utils dbus dbus-x11
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
+  python3-pyatspi at-spi2-core
   x11-utils python3-xlib
 )
 

@@ -1,24 +1,37 @@
 #include "AppDelegate.h"
 
+#include "FeedbackUpload.h"
+#include "focusSummaryVc.h"
 #include "FocusTypes.h"
 #include "HotKey.h"
 #include "HotKeysController.h"
 #include "LockWindows.h"
+#include "menuViewController.h"
 #include "PreferenceKeys.h"
+#include "preferencesWindowController.h"
+#include "quittingWindow.h"
 #include "SettingsLoader.h"
 #include "StatusItem.h"
 #include "timerViewcontroller.h"
+#include "uninstallVc.h"
 #include "ViewController.h"
+#include "WayOut.h"
 
 #include <QApplication>
+#include <QCursor>
 #include <QDebug>
 #include <QDir>
 #include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSaveFile>
 #include <QScreen>
+#include <QSessionManager>
+#include <QTextStream>
 #include <QUrl>
 
 namespace velmora {
@@ -56,6 +69,52 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         box.exec();
         return box.clickedButton() != no;
     };
+
+    m_feedback =
+        std::make_unique<FeedbackUpload>(*m_ports.http, *m_ports.preferences, m_texts, *m_ports.clock,
+                                         m_paths.packagedSettings, m_log, *m_ports.scheduler);
+    const PreferencesContext preferencesContext{
+        m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_texts};
+    m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
+        preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
+    m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);
+    m_quittingWindow = std::make_unique<quittingWindow>(QuitFlowContext{
+        *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts, *m_feedback});
+    m_menu->onReactivate = [this] { menuItem_Reactivate(); };
+    m_menu->onPreferences = [this] { menuItem_Preferences(); };
+    m_menu->onExportStatistics = [this] { menuItem_ExportStatistics(); };
+    m_menu->onQuit = [this] { m_quittingWindow->btnQuitClicked(); };
+    m_quittingWindow->menuItem_Quit = [this] { menuItem_Quit(); };
+    m_preferencesWindow->uninstallVcObj->uninstall = [this] { uninstallApp(); };
+    connect(statusbutton, &StatusItem::clicked, this, [this] { togglePopover(); });
+
+    m_wayOut = std::make_unique<WayOut>(
+        RoutineContext{m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage,
+                       m_texts, *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule,
+                       *this, m_random},
+        *mainViewControllerObj, *m_feedback, m_paths.packagedSettings, [this] { quitAndRestartApp(); });
+    installFocusSummary();
+    chooseExportFolder = [](const QString& prompt) {
+        return QFileDialog::getExistingDirectory(nullptr, prompt, QDir::homePath(),
+                                                 QFileDialog::ShowDirsOnly);
+    };
+}
+
+// The evening opens with the day's focus blocks and activities, read back from
+// the usage log since this morning's start time.
+void AppDelegate::installFocusSummary()
+{
+    m_focusSummary = new focusSummaryVc(m_texts, mainViewControllerObj->containerView);
+    m_focusSummary->onContinue = [this] {
+        m_state.currentState = CURRENTSTATE::_NOTHING_;
+        m_schedule->shutOffMac();
+    };
+    mainViewControllerObj->setExternalScreen(
+        ViewController::ExternalScreen::FocusSummary, m_focusSummary, [this] {
+            const QDateTime boundary =
+                m_schedule->todayStartInstant().value_or(m_ports.clock->now().addDays(-1));
+            m_focusSummary->viewWillAppear(m_usage.path(), boundary);
+        });
 }
 
 AppDelegate::~AppDelegate()
@@ -68,6 +127,18 @@ AppDelegate::~AppDelegate()
 
 void AppDelegate::applicationWillFinishLaunching()
 {
+    // From here on only the program itself may end the program.
+    qApp->installEventFilter(this);
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { applicationWillTerminate(); });
+    auto refuseLogOut = [this](QSessionManager& manager) {
+        if (!terminateFromSelf && manager.allowsInteraction()) {
+            manager.cancel();
+            manager.release();
+        }
+    };
+    connect(qApp, &QGuiApplication::commitDataRequest, this, refuseLogOut);
+    connect(qApp, &QGuiApplication::saveStateRequest, this, refuseLogOut);
+
     auto followScreen = [this](QScreen* screen) {
         connect(screen, &QScreen::geometryChanged, this, [this] { m_lock->screenChanged(); });
     };
@@ -460,6 +531,14 @@ bool AppDelegate::isReleaseChord(const QKeyEvent* event) const
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
+    if (event->type() == QEvent::Quit && watched == qApp) {
+        if (applicationShouldTerminate())
+            return QObject::eventFilter(watched, event);
+        event->ignore();
+        return true;
+    }
+    if (event->type() == QEvent::Show && watched == m_mainWindow.get())
+        keepOurWindowsAboveTheLock();
     // Key presses reach the application once per window before any widget sees
     // them; acting here, and passing every event on, is the lock's key monitor.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() || !isMainWindowVisible())
@@ -553,6 +632,99 @@ bool AppDelegate::isShutOffTimeGoing() const
 bool AppDelegate::isPreventUserIdleDisplaySleepOn()
 {
     return m_schedule->isPreventUserIdleDisplaySleepOn();
+}
+
+} // namespace velmora
+
+namespace velmora {
+
+// --- the panel and the ways out ---------------------------------------------------------
+
+void AppDelegate::togglePopover()
+{
+    if (!statusbutton->isClickable())
+        return;
+    if (m_menu->isVisible()) {
+        m_menu->hide();
+        return;
+    }
+    m_menu->popUp(statusbutton->trayGeometry(), QCursor::pos());
+}
+
+void AppDelegate::menuItem_Preferences()
+{
+    m_preferencesWindow->menuItem_Preferences();
+}
+
+void AppDelegate::menuItem_ExportStatistics()
+{
+    const QString folder =
+        chooseExportFolder(m_texts.text("common", "buttonExportText", QStringLiteral("Export")));
+    if (!folder.isEmpty())
+        exportStatistics(folder);
+}
+
+// The copy goes to a temporary name in the target folder and replaces the old
+// export only once it is complete.
+bool AppDelegate::exportStatistics(const QString& folder)
+{
+    QFile source(m_usage.path());
+    if (!source.open(QIODevice::ReadOnly)) {
+        QTextStream(stdout) << "Export: " << source.fileName() << ": " << source.errorString() << Qt::endl;
+        return false;
+    }
+    const QByteArray data = source.readAll();
+    QSaveFile target(QDir(folder).filePath(QFileInfo(m_usage.path()).fileName()));
+    if (!target.open(QIODevice::WriteOnly) || target.write(data) != data.size() || !target.commit()) {
+        QTextStream(stdout) << "Export: " << target.fileName() << ": " << target.errorString() << Qt::endl;
+        return false;
+    }
+    return true;
+}
+
+void AppDelegate::menuItem_Quit()
+{
+    m_log.addLog(QStringLiteral("App quit clicked by user"));
+    leaveForGood();
+}
+
+void AppDelegate::uninstallApp()
+{
+    leaveForGood();
+}
+
+// The login service is switched off first, so that the program does not come
+// back; the exit status tells the service not to restart it either.
+void AppDelegate::leaveForGood()
+{
+    m_ports.loginService->disable();
+    m_ports.preferences->sync();
+    terminateFromSelf = true;
+    terminate(kQuitExitStatus);
+}
+
+bool AppDelegate::applicationShouldTerminate()
+{
+    QTextStream(stdout) << "applicationShouldTerminate" << Qt::endl;
+    if (!terminateFromSelf)
+        return false;
+    terminateFromSelf = false;
+    return true;
+}
+
+void AppDelegate::applicationWillTerminate()
+{
+    m_log.addLog(QStringLiteral("Application Will Terminate"));
+    QTextStream(stdout) << "applicationWillTerminate" << Qt::endl;
+}
+
+// A lock that comes up later would cover the preferences and the quit flow.
+void AppDelegate::keepOurWindowsAboveTheLock()
+{
+    m_ports.scheduler->post(this, [this] {
+        m_preferencesWindow->bringToFront();
+        m_quittingWindow->bringToFront();
+    });
 }
 
 } // namespace velmora

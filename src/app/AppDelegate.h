@@ -22,10 +22,16 @@ class QKeyEvent;
 namespace velmora {
 
 class CustomWindow;
+class FeedbackUpload;
+class WayOut;
+class focusSummaryVc;
 class HotKey;
 class HotKeysController;
 class LockWindows;
 class StatusItem;
+class menuViewController;
+class preferencesWindowController;
+class quittingWindow;
 class ViewController;
 
 // Where the program keeps and finds its files.
@@ -61,12 +67,33 @@ public:
     void showExtraWindows() override;
     void hideBlankWindowInSecondaryMonitor() override;
 
+    // The tray panel and what its rows lead to.
+    void togglePopover();
+    void menuItem_Preferences();
+    void menuItem_ExportStatistics();
+    // Copies the usage log into the folder, replacing an earlier copy; a failure
+    // leaves every file as it was.
+    bool exportStatistics(const QString& folder);
+    // The end of the quit flow, and the way out for whoever must really quit.
+    void menuItem_Quit();
+    // The same, without the quit's log line, at the end of an uninstall.
+    void uninstallApp();
+    // A quit request that the program did not make itself is refused.
+    bool applicationShouldTerminate();
+    void applicationWillTerminate();
+
     RunState& state() { return m_state; }
     DaySchedule& schedule() { return *m_schedule; }
     ViewController& viewController() { return *mainViewControllerObj; }
     CustomWindow& mainWindow() { return *m_mainWindow; }
     LockWindows& lockWindows() { return *m_lock; }
     StatusItem& statusItem() { return *statusbutton; }
+    menuViewController& menuViewControllerObj() { return *m_menu; }
+    preferencesWindowController& preferencesWindowControllerObj() { return *m_preferencesWindow; }
+    quittingWindow& quittingWcObj() { return *m_quittingWindow; }
+    FeedbackUpload& feedbackUpload() { return *m_feedback; }
+    WayOut& wayOut() { return *m_wayOut; }
+    focusSummaryVc& focusSummary() { return *m_focusSummary; }
     const TextCatalogue& texts() const { return m_texts; }
     const DebugLog& debugLog() const { return m_log; }
     const UsageLog& usageLog() const { return m_usage; }
@@ -79,6 +106,8 @@ public:
     std::function<void(int exitStatus)> terminate;
     // The yes/no question of a full reset; tests replace it.
     std::function<bool(const QString& message)> confirm;
+    // The folder chooser of the export; tests replace it. Empty: cancelled.
+    std::function<QString(const QString& prompt)> chooseExportFolder;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -110,10 +139,13 @@ private:
     void clearPasswordIfDue();
     void installResetHotKey();
     void tellOnceWhenThereIsNoTray();
+    void installFocusSummary();
     void configurationArrived(std::optional<QJsonObject> catalogue);
     bool reactivateIfDue();
     bool isReleaseChord(const QKeyEvent* event) const;
     QUrl configServer() const;
+    void leaveForGood();
+    void keepOurWindowsAboveTheLock();
 
     Ports m_ports;
     AppPaths m_paths;
@@ -131,6 +163,12 @@ private:
     StatusItem* statusbutton = nullptr;
     std::unique_ptr<HotKeysController> m_hotKeys;
     std::unique_ptr<HotKey> hotKeyClearUserdefaults;
+    std::unique_ptr<FeedbackUpload> m_feedback;
+    std::unique_ptr<WayOut> m_wayOut;
+    focusSummaryVc* m_focusSummary = nullptr;
+    std::unique_ptr<menuViewController> m_menu;
+    std::unique_ptr<preferencesWindowController> m_preferencesWindow;
+    std::unique_ptr<quittingWindow> m_quittingWindow;
 
     std::optional<TimerId> timerBackgroundThread;
     std::optional<TimerId> timerCheckReactivateTime;

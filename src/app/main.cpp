@@ -1,11 +1,13 @@
 #include "AppDelegate.h"
 #include "CrashLog.h"
+#include "DebugLog.h"
 #include "DesktopNotifier.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
 #include "QtScheduler.h"
 #include "ScreenSaverDisplayAwake.h"
+#include "SettingsLoader.h"
 #include "SettingsPreferences.h"
 #include "SingleInstance.h"
 #include "SystemClock.h"
@@ -34,13 +36,27 @@ static QUrl configServerFromCommandLine(const QApplication& app)
     return QUrl(qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
 }
 
+// The web engine needs a shared graphics context made before the application
+// object, and making one loads the whole graphics stack (some 45 MB in software).
+// Only a day whose settings hold pages pays for it; a first run shows the
+// packaged intro, which has none.
+static bool settingsMayShowPages()
+{
+    SettingsPreferences preferences;
+    RunState state;
+    SystemClock clock;
+    DebugLog quiet(clock, QString());
+    readSettingsJsonDictionary(state, preferences, QStringLiteral(":/settings.json"), quiet);
+    return anyItemHasPage(state);
+}
+
 int main(int argc, char* argv[])
 {
-    // No shared OpenGL context at start: it loads the whole software GL stack
-    // (some 45 MB) for a day that may hold no web page at all. The web view makes
-    // its own context on first use.
+    if (settingsMayShowPages())
+        QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velmora"));
+    QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));
     QApplication::setQuitOnLastWindowClosed(false);
 

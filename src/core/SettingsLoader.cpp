@@ -124,6 +124,20 @@ void readSettingsJsonDictionary(RunState& state, const Preferences& preferences,
     applySettingsDocument(state, document);
 }
 
+bool anyItemHasPage(const RunState& state)
+{
+    auto hasPage = [](const auto& item) { return !item.urlsArray.isEmpty(); };
+    for (const auto* list : {&state.arrAllMorningHabits, &state.arrAllEveningHabits}) {
+        if (std::any_of(list->begin(), list->end(), hasPage))
+            return true;
+    }
+    for (const breakActivity& activity : state.arrAllbreakActivities) {
+        if (hasPage(activity) || std::any_of(activity.choices.begin(), activity.choices.end(), hasPage))
+            return true;
+    }
+    return state.introActivity && hasPage(*state.introActivity);
+}
+
 Time getTimeFromString(const QString& val)
 {
     static const QRegularExpression decimal(QStringLiteral("^[+-]?[0-9]+$"));

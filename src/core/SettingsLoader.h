@@ -19,6 +19,9 @@ void readSettingsJsonDictionary(RunState& state, const Preferences& preferences,
 // Decodes an already parsed document into the state; used by the above.
 void applySettingsDocument(RunState& state, const QJsonObject& document);
 
+// True when any routine item or alternative of the loaded document has a page.
+bool anyItemHasPage(const RunState& state);
+
 habit decodeHabit(const QJsonObject& object);
 breakActivity decodeBreakActivity(const QJsonObject& object);
 activityChoice decodeActivityChoice(const QJsonObject& object);

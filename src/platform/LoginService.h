@@ -2,6 +2,9 @@
 
 namespace velmora {
 
+// The program's own quit exits with this status, so that the service stays down.
+inline constexpr int kQuitExitStatus = 64;
+
 // The per-user service that starts the program after login and brings it back
 // when it is killed.
 class LoginService

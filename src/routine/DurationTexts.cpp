@@ -15,25 +15,6 @@ QString getStringTime(int seconds)
     return QString::number(seconds / 60) + QStringLiteral(" minutes");
 }
 
-QString getStringTimeFromSeconds(int seconds)
-{
-    const int h = seconds / 3600;
-    const int m = (seconds % 3600) / 60;
-    const int s = seconds % 60;
-    QString text;
-    auto append = [&text](int value, QChar unit) {
-        if (value == 0)
-            return;
-        if (!text.isEmpty())
-            text += u' ';
-        text += QString::number(value) + unit;
-    };
-    append(h, u'h');
-    append(m, u'm');
-    append(s, u's');
-    return text;
-}
-
 QString clockText(int secondsRemaining)
 {
     const int r = qMax(0, secondsRemaining) % 3600;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "RecordFormats.h"
+
 #include <QString>
 
 namespace velmora {
@@ -12,9 +14,8 @@ class TextCatalogue;
 
 // "59 seconds", "1 minute", "90 minutes". No singular for seconds, no hours.
 QString getStringTime(int seconds);
-// "1h 1m 1s", "45s"; the empty text for 0, which is how callers know that
-// nothing is left.
-QString getStringTimeFromSeconds(int seconds);
+// The short form, getStringTimeFromSeconds(), lives with the record formats
+// because the focus summary shows it too.
 // MM:SS; whole hours are dropped without a sign.
 QString clockText(int secondsRemaining);
 

@@ -30,6 +30,13 @@ QString lockStyleSheet()
         QComboBox { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 8px;
             font-size: 22px; min-width: 320px; }
         QFrame#overlay { background: #262d35; border-radius: 16px; }
+        QFrame#logQuantityVc { background: rgba(20, 25, 31, 215); }
+        QTableWidget { background: #262d35; border: 1px solid #4a545e; border-radius: 8px;
+            gridline-color: #4a545e; font-size: 18px; }
+        QHeaderView::section { background: #2a323b; color: #9aa5b0; border: none;
+            border-bottom: 1px solid #4a545e; padding: 6px; font-size: 16px; }
+        QTableCornerButton::section { background: #2a323b; border: none; }
+        QPlainTextEdit { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 8px; }
     )");
 }
 

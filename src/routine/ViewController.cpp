@@ -84,7 +84,7 @@ ViewController::ViewController(RoutineContext ctx, QWidget* parent)
     lblMessage->setText(
         c.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")));
     lblMessage->hide();
-    layout->addWidget(lblMessage);
+    layout->addWidget(lblMessage, 1);
 
     c.state.isMainWindowLodded = true;
 }
@@ -113,6 +113,8 @@ void ViewController::clearContainer()
 
 void ViewController::showScreen(QWidget* screen)
 {
+    lblMessage->hide();
+    boxContainer->show();
     m_quantity->hide();
     m_stack->setCurrentWidget(screen);
 }
@@ -124,7 +126,8 @@ void ViewController::placeScreen(QWidget* screen)
     showScreen(screen);
 }
 
-void ViewController::setExternalScreen(ExternalScreen which, QWidget* screen, std::function<void()> willAppear)
+void ViewController::setExternalScreen(ExternalScreen which, QWidget* screen,
+                                       std::function<void()> willAppear)
 {
     External& slot = which == ExternalScreen::ShutOff ? m_shutOffScreen : m_focusSummaryScreen;
     slot = External{screen, std::move(willAppear)};
@@ -157,8 +160,7 @@ void ViewController::showLogQuantityView()
 
 bool ViewController::isPasswordViewShown() const
 {
-    // No password screen exists in this version.
-    return false;
+    return passwordViewShown && passwordViewShown();
 }
 
 // --- overview ---------------------------------------------------------------------
@@ -362,12 +364,18 @@ void ViewController::breathingOver()
     c.state.currentAction = ACTION::_OVER_;
 }
 
+void ViewController::showStayFocusedMessage()
+{
+    clearContainer();
+    boxContainer->hide();
+    lblMessage->show();
+}
+
 void ViewController::habitsFinishedUnlockMachine()
 {
     c.log.addLog(QStringLiteral("morning habit Finished"));
     btnAbort->hide();
-    clearContainer();
-    lblMessage->show();
+    showStayFocusedMessage();
     c.state.currentHabitIndex = -1;
     // A plain delay, not a timer anyone can cancel: the window goes in 3 seconds.
     c.scheduler.singleShot(kUnlockDelayMs, this, [this] { unlockMachine(); });
@@ -378,8 +386,7 @@ void ViewController::breathingFinishedUnlockMachine()
 {
     c.log.addLog(QStringLiteral("breathing Finished"));
     btnAbort->hide();
-    clearContainer();
-    lblMessage->show();
+    showStayFocusedMessage();
     c.scheduler.singleShot(kUnlockDelayMs, this, [this] { unlockMachine(); });
     c.state.currentState = CURRENTSTATE::_NOTHING_;
 }
@@ -398,6 +405,7 @@ void ViewController::unlockMachine()
 {
     c.log.addLog(QStringLiteral("current unlockMachine called"));
     lblMessage->hide();
+    boxContainer->show();
     c.host.setMainWindowVisible(false);
     c.host.hideBlankWindowInSecondaryMonitor();
     setActivityTimer();
@@ -649,7 +657,10 @@ void ViewController::handleReturnKey()
     const bool quantityReady = !m_quantity->isHidden() && !m_quantity->textFieldCount->text().isEmpty();
     QWidget* screen = currentScreen();
 
-    if (routine && a == ACTION::_STARTING_ && screen == m_first && !m_first->isTimerGoingOn) {
+    if (isPasswordViewShown()) {
+        if (passwordReturnKey)
+            passwordReturnKey();
+    } else if (routine && a == ACTION::_STARTING_ && screen == m_first && !m_first->isTimerGoingOn) {
         m_first->btnStartFirstHabitClicked();
     } else if (s == CURRENTSTATE::_ACTIVITY_ && a == ACTION::_STARTING_ && screen == m_third) {
         m_third->btnMainClicked();

@@ -4,9 +4,9 @@
 #include "RunState.h"
 #include "Scheduler.h"
 
+#include <functional>
 #include <optional>
 #include <QWidget>
-#include <functional>
 
 class QFrame;
 class QLabel;
@@ -63,7 +63,11 @@ public:
 
     // Screens of other subsystems that the lock window shows. The application
     // hands them over; `willAppear` refreshes a screen each time it is placed.
-    enum class ExternalScreen { ShutOff, FocusSummary };
+    enum class ExternalScreen
+    {
+        ShutOff,
+        FocusSummary
+    };
     void setExternalScreen(ExternalScreen which, QWidget* screen, std::function<void()> willAppear);
     // Places any screen in the container, the one screen shown.
     void placeScreen(QWidget* screen);
@@ -74,6 +78,10 @@ public:
     // Return on the lock window acts on the screen on top.
     void handleReturnKey();
     bool isPasswordViewShown() const;
+    // The password prompt that lies over the container, set by whoever owns it:
+    // whether it is up, and what Return does while it is.
+    std::function<bool()> passwordViewShown;
+    std::function<void()> passwordReturnKey;
 
     firstViewController& firstViewControllerObj() { return *m_first; }
     timerViewcontroller& timerViewcontrollerObj() { return *m_timer; }
@@ -92,6 +100,7 @@ protected:
 private:
     void showScreen(QWidget* screen);
     void showExternal(ExternalScreen which);
+    void showStayFocusedMessage();
     void showOverview(CURRENTSTATE state, int countdown);
     void startHabitAt(CURRENTSTATE state);
     void itemOverCommon();

@@ -21,7 +21,6 @@ logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
     , c(ctx)
 {
     setObjectName(QStringLiteral("logQuantityVc"));
-    setAutoFillBackground(true);
     auto* outer = new QVBoxLayout(this);
     auto* card = new QFrame(this);
     card->setObjectName(QStringLiteral("overlay"));
@@ -30,6 +29,7 @@ logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
     layout->setContentsMargins(40, 32, 40, 32);
     layout->setSpacing(18);
     lblTitle = style::title(card, "lblTitle");
+    lblTitle->setMinimumWidth(560);
     lblTitle->setText(c.texts.text("logQuantityInfo", "title", QStringLiteral("Log Quantity of activity")));
     lblSubTitle = style::body(card, "lblSubTitle");
     textFieldCount = new QLineEdit(card);

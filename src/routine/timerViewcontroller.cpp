@@ -8,12 +8,12 @@
 #include "RunState.h"
 #include "TextCatalogue.h"
 #include "ViewController.h"
+#include "WebPage.h"
 
 #include <QLabel>
 #include <QRandomGenerator>
 #include <QUrlQuery>
 #include <QVBoxLayout>
-#include <QWebEngineView>
 
 namespace velmora {
 
@@ -69,7 +69,9 @@ void timerViewcontroller::ensureWebView()
 {
     if (webView)
         return;
-    auto* view = new QWebEngineView(m_pageArea);
+    QWidget* view = webpage::create(m_pageArea);
+    if (!view)
+        return;
     view->setObjectName(QStringLiteral("webView"));
     view->setContextMenuPolicy(Qt::NoContextMenu);
     m_pageArea->layout()->addWidget(view);
@@ -93,7 +95,7 @@ void timerViewcontroller::loadWebViewTo(const std::optional<QString>& url)
         return;
     ensureWebView();
     m_loadedUrl = address;
-    static_cast<QWebEngineView*>(webView)->load(address);
+    webpage::load(webView, address);
 }
 
 void timerViewcontroller::loadBlankUrl()
@@ -101,7 +103,7 @@ void timerViewcontroller::loadBlankUrl()
     if (!webView)
         return;
     m_loadedUrl = QUrl(QStringLiteral("about:blank"));
-    static_cast<QWebEngineView*>(webView)->load(m_loadedUrl);
+    webpage::load(webView, m_loadedUrl);
 }
 
 void timerViewcontroller::showAnimation()

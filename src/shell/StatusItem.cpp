@@ -24,6 +24,11 @@ bool StatusItem::isVisibleInTray() const
     return m_tray->isVisible() && QSystemTrayIcon::isSystemTrayAvailable();
 }
 
+QRect StatusItem::trayGeometry() const
+{
+    return m_tray->geometry();
+}
+
 bool StatusItem::isTrayAvailable()
 {
     return QSystemTrayIcon::isSystemTrayAvailable();

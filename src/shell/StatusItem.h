@@ -3,6 +3,7 @@
 #include <QColor>
 #include <QIcon>
 #include <QObject>
+#include <QRect>
 #include <QString>
 
 class QSystemTrayIcon;
@@ -41,6 +42,8 @@ public:
     bool isClickable() const { return m_clickable; }
 
     bool isVisibleInTray() const;
+    // Where the icon sits on the screen; empty when the tray does not say.
+    QRect trayGeometry() const;
     static bool isTrayAvailable();
     static QIcon paintLook(const QString& title, const QColor& background, const QColor& border);
 

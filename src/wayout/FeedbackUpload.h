@@ -1,10 +1,10 @@
 #pragma once
 
+#include <functional>
+#include <optional>
 #include <QJsonObject>
 #include <QObject>
 #include <QString>
-#include <functional>
-#include <optional>
 
 namespace velmora {
 
@@ -12,6 +12,7 @@ class Clock;
 class DebugLog;
 class Http;
 class Preferences;
+class Scheduler;
 class TextCatalogue;
 
 // Posts one small JSON document to the feedback webhook when a user leaves
@@ -25,6 +26,10 @@ public:
 
     FeedbackUpload(Http& http, const Preferences& preferences, const TextCatalogue& texts, const Clock& clock,
                    QString packagedSettingsPath, const DebugLog& log);
+    // With a scheduler the time-out is kept here as well, so that `done` comes
+    // after kTimeoutMs even from an Http that never answers.
+    FeedbackUpload(Http& http, const Preferences& preferences, const TextCatalogue& texts, const Clock& clock,
+                   QString packagedSettingsPath, const DebugLog& log, Scheduler& scheduler);
 
     void getAbortJsonToUpload(const std::optional<QString>& emailAddress, const QString& feedback,
                               const QString& abortReason, QObject* context, std::function<void()> done);
@@ -33,8 +38,8 @@ public:
 
     // The document as posted: reason key, settingsJSON (an object), macOSVersion,
     // feedback, usageStartDate, emailAddress.
-    QJsonObject document(const char* reasonKey, const QString& reason, const std::optional<QString>& emailAddress,
-                         const QString& feedback) const;
+    QJsonObject document(const char* reasonKey, const QString& reason,
+                         const std::optional<QString>& emailAddress, const QString& feedback) const;
 
 private:
     void post(const QJsonObject& body, QObject* context, std::function<void()> done);
@@ -45,6 +50,7 @@ private:
     const Clock& m_clock;
     QString m_packagedSettingsPath;
     const DebugLog& m_log;
+    Scheduler* m_scheduler = nullptr;
 };
 
 } // namespace velmora

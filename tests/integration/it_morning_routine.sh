@@ -36,6 +36,9 @@ button_shown() { a11y has button "$1"; }
 # The one showing label that reads like a clock, MM:SS.
 clock() { a11y names label | grep -Ex '[0-9]{2}:[0-9]{2}' | head -n1; }
 clock_matches() { [[ "$(clock)" =~ ^($1)$ ]]; }
+clock_below() { local now; now="$(clock)"; [ -n "$now" ] && [[ "$now" < "$1" ]]; }
+field_reads() { [ "$(a11y field)" = "$1" ]; }
+label_gone() { ! label_shown "$1"; }
 key() { xdotool key --clearmodifiers "$1"; }
 seen_labels="a11y names label"
 seen_all="a11y dump"
@@ -57,7 +60,7 @@ screenshot 1-overview-countdown
 before="$(clock)"
 key Return
 seen=$seen_labels poll 5 "the countdown goes on after Return (it read $before)" \
-    eval '[ -n "$(clock)" ] && [[ "$(clock)" < "$before" ]]'
+    clock_below "$before"
 ! label_shown "Do some Water." || fail "Return during the countdown started the first habit"
 ! grep -q 'startFirstMorningHabit' "$VELMORA_LOG" || fail "Return during the countdown started the routine"
 
@@ -111,7 +114,7 @@ screenshot 8-quantity
 # typed text is in the field that Return has been dealt with.
 key Return
 xdotool type --delay 50 12a
-seen="a11y field" poll 5 "the field reads 12 after typing 12a" eval '[ "$(a11y field)" = 12 ]'
+seen="a11y field" poll 5 "the field reads 12 after typing 12a" field_reads 12
 label_shown "How many Push-ups did you do?" || fail "Return on the empty quantity field closed the question"
 ! label_shown "OK - Stay focused throughout the day!" || fail "Return on the empty quantity field unlocked the machine"
 [ "$(grep -c '^morning routine,' "$stats")" -eq 2 ] || fail "Return on the empty quantity field wrote a row"
@@ -119,7 +122,7 @@ screenshot 9-quantity-typed
 
 key Return
 seen="tail -n 2 $stats" poll 5 "the Push-ups row is written after Return" grep -q '^morning routine,.*,Push-ups,' "$stats"
-seen=$seen_all poll 5 "the quantity question goes away" eval '! label_shown "How many Push-ups did you do?"'
+seen=$seen_all poll 5 "the quantity question goes away" label_gone "How many Push-ups did you do?"
 # The same Return must not also reach the button under the question.
 button_shown "Unlock the machine" || fail "the Return that confirmed the quantity also pressed 'Unlock the machine'"
 ! label_shown "OK - Stay focused throughout the day!" || fail "the Return that confirmed the quantity also unlocked"

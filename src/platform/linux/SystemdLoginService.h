@@ -15,7 +15,7 @@ class SystemdLoginService : public LoginService
 {
 public:
     // The program's own quit exits with this status so that the service stays down.
-    static constexpr int QuitExitStatus = 64;
+    static constexpr int QuitExitStatus = kQuitExitStatus;
 
     // An empty path means this program's own executable.
     explicit SystemdLoginService(const QString& programPath = {});

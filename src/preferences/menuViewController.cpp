@@ -1,0 +1,289 @@
+#include "menuViewController.h"
+
+#include "DebugLog.h"
+#include "Http.h"
+#include "PreferenceKeys.h"
+#include "Preferences.h"
+#include "RunState.h"
+#include "SettingsLoader.h"
+#include "SettingsText.h"
+#include "TextCatalogue.h"
+
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QDebug>
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLabel>
+#include <QPushButton>
+#include <QScreen>
+#include <QVBoxLayout>
+#include <QVersionNumber>
+
+namespace velmora {
+
+namespace {
+constexpr int kVersionTimeoutMs = 15'000;
+const QString kStandUpAndStretch = QStringLiteral("Stand up and stretch");
+} // namespace
+
+menuViewController::menuViewController(Deps deps, QWidget* parent)
+    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint)
+    , d(std::move(deps))
+{
+    setObjectName(QStringLiteral("menuViewController"));
+    setWindowTitle(QStringLiteral("Velmora menu"));
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(QStringLiteral(R"(
+        QWidget#menuViewController { background: palette(window); border: 1px solid palette(mid); }
+        QPushButton[role="row"] { text-align: left; border: none; padding: 6px 14px; min-height: 20px; }
+        QPushButton[role="row"]:hover { background: palette(midlight); }
+        QLabel#boxCheckMark { padding-right: 14px; }
+    )"));
+
+    auto row = [this](const char* name) {
+        auto* b = new QPushButton(this);
+        b->setObjectName(QLatin1String(name));
+        b->setProperty("role", QStringLiteral("row"));
+        b->setFlat(true);
+        b->setFocusPolicy(Qt::TabFocus);
+        return b;
+    };
+    boxReactivate = row("boxReactivate");
+    boxPreferences = row("boxPreferences");
+    boxExportStatistics = row("boxExportStatistics");
+    boxCheckForUpdates = row("boxCheckForUpdates");
+    boxEnableOfficeMode = row("boxEnableOfficeMode");
+    boxQuit = row("boxQuit");
+    boxCheckMark = new QLabel(QStringLiteral("✓"), this);
+    boxCheckMark->setObjectName(QStringLiteral("boxCheckMark"));
+    boxCheckMark->setAccessibleName(QStringLiteral("Office mode is on"));
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 6, 0, 6);
+    layout->setSpacing(0);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(boxReactivate);
+    layout->addWidget(boxPreferences);
+    layout->addWidget(boxExportStatistics);
+    layout->addWidget(boxCheckForUpdates);
+    auto* office = new QHBoxLayout;
+    office->setSpacing(0);
+    office->addWidget(boxEnableOfficeMode, 1);
+    office->addWidget(boxCheckMark);
+    layout->addLayout(office);
+    layout->addWidget(boxQuit);
+
+    rowClicked(boxReactivate, [this] { onReactivate ? onReactivate() : void(); });
+    rowClicked(boxPreferences, [this] { onPreferences ? onPreferences() : void(); });
+    rowClicked(boxExportStatistics, [this] { onExportStatistics ? onExportStatistics() : void(); });
+    rowClicked(boxCheckForUpdates, [this] { checkForUpdates(); });
+    rowClicked(boxEnableOfficeMode, [this] { btnEnableOfficeModeClicked(); });
+    rowClicked(boxQuit, [this] { onQuit ? onQuit() : void(); });
+
+    ask = [this](const QString& text, const QString& yes, const QString& no) {
+        return askModally(this, text, yes, no);
+    };
+    inform = [this](const QString& title, const QString& text) {
+        informModally(nullptr, title, text, d.ctx.texts.buttonOkText);
+    };
+    viewDidLoad();
+}
+
+// The panel goes away before the row acts, as a menu does.
+void menuViewController::rowClicked(QPushButton* row, const std::function<void()>& action)
+{
+    connect(row, &QPushButton::clicked, this, [this, action] {
+        hide();
+        action();
+    });
+}
+
+// A click outside closes a pop-up; the panel only goes out of sight, and a
+// request to close every window is refused.
+void menuViewController::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    hide();
+}
+
+QString menuViewController::menuText(const char* key, const QString& fallback) const
+{
+    return d.ctx.texts.text("menuInfo", key, fallback);
+}
+
+void menuViewController::viewDidLoad()
+{
+    boxReactivate->setText(menuText("menuItemReactivateTitle", QStringLiteral("Reactivate")));
+    boxPreferences->setText(menuText("menuItemPreferencesTitle", QStringLiteral("Preferences")));
+    boxExportStatistics->setText(
+        menuText("menuItemExportStatisticsTitle", QStringLiteral("Export Statistics")));
+    boxCheckForUpdates->setText(
+        menuText("menuItemCheckForUpdatesTitle", QStringLiteral("Check for updates")));
+    boxEnableOfficeMode->setText(
+        menuText("menuItemEnableOfficeModeTitle", QStringLiteral("Enable office mode")));
+    boxQuit->setText(menuText("menuItemQuitTitle", QStringLiteral("Quit")));
+}
+
+void menuViewController::reloadData()
+{
+    // The catalogue may have arrived since the last opening.
+    viewDidLoad();
+    boxReactivate->setVisible(!d.ctx.state.isAppEnable);
+    boxCheckMark->setVisible(d.ctx.state.isOfficeModeEnabled);
+}
+
+QPoint menuViewController::placeFor(const QSize& panel, const QRect& trayIcon, const QPoint& cursor,
+                                    const QRect& screen)
+{
+    QPoint at;
+    if (trayIcon.isValid() && !trayIcon.isEmpty()) {
+        at.setX(trayIcon.center().x() - panel.width() / 2);
+        // A panel at the bottom of the screen opens the menu upwards.
+        if (trayIcon.center().y() > screen.center().y())
+            at.setY(trayIcon.top() - panel.height());
+        else
+            at.setY(trayIcon.bottom() + 1);
+    } else {
+        at = cursor;
+        if (at.y() + panel.height() > screen.bottom())
+            at.setY(cursor.y() - panel.height());
+    }
+    at.setX(qBound(screen.left(), at.x(), qMax(screen.left(), screen.right() + 1 - panel.width())));
+    at.setY(qBound(screen.top(), at.y(), qMax(screen.top(), screen.bottom() + 1 - panel.height())));
+    return at;
+}
+
+void menuViewController::popUp(const QRect& trayIcon, const QPoint& cursor)
+{
+    reloadData();
+    adjustSize();
+    const QPoint anchor = trayIcon.isValid() && !trayIcon.isEmpty() ? trayIcon.center() : cursor;
+    QScreen* screen = QGuiApplication::screenAt(anchor);
+    if (!screen)
+        screen = QGuiApplication::primaryScreen();
+    const QRect area = screen ? screen->availableGeometry() : QRect(QPoint(), size());
+    move(placeFor(size(), trayIcon, cursor, area));
+    show();
+    raise();
+    activateWindow();
+}
+
+// --- office mode ------------------------------------------------------------------
+
+void menuViewController::btnEnableOfficeModeClicked()
+{
+    RunState& state = d.ctx.state;
+    if (state.isOfficeModeEnabled) {
+        state.isOfficeModeEnabled = false;
+        boxCheckMark->hide();
+        d.ctx.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, false);
+        return;
+    }
+    const bool anyOfficeFriendly =
+        std::any_of(state.arrAllbreakActivities.cbegin(), state.arrAllbreakActivities.cend(),
+                    [](const breakActivity& a) { return a.isOfficeFriendly; });
+    if (anyOfficeFriendly) {
+        enableOfficeMode();
+        return;
+    }
+    const bool add =
+        ask(menuText("noOfficeFriendlyActivityAlertText",
+                     QStringLiteral("You don't have any office friendly break activities. Do you "
+                                    "want me to add one for you to stand up and stretch for 20 "
+                                    "seconds?")),
+            menuText("noOfficeFriendlyActivityButtonFirstText", QStringLiteral("Yeah sounds good")),
+            menuText("noOfficeFriendlyActivityButtonSecondText",
+                     QStringLiteral("No I'm a machine! I don't need breaks")));
+    if (!add)
+        return;
+    addOfficeFriendlyActivityInSettings();
+    enableOfficeMode();
+}
+
+void menuViewController::enableOfficeMode()
+{
+    inform(
+        menuText("officeModeEnabledSuccessfullyText",
+                 QStringLiteral("Ok! I'll just prompt you to do activities that won't weird other people out "
+                                "(doing handstand pushups in the office might raise a few eyebrows).")),
+        QString());
+    d.ctx.state.isOfficeModeEnabled = true;
+    boxCheckMark->show();
+    d.ctx.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, true);
+}
+
+void menuViewController::addOfficeFriendlyActivityInSettings()
+{
+    QJsonParseError error{};
+    const QJsonDocument parsed =
+        QJsonDocument::fromJson(settingsDocumentText(d.ctx.preferences, d.packagedSettingsPath), &error);
+    if (error.error != QJsonParseError::NoError)
+        qDebug() << "settings document:" << error.errorString();
+    // A document that is no dictionary counts as an empty one.
+    QJsonObject document = parsed.object();
+
+    const QJsonObject stretch{{QStringLiteral("name"), kStandUpAndStretch},
+                              {QStringLiteral("durationSeconds"), 20},
+                              {QStringLiteral("isOfficeFriendly"), true}};
+    if (document.value(QStringLiteral("breakActivities")).isArray()) {
+        QJsonArray activities = document.value(QStringLiteral("breakActivities")).toArray();
+        activities.append(stretch);
+        document.insert(QStringLiteral("breakActivities"), activities);
+    }
+    // The running program takes the new activity at once.
+    d.ctx.state.arrAllbreakActivities.append(decodeBreakActivity(stretch));
+
+    const QByteArray text = QJsonDocument(document).toJson(QJsonDocument::Indented);
+    d.ctx.preferences.setValue(keys::kUserdefaultsSelectedJson, QString::fromUtf8(text));
+}
+
+// --- updates ----------------------------------------------------------------------
+
+void menuViewController::checkForUpdates()
+{
+    const QString title = menuText("menuItemCheckForUpdatesTitle", QStringLiteral("Check for updates"));
+    if (d.configServer.isEmpty()) {
+        inform(title, QStringLiteral("%1 %2 is installed. Updates come from your package manager.")
+                          .arg(d.ctx.texts.appName, QCoreApplication::applicationVersion()));
+        return;
+    }
+    QUrl url = d.configServer;
+    QString base = url.path();
+    while (base.endsWith(u'/'))
+        base.chop(1);
+    url.setPath(base +
+                d.ctx.texts.text("deployment", "updateVersionPath", QStringLiteral("/config/version.json")));
+    d.ctx.log.addLog(QStringLiteral("Checking for updates"));
+    d.http.get(url, kVersionTimeoutMs, this,
+               [this](const HttpReply& reply) { versionArrived(reply.status, reply.body, reply.error); });
+}
+
+void menuViewController::versionArrived(int status, const QByteArray& body, const QString& error)
+{
+    const QString title = menuText("menuItemCheckForUpdatesTitle", QStringLiteral("Check for updates"));
+    const QJsonObject document = QJsonDocument::fromJson(body).object();
+    const QString latest = document.value(QStringLiteral("version")).toString();
+    if (status != 200 || latest.isEmpty()) {
+        const QString why = !error.isEmpty() ? error
+                            : status != 200  ? QStringLiteral("the server answered %1").arg(status)
+                                             : QStringLiteral("the answer holds no version");
+        inform(title, QStringLiteral("The check for updates did not succeed: %1.").arg(why));
+        return;
+    }
+    const QString installed = QCoreApplication::applicationVersion();
+    if (QVersionNumber::fromString(latest) > QVersionNumber::fromString(installed)) {
+        QString text =
+            QStringLiteral("%1 %2 is available; you have %3.").arg(d.ctx.texts.appName, latest, installed);
+        const QString where = document.value(QStringLiteral("url")).toString();
+        if (!where.isEmpty())
+            text += u'\n' + where;
+        inform(title, text);
+        return;
+    }
+    inform(title, QStringLiteral("%1 %2 is the newest version.").arg(d.ctx.texts.appName, installed));
+}
+
+} // namespace velmora

@@ -1,0 +1,124 @@
+#include "preferencesWindowController.h"
+
+#include "DebugLog.h"
+#include "enterPasswordVc.h"
+#include "generalVc.h"
+#include "PasswordStore.h"
+#include "passwordVc.h"
+#include "TextCatalogue.h"
+#include "uninstallVc.h"
+
+#include <QCloseEvent>
+#include <QDebug>
+#include <QSignalBlocker>
+#include <QTabWidget>
+#include <QVBoxLayout>
+
+namespace velmora {
+
+preferencesWindowController::preferencesWindowController(PreferencesContext ctx, QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::WindowStaysOnTopHint)
+    , c(ctx)
+{
+    setObjectName(QStringLiteral("preferencesWindow"));
+    setWindowTitle(QStringLiteral("Velmora preferences"));
+    resize(720, 480);
+
+    preferencesTabViewController = new QTabWidget(this);
+    generalVcObj = new generalVc(c, preferencesTabViewController);
+    passwordVcObj = new passwordVc(c, preferencesTabViewController);
+    uninstallVcObj = new uninstallVc(c, preferencesTabViewController);
+    preferencesTabViewController->addTab(generalVcObj, QStringLiteral("General"));
+    preferencesTabViewController->addTab(passwordVcObj, QStringLiteral("Password"));
+    preferencesTabViewController->addTab(uninstallVcObj, QStringLiteral("Uninstall"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(preferencesTabViewController);
+
+    connect(preferencesTabViewController, &QTabWidget::currentChanged, this,
+            [this](int index) { tabView_didSelect(index); });
+}
+
+void preferencesWindowController::menuItem_Preferences()
+{
+    if (isVisible())
+        return;
+    show();
+    c.log.addLog(QStringLiteral("Showing preferences"));
+    if (password::isSet(c.preferences)) {
+        preferencesTabViewController->setCurrentIndex(General);
+        if (!enterPasswordVcObj) {
+            enterPasswordVcObj =
+                new enterPasswordVc({c.preferences, c.clock, c.scheduler, c.log, c.texts}, this);
+            enterPasswordVcObj->setAutoFillBackground(true);
+            enterPasswordVcObj->onCorrect = [this] { removePasswordView(); };
+            enterPasswordVcObj->onCancel = [this] {
+                hide();
+                removePasswordView();
+            };
+        }
+        enterPasswordVcObj->setGeometry(rect());
+        enterPasswordVcObj->viewWillAppear(false);
+        enterPasswordVcObj->show();
+        enterPasswordVcObj->raise();
+        // Nothing behind the prompt takes the keyboard or the mouse.
+        preferencesTabViewController->setEnabled(false);
+        enterPasswordVcObj->setFocus();
+        c.log.addLog(QStringLiteral("Showing enter password view"));
+    }
+    bringToFront();
+}
+
+void preferencesWindowController::removePasswordView()
+{
+    if (enterPasswordVcObj)
+        enterPasswordVcObj->hide();
+    preferencesTabViewController->setEnabled(true);
+}
+
+bool preferencesWindowController::isPasswordViewShown() const
+{
+    return enterPasswordVcObj && !enterPasswordVcObj->isHidden();
+}
+
+bool preferencesWindowController::tabView_shouldSelect(int) const
+{
+    return !(password::isSet(c.preferences) && isPasswordViewShown());
+}
+
+void preferencesWindowController::tabView_didSelect(int index)
+{
+    if (!tabView_shouldSelect(index)) {
+        const QSignalBlocker blocker(preferencesTabViewController);
+        preferencesTabViewController->setCurrentIndex(m_lastTab);
+        return;
+    }
+    qDebug() << "tab view selection change";
+    m_lastTab = index;
+}
+
+void preferencesWindowController::bringToFront()
+{
+    if (!isVisible())
+        return;
+    raise();
+    activateWindow();
+}
+
+void preferencesWindowController::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    if (enterPasswordVcObj)
+        enterPasswordVcObj->setGeometry(rect());
+}
+
+// The title bar hides the window, which lives as long as the program; a request
+// to close every window, as a quit makes, is refused.
+void preferencesWindowController::closeEvent(QCloseEvent* event)
+{
+    event->ignore();
+    if (event->spontaneous())
+        hide();
+}
+
+} // namespace velmora

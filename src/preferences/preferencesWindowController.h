@@ -1,0 +1,54 @@
+#pragma once
+
+#include "PreferencesContext.h"
+
+#include <QWidget>
+
+class QTabWidget;
+
+namespace velmora {
+
+class enterPasswordVc;
+class generalVc;
+class passwordVc;
+class uninstallVc;
+
+// The preferences window: a tab view, above the lock windows, and behind the
+// password when one is set.
+class preferencesWindowController : public QWidget
+{
+    Q_OBJECT
+public:
+    enum Tab
+    {
+        General = 0
+    };
+
+    explicit preferencesWindowController(PreferencesContext ctx, QWidget* parent = nullptr);
+
+    // Opens the window; one that is already open is left exactly as it is.
+    void menuItem_Preferences();
+    bool tabView_shouldSelect(int index) const;
+    bool isPasswordViewShown() const;
+    // Keeps the window above a lock that came up after it.
+    void bringToFront();
+
+    QTabWidget* preferencesTabViewController = nullptr;
+    generalVc* generalVcObj = nullptr;
+    passwordVc* passwordVcObj = nullptr;
+    uninstallVc* uninstallVcObj = nullptr;
+    enterPasswordVc* enterPasswordVcObj = nullptr;
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void tabView_didSelect(int index);
+    void removePasswordView();
+
+    PreferencesContext c;
+    int m_lastTab = General;
+};
+
+} // namespace velmora

@@ -7,6 +7,7 @@
 #include "StatusItem.h"
 #include "SyncTimestamps.h"
 #include "ViewController.h"
+#include "focusSummaryVc.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -118,8 +119,7 @@ void DayTest::eveningStagesEachShowOncePerNight()
     QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
 
     // The summary's continue button hands back to the gate.
-    app.state().currentState = CURRENTSTATE::_NOTHING_;
-    app.schedule().shutOffMac();
+    QTest::mouseClick(app.focusSummary().btnContinue, Qt::LeftButton);
     QCOMPARE(app.state().currentState, CURRENTSTATE::_EVENING_HABIT_);
     QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsEveningHabitsShowedTillDate), at(24, QTime(7, 0)));
 

@@ -56,6 +56,7 @@ class PanelTest : public QObject
 private Q_SLOTS:
     void rowsFollowTheState_data();
     void rowsFollowTheState();
+    void reactivateRowRestartsActivated();
     void officeMode_data();
     void officeMode();
     void officeModeSecondClickDisables();
@@ -493,6 +494,23 @@ void PanelTest::exportStatistics()
     const QStringList afterExport = snapshot();
     app.menuItem_ExportStatistics();
     QCOMPARE(snapshot(), afterExport);
+}
+
+void PanelTest::reactivateRowRestartsActivated()
+{
+    AppFixture f;
+    f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), false);
+    f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"), at(23, QTime(15, 0)));
+    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+    QVERIFY(app.isReactivationWatchRunning());
+    app.togglePopover();
+    QTest::mouseClick(app.menuViewControllerObj().boxReactivate, Qt::LeftButton);
+    QCOMPARE(f.fakes.launcher.restarts, 1);
+    QCOMPARE(f.exitStatuses, QList<int>{0});
+    QVERIFY(!app.isReactivationWatchRunning());
+    QCOMPARE(*f.fakes.preferences.boolean(QStringLiteral("kUserdefaultsIsAppEnabled")), true);
+    QVERIFY(!f.fakes.preferences.contains(QStringLiteral("kUserdefaults4HourReActivateTime")));
+    QCOMPARE(f.logCount(QStringLiteral("App Reactivated by user from top menu")), 1);
 }
 
 QTEST_MAIN(PanelTest)

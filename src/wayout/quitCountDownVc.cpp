@@ -1,6 +1,7 @@
 #include "quitCountDownVc.h"
 
 #include "DebugLog.h"
+#include "DurationTexts.h"
 #include "enterPasswordVc.h"
 #include "PasswordStore.h"
 #include "RoutineStyle.h"
@@ -12,16 +13,9 @@
 
 namespace velmora {
 
-QString countDownText(int seconds)
-{
-    seconds = qMax(0, seconds);
-    return QStringLiteral("%1:%2")
-        .arg(seconds / 60, 2, 10, QLatin1Char('0'))
-        .arg(seconds % 60, 2, 10, QLatin1Char('0'));
-}
-
 quitCountDownVc::quitCountDownVc(QuitFlowContext ctx, QWidget* parent)
     : QWidget(parent)
+    , countDown(ctx.scheduler, this)
     , c(ctx)
 {
     setObjectName(QStringLiteral("quitCountDownVc"));
@@ -75,10 +69,8 @@ void quitCountDownVc::resetData()
     btnCancelAbort->setText(t.text({"quitInfo", "quittingCountDownInfo"}, "buttonQuitCancelText",
                                    QStringLiteral("I didn’t mean it. Let me do my habits!")));
 
-    stopTimer();
-    currentTimer = 0;
-    totalDuration = kSeconds;
-    showRemaining();
+    countDown.stop();
+    lblSeconds->setText(clockText(kSeconds));
 
     if (!password::isSet(c.preferences)) {
         if (enterPasswordVcObj)
@@ -116,44 +108,22 @@ bool quitCountDownVc::isPasswordViewShown() const
 
 bool quitCountDownVc::isCounting() const
 {
-    return timer && c.scheduler.isActive(*timer);
+    return countDown.isRunning();
 }
 
 void quitCountDownVc::startTimer()
 {
-    stopTimer();
-    showRemaining();
-    timer = c.scheduler.repeating(1000, this, [this] { performTimerCount(); });
-}
-
-void quitCountDownVc::stopTimer()
-{
-    if (timer)
-        c.scheduler.cancel(*timer);
-    timer.reset();
-}
-
-void quitCountDownVc::showRemaining()
-{
-    lblSeconds->setText(countDownText(totalDuration - currentTimer));
-}
-
-void quitCountDownVc::performTimerCount()
-{
-    ++currentTimer;
-    showRemaining();
-    if (currentTimer < totalDuration)
-        return;
-    stopTimer();
-    c.scheduler.post(this, [this] {
-        if (onFinished)
-            onFinished();
-    });
+    countDown.start(
+        kSeconds, [this](const QString& text) { lblSeconds->setText(text); },
+        [this] {
+            if (onFinished)
+                onFinished();
+        });
 }
 
 void quitCountDownVc::btnCancelAbortClicked()
 {
-    stopTimer();
+    countDown.stop();
     if (onClose)
         onClose();
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CountDown.h"
 #include "quittingWindow.h"
 #include "Scheduler.h"
 
@@ -42,23 +43,14 @@ public:
     QLabel* lblEmailId = nullptr;
     QLabel* lblSeconds = nullptr;
     QPushButton* btnCancelAbort = nullptr;
-    int currentTimer = 0;
-    int totalDuration = kSeconds;
+    CountDown countDown;
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void performTimerCount();
-    void stopTimer();
-    void showRemaining();
-
     QuitFlowContext c;
-    std::optional<TimerId> timer;
     enterPasswordVc* enterPasswordVcObj = nullptr;
 };
-
-// "mm:ss" of a whole number of seconds.
-QString countDownText(int seconds);
 
 } // namespace velmora

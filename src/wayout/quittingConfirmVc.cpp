@@ -1,5 +1,7 @@
 #include "quittingConfirmVc.h"
 
+#include "DurationTexts.h"
+
 #include "DebugLog.h"
 #include "FeedbackUpload.h"
 #include "quitCountDownVc.h"
@@ -24,6 +26,7 @@ const QString kSomethingElse = QStringLiteral("Something else");
 
 quittingConfirmVc::quittingConfirmVc(QuitFlowContext ctx, QWidget* parent)
     : QWidget(parent)
+    , countDown(ctx.scheduler, this)
     , c(ctx)
 {
     setObjectName(QStringLiteral("quittingConfirmVc"));
@@ -101,7 +104,7 @@ void quittingConfirmVc::resetData()
     popUpBtnReasons->setEnabled(true);
     popUpBtnReasons->setCurrentIndex(SelectReason);
     btnQuit->setEnabled(false);
-    lblTimer->setText(countDownText(kSeconds));
+    lblTimer->setText(clockText(kSeconds));
     for (QWidget* w : std::initializer_list<QWidget*>{textView, btnQuit, lblTimer, lblDescription,
                                                       lblTitleEmail, textFieldEmail})
         w->hide();
@@ -114,7 +117,7 @@ void quittingConfirmVc::popUpBtnReasonsClicked(int index)
     case Emergency:
         for (QWidget* w : std::initializer_list<QWidget*>{btnQuit, textView, lblTitleEmail, textFieldEmail})
             w->hide();
-        lblTimer->setText(countDownText(kSeconds));
+        lblTimer->setText(clockText(kSeconds));
         lblTimer->show();
         lblDescription->setText(dropDown_1_Description);
         lblDescription->show();
@@ -155,7 +158,7 @@ void quittingConfirmVc::btnQuitClicked()
 {
     for (QWidget* w : std::initializer_list<QWidget*>{btnQuit, textView, lblTitleEmail, textFieldEmail})
         w->hide();
-    lblTimer->setText(countDownText(kSeconds));
+    lblTimer->setText(clockText(kSeconds));
     lblTimer->show();
     lblDescription->setText(popUpBtnReasons->currentIndex() == AppIsBroken ? dropDown_2_FinalDescription
                                                                            : dropDown_3_FinalDescription);
@@ -166,27 +169,13 @@ void quittingConfirmVc::btnQuitClicked()
 
 bool quittingConfirmVc::isCounting() const
 {
-    return timer && c.scheduler.isActive(*timer);
+    return countDown.isRunning();
 }
 
 void quittingConfirmVc::startTimer()
 {
-    if (timer)
-        c.scheduler.cancel(*timer);
-    currentTimer = 0;
-    totalDuration = kSeconds;
-    timer = c.scheduler.repeating(1000, this, [this] { performTimerCount(); });
-}
-
-void quittingConfirmVc::performTimerCount()
-{
-    ++currentTimer;
-    lblTimer->setText(countDownText(totalDuration - currentTimer));
-    if (currentTimer < totalDuration)
-        return;
-    c.scheduler.cancel(*timer);
-    timer.reset();
-    c.scheduler.post(this, [this] { timeIsUp(); });
+    countDown.start(
+        kSeconds, [this](const QString& text) { lblTimer->setText(text); }, [this] { timeIsUp(); });
 }
 
 void quittingConfirmVc::timeIsUp()

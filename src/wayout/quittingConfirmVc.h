@@ -1,5 +1,6 @@
 #pragma once
 
+#include "CountDown.h"
 #include "quittingWindow.h"
 #include "Scheduler.h"
 
@@ -50,19 +51,16 @@ public:
     QLineEdit* textFieldEmail = nullptr;
     QPlainTextEdit* textView = nullptr;
     QPushButton* btnQuit = nullptr;
-    int currentTimer = 0;
-    int totalDuration = kSeconds;
+    CountDown countDown;
 
 private:
     QString text(const char* dropDown, const char* key, const QString& fallback) const;
     void showTextEntry(const QString& description);
     void startTimer();
-    void performTimerCount();
     void timeIsUp();
     void quitOnce();
 
     QuitFlowContext c;
-    std::optional<TimerId> timer;
     bool m_quitCalled = false;
     QString dropDown_1_Description;
     QString dropDown_2_Description;

@@ -55,6 +55,12 @@ struct AppFixture
         AppPaths paths;
         paths.dataFolder = dataFolder();
         paths.packagedSettings = settingsPath();
+        if (!catalogue.isEmpty()) {
+            QFile file(dir.filePath(QStringLiteral("config.json")));
+            file.open(QIODevice::WriteOnly);
+            file.write(catalogue);
+            paths.packagedCatalogue = file.fileName();
+        }
         app = std::make_unique<AppDelegate>(fakes.ports(), paths);
         app->terminate = [this](int status) { exitStatuses << status; };
         app->applicationWillFinishLaunching();
@@ -74,6 +80,8 @@ struct AppFixture
     }
 
     QList<int> exitStatuses;
+    // A text catalogue of the test's own instead of the packaged one.
+    QByteArray catalogue;
 };
 
 inline QDateTime at(int day, const QTime& time)

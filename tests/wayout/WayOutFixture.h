@@ -1,12 +1,7 @@
 #pragma once
 
 #include "AppFixture.h"
-#include "FeedbackUpload.h"
 #include "LockWindows.h"
-#include "RoutineContext.h"
-#include "RoutineHost.h"
-#include "SyncTimestamps.h"
-#include "TextCatalogue.h"
 #include "UsageLog.h"
 #include "ViewController.h"
 #include "WayOut.h"
@@ -20,49 +15,19 @@ namespace velmora::test {
 // application does it. Uploads go to a webhook of the test's own.
 struct WayOutFixture : AppFixture
 {
-    // Forwards to the real lock window; the rest of the routine never asks.
-    struct Host : RoutineHost
-    {
-        AppDelegate* app = nullptr;
-        void setMainWindowVisible(bool visible) override { app->mainWindow().setIsVisible(visible); }
-        bool isMainWindowVisible() const override { return app->mainWindow().isVisible(); }
-        void showExtraWindows() override {}
-        void hideBlankWindowInSecondaryMonitor() override {}
-        void bringToFront() override {}
-        void setBackgroundThreadTimer() override {}
-        void setCallLook() override {}
-        bool isShutOffTimeGoing() const override { return false; }
-        bool isPreventUserIdleDisplaySleepOn() override { return false; }
-    };
-
-    Host host;
-    SyncTimestamps sync{fakes.preferences, fakes.clock};
-    TextCatalogue uploadTexts;
-    std::unique_ptr<FeedbackUpload> upload;
-    std::unique_ptr<WayOut> wayOut;
-    int restarts = 0;
+    WayOut* wayOut = nullptr;
 
     explicit WayOutFixture(const QByteArray& document = dayDocument())
         : AppFixture(document)
     {
-        uploadTexts.webhookUrl = QStringLiteral("https://hooks.example/velmora");
+        // Uploads go to a webhook of the test's own.
+        catalogue = R"({"common": {"webhookUrl": "https://hooks.example/velmora"}})";
     }
-    ~WayOutFixture() { wayOut.reset(); }
 
     AppDelegate& start(const QDateTime& when)
     {
-        wayOut.reset();
         AppDelegate& a = launch(when);
-        host.app = &a;
-        upload = std::make_unique<FeedbackUpload>(fakes.http, fakes.preferences, uploadTexts, fakes.clock,
-                                                  settingsPath(), a.debugLog(), fakes.scheduler);
-        RoutineContext ctx{a.state(),    fakes.preferences, fakes.clock,    fakes.scheduler,    a.debugLog(),
-                           a.usageLog(), a.texts(),         fakes.notifier, fakes.displayAwake, fakes.media,
-                           sync,         a.schedule(),      host,           a.random()};
-        wayOut = std::make_unique<WayOut>(ctx, a.viewController(), *upload, settingsPath(), [this] {
-            ++restarts;
-            app->quitAndRestartApp();
-        });
+        wayOut = &a.wayOut();
         return a;
     }
 

@@ -3,6 +3,7 @@
 
 #include "AbortScreens.h"
 #include "enterPasswordVc.h"
+#include "FeedbackUpload.h"
 #include "firstViewController.h"
 #include "PasswordStore.h"
 #include "PreferenceKeys.h"
@@ -254,9 +255,8 @@ void WayOutFlowsTest::reasonOutcomes()
         QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
 
     f.fakes.scheduler.advance(restartAfterMs - 1);
-    QCOMPARE(f.restarts, 0);
+    QCOMPARE(f.fakes.launcher.restarts, 0);
     f.fakes.scheduler.advance(1);
-    QCOMPARE(f.restarts, 1);
     QCOMPARE(f.fakes.launcher.restarts, 1);
     QCOMPARE(f.usageRows().filter(QStringLiteral("abort")), QStringList{row});
     QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), std::optional<bool>(false));
@@ -290,7 +290,7 @@ void WayOutFlowsTest::tooHardStartsSmall()
     QCOMPARE(last.btnMain->text(), QStringLiteral("Start shortened routine"));
     QTest::keyClicks(last.textViewFeedback, QStringLiteral("ten is plenty"));
     click(last.btnMain);
-    QCOMPARE(f.restarts, 1);
+    QCOMPARE(f.fakes.launcher.restarts, 1);
     QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
              QStringList{QStringLiteral(
                  "morning routine abort,morning routine,,,,,,,Start shortened routine,ten is plenty")});
@@ -332,7 +332,7 @@ void WayOutFlowsTest::brokenAppWaitsForTheWebhookAtMostItsTimeOut()
     f.fakes.scheduler.advance(doneScreenAfterMs);
     QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
     f.fakes.scheduler.advance(5'000);
-    QCOMPARE(f.restarts, 1);
+    QCOMPARE(f.fakes.launcher.restarts, 1);
     QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
 }
 

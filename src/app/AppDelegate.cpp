@@ -33,6 +33,7 @@
 #include <QSessionManager>
 #include <QTextStream>
 #include <QUrl>
+#include <QWindow>
 
 namespace velmora {
 
@@ -94,6 +95,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
                        *this, m_random},
         *mainViewControllerObj, *m_feedback, m_paths.packagedSettings, [this] { quitAndRestartApp(); });
     installFocusSummary();
+    shareTheKeyboardWithOurWindows();
     chooseExportFolder = [](const QString& prompt) {
         return QFileDialog::getExistingDirectory(nullptr, prompt, QDir::homePath(),
                                                  QFileDialog::ShowDirsOnly);
@@ -531,6 +533,13 @@ bool AppDelegate::isReleaseChord(const QKeyEvent* event) const
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
+    const bool ourWindow = watched == m_quittingWindow.get() || watched == m_preferencesWindow.get();
+    if (ourWindow && event->type() == QEvent::Show && isMainWindowVisible()) {
+        m_mainWindow->giveUpKeyboard();
+        keepOurWindowsAboveTheLock();
+    }
+    if (ourWindow && event->type() == QEvent::Hide && isMainWindowVisible())
+        m_ports.scheduler->post(this, [this] { m_mainWindow->takeKeyboard(); });
     if (event->type() == QEvent::Quit && watched == qApp) {
         if (applicationShouldTerminate())
             return QObject::eventFilter(watched, event);
@@ -718,10 +727,30 @@ void AppDelegate::applicationWillTerminate()
     QTextStream(stdout) << "applicationWillTerminate" << Qt::endl;
 }
 
-// A lock that comes up later would cover the preferences and the quit flow.
+// The quit flow and the preferences lie above a lock and need typing, which the
+// lock's keyboard grab would swallow: the lock lets go while they are up.
+void AppDelegate::shareTheKeyboardWithOurWindows()
+{
+    m_mainWindow->mayTakeKeyboard = [this] {
+        return !m_quittingWindow->isVisible() && !m_preferencesWindow->isVisible();
+    };
+    // Their showing and hiding reach eventFilter(), which watches the whole application.
+}
+
+// A lock that comes up later would cover the preferences and the quit flow. A
+// full-screen window sits in a layer above "always on top" ones, so they become
+// its transients, which window managers keep above their parent.
 void AppDelegate::keepOurWindowsAboveTheLock()
 {
     m_ports.scheduler->post(this, [this] {
+        for (QWidget* window : {static_cast<QWidget*>(m_preferencesWindow.get()),
+                                static_cast<QWidget*>(m_quittingWindow.get())}) {
+            if (!window->isVisible())
+                continue;
+            if (QWindow* handle = window->windowHandle())
+                handle->setTransientParent(m_mainWindow->isVisible() ? m_mainWindow->windowHandle()
+                                                                     : nullptr);
+        }
         m_preferencesWindow->bringToFront();
         m_quittingWindow->bringToFront();
     });

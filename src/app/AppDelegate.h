@@ -140,6 +140,7 @@ private:
     void installResetHotKey();
     void tellOnceWhenThereIsNoTray();
     void installFocusSummary();
+    void shareTheKeyboardWithOurWindows();
     void configurationArrived(std::optional<QJsonObject> catalogue);
     bool reactivateIfDue();
     bool isReleaseChord(const QKeyEvent* event) const;

@@ -80,8 +80,7 @@ void CustomWindow::setframe()
 void CustomWindow::setIsVisible(bool visible)
 {
     if (!visible) {
-        if (QWindow* handle = windowHandle())
-            handle->setKeyboardGrabEnabled(false);
+        giveUpKeyboard();
         hide();
         return;
     }
@@ -95,9 +94,20 @@ void CustomWindow::setIsVisible(bool visible)
 // X refuses a keyboard grab for a window that is not mapped yet, and a freshly
 // shown window is mapped only once the server has answered; so try again for a
 // couple of seconds until the grab holds.
+void CustomWindow::takeKeyboard()
+{
+    grabKeyboardWhenMapped(40);
+}
+
+void CustomWindow::giveUpKeyboard()
+{
+    if (QWindow* handle = windowHandle())
+        handle->setKeyboardGrabEnabled(false);
+}
+
 void CustomWindow::grabKeyboardWhenMapped(int attemptsLeft)
 {
-    if (!isVisible())
+    if (!isVisible() || !mayTakeKeyboard())
         return;
     QWindow* handle = windowHandle();
     if (handle && handle->isExposed() && handle->setKeyboardGrabEnabled(true)) {

@@ -23,6 +23,11 @@ public:
     void setframe();
     // Shows or hides without ever closing: the window lives as long as the program.
     void setIsVisible(bool visible);
+    // The lock holds the keyboard, except while one of the program's own windows
+    // above it (the quit flow, the preferences) needs typing.
+    std::function<bool()> mayTakeKeyboard = [] { return true; };
+    void takeKeyboard();
+    void giveUpKeyboard();
 
 Q_SIGNALS:
     void keyPressed(QKeyEvent* event);

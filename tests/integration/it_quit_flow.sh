@@ -71,8 +71,14 @@ poll 10 "the local server is listening" test -s "$work/port"
 port="$(cat "$work/port")"
 
 # No routine today: nothing but the tray.
-prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [], "eveningHabits": [], "breakActivities": []}'
+# The morning lock falls at 07:00, while the quit flow is open: the flow must stay
+# above it and keep the keyboard. The night before is bought off until then.
+day="$(date -d tomorrow +%F)"
+prefs set-string kUserdefaultsSelectedJson \
+    '{"morningHabits": [{"name": "Water", "durationSeconds": 120}], "startTime": "07:00", "shutOffTime": "22:00"}'
 prefs set-bool kUserdefaultsFirstRun true
+prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"
+prefs set-date kUserdefaultsShutdownAborted "$day 07:00:00"
 
 # The user is at work in an ordinary window.
 start_helper xmessage -name ordinary -geometry 500x200+300+200 "An ordinary application window"
@@ -80,9 +86,8 @@ poll 10 "the ordinary window is mapped" xdotool search --onlyvisible --classname
 ordinary="$(printf '0x%x' "$(xdotool search --onlyvisible --classname '^ordinary$' | head -n1)")"
 
 start_accessibility
-note "starting $VELMORA_BIN with --config-server http://127.0.0.1:$port"
-env VELMORA_CONFIG_SERVER="http://127.0.0.1:$port" "$VELMORA_BIN" >"$VELMORA_OUT" 2>&1 &
-VELMORA_PID=$!
+export VELMORA_CONFIG_SERVER="http://127.0.0.1:$port"
+start_velmora "$day 06:59:50"
 
 poll 30 "the status icon is embedded in the tray" xutil tray-icons velmora
 icon="$(xutil tray-icons velmora | head -n1 | cut -d' ' -f1)"
@@ -105,11 +110,10 @@ xdotool mousemove "$((x + w / 2))" "$((y + h - 16))" click 1
 poll 10 "the quit window is mapped" mapped_titled "Velmora quit"
 quitwin="$(windows_titled "Velmora quit" | head -n1)"
 seen="a11y names label" poll 5 "the count-down starts" a11y has label "Quitting.."
-if mapped_titled "Velmora lock"; then
-    lock="$(windows_titled "Velmora lock" | head -n1)"
-    seen="root_windows _NET_CLIENT_LIST_STACKING" poll 5 "the quit window is above the lock" \
-        stacked_above "$lock" "$quitwin"
-fi
+poll 30 "the morning lock comes up at 07:00" mapped_titled "Velmora lock"
+lock="$(windows_titled "Velmora lock" | head -n1)"
+seen="root_windows _NET_CLIENT_LIST_STACKING" poll 5 "the quit window is above the lock" \
+    stacked_above "$lock" "$quitwin"
 seen="root_windows _NET_CLIENT_LIST_STACKING" poll 5 "the quit window is above the ordinary window" \
     stacked_above "$ordinary" "$quitwin"
 xprop -id "$quitwin" _NET_WM_STATE | grep -q _NET_WM_STATE_ABOVE ||

@@ -3,6 +3,7 @@
 
     images/smile-small.gif                   160x160  smiling face, after the last morning habit
     images/waking-up-small.gif               240x160  the sun rising and waking, morning overview
+    images/yawn-small.gif                    160x160  a sleepy moon yawning, night lock screen
     images/glasses-otter-250-px-v3.gif       250x250  the otters of the running-item screen
     images/cheer-250px-trans-centered.gif
     images/finger-and-sign-otter-250px.gif
@@ -55,6 +56,10 @@ SWEAT = (0x8C, 0xCF, 0xF2)
 WHISTLE = (0xF5, 0xC5, 0x42)
 LANYARD = (0xD9, 0x4F, 0x4F)
 SOUND = (0x4F, 0xA3, 0xE0)
+MOON = (0xF6, 0xE8, 0xB0)
+CRATER = (0xE2, 0xCE, 0x8C)
+STAR = (0xFF, 0xF1, 0xB3)
+SNORE = (0xB9, 0xD3, 0xF2)
 CONFETTI = [(0xE5, 0x4B, 0x4B), (0x4F, 0xA3, 0xE0), (0x3F, 0xA3, 0x5B), (0xB0, 0x6B, 0xD9), (0xFF, 0xB3, 0x1A)]
 
 OUTLINE_WIDTH = 3.5
@@ -531,7 +536,7 @@ def wave(frame, count, phase=0.0):
 
 
 # ---------------------------------------------------------------------------
-# The seven animations. Each returns (width, height, figures, delays in 1/100 s).
+# The eight animations. Each returns (width, height, figures, delays in 1/100 s).
 
 def glasses_otter():
     count = 10
@@ -722,6 +727,54 @@ def waking_up_small():
     return 240, 160, figures, delays
 
 
+def yawn_small():
+    count = 10
+    figures = []
+    # How far the mouth is open in each frame: a slow yawn, then a quiet doze.
+    opening = [0.0, 0.2, 0.55, 0.9, 1.0, 0.85, 0.5, 0.2, 0.0, 0.0]
+    stars = [(20, 24, 0.0), (148, 88, 0.4), (146, 140, 0.7), (14, 140, 0.2)]
+    for f in range(count):
+        o = opening[f]
+        layers = part(circle(80, 86, 52), MOON)
+        layers += fill(circle(56, 54, 7), CRATER)
+        layers += fill(circle(111, 64, 4.5), CRATER)
+        layers += fill(circle(110, 122, 5.5), CRATER)
+        layers += fill(circle(48, 100, 8), BLUSH, 0.5)
+        layers += fill(circle(112, 100, 8), BLUSH, 0.5)
+        for side, ex in ((-1, 62.0), (1, 98.0)):
+            ey = 84.0
+            if o >= 0.5:
+                # Squeezed shut at the height of the yawn.
+                tip = ex - side * 5
+                lid = [(ex + side * 6, ey - 4), (tip, ey), (ex + side * 6, ey + 4)]
+            else:
+                lid = [(ex - 8, ey), (ex - 4, ey + 3.5), (ex + 4, ey + 3.5), (ex + 8, ey)]
+            layers += fill(path(lid, 3.2), INK)
+        if o < 0.1:
+            layers += fill(arc(80, 100, 8, 35, 145, 3), INK)
+        else:
+            mouth_shape = ellipse(80, 110, 6 + 4 * o, 3 + 12 * o)
+            layers += fill(grown(mouth_shape, 2.0), INK) + fill(mouth_shape, MOUTH)
+            if o > 0.4:
+                layers += fill(intersect(circle(80, 110 + 12 * o, 6), mouth_shape), TONGUE)
+        layers = transform(layers, lambda s: moved(rotated(s, 80, 140, -5.0 * o), 0, -3.0 * o))
+        # Two z's drift up once the yawn is over.
+        for k in range(2):
+            rise = f - 5 - 2 * k
+            if rise < 0:
+                continue
+            size = 4.5 + 1.5 * rise - 1.5 * k
+            zx, zy = 124 + 5 * rise, 60 - 9 * rise + 8 * k
+            layers += part(path([(zx - size, zy - size), (zx + size, zy - size),
+                                 (zx - size, zy + size), (zx + size, zy + size)], 3), SNORE)
+        for x, y, phase in stars:
+            size = 7.0 * (0.5 + 0.5 * wave(f, count, phase))
+            if size > 1.5:
+                layers += part(star(x, y, size), STAR)
+        figures.append(layers)
+    return 160, 160, figures, [14] * (count - 1) + [60]
+
+
 ANIMATIONS = {
     "Smile _Small": smile_small,
     "Waking up _ SMall": waking_up_small,
@@ -730,6 +783,7 @@ ANIMATIONS = {
     "Finger-and-Sign-Otter-250px": finger_and_sign_otter,
     "Weight-otter-250-px_V2": weight_otter,
     "Whistle-otter-250-px": whistle_otter,
+    "Yawn_small": yawn_small,
 }
 
 

@@ -298,6 +298,7 @@ void TestResources::animationsPlay_data()
         << QStringLiteral(":/images/finger-and-sign-otter-250px.gif");
     QTest::newRow("Weight-otter-250-px_V2") << QStringLiteral(":/images/weight-otter-250-px-v2.gif");
     QTest::newRow("Whistle-otter-250-px") << QStringLiteral(":/images/whistle-otter-250-px.gif");
+    QTest::newRow("Yawn_small") << QStringLiteral(":/images/yawn-small.gif");
 }
 
 void TestResources::animationsPlay()

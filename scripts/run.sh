@@ -14,5 +14,8 @@ if [ -z "${DISPLAY:-}" ]; then
   eval "$(dbus-launch --sh-syntax)"
   openbox >/dev/null 2>&1 &
   tint2 >/dev/null 2>&1 &
+  # The tray must be there before the program looks for it.
+  for _ in $(seq 50); do xdotool search --class tint2 >/dev/null 2>&1 && break; sleep 0.1; done
+  sleep 0.5
 fi
 exec build/bin/velmora "$@"

@@ -111,7 +111,7 @@ void FocusSummaryTest::todaysRows_data()
                 row("focus block", "", "Deep", "600"), row("break", "yesterday", "Walk", "300")})
         << "0h 0m 0s |  | ";
     QTest::newRow("a comma in free text shifts the row out")
-        << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "spec, tests"),
+        << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "plans, tests"),
                 row("focus block", "2026-03-14 10:00:00", "Deep", "900", "", "tests")})
         << "0h 15m 0s | Deep/900/tests/ | ";
     QTest::newRow("a semicolon cuts the rest of its row")

@@ -1,10 +1,12 @@
 #include "RoutineStyle.h"
 
 #include <QFile>
+#include <QFrame>
 #include <QLabel>
 #include <QMovie>
 #include <QPushButton>
 #include <QRegularExpression>
+#include <QVBoxLayout>
 
 namespace velmora::style {
 
@@ -79,6 +81,21 @@ QPushButton* primaryButton(QWidget* parent, const char* objectName)
 QPushButton* quietButton(QWidget* parent, const char* objectName)
 {
     return button(parent, objectName, "quiet");
+}
+
+QFrame* overlayCard(QWidget* overlay)
+{
+    auto* outer = new QVBoxLayout(overlay);
+    auto* card = new QFrame(overlay);
+    card->setObjectName(QStringLiteral("overlay"));
+    card->setMaximumWidth(760);
+    auto* layout = new QVBoxLayout(card);
+    layout->setContentsMargins(40, 32, 40, 32);
+    layout->setSpacing(18);
+    outer->addStretch();
+    outer->addWidget(card, 0, Qt::AlignHCenter);
+    outer->addStretch();
+    return card;
 }
 
 // Asset names as the routine knows them ("Smile _Small") map to file names by

@@ -2,6 +2,7 @@
 
 #include <QString>
 
+class QFrame;
 class QLabel;
 class QPushButton;
 class QWidget;
@@ -14,6 +15,10 @@ QLabel* title(QWidget* parent, const char* objectName);
 QLabel* body(QWidget* parent, const char* objectName);
 QPushButton* primaryButton(QWidget* parent, const char* objectName);
 QPushButton* quietButton(QWidget* parent, const char* objectName);
+
+// The centred card of an overlay (the quantity question, the password prompt):
+// answers the card, whose layout takes the overlay's content.
+QFrame* overlayCard(QWidget* overlay);
 
 // Plays a named animation in the label, or shows nothing with reduced motion.
 void showAnimation(QLabel* label, const QString& assetName, bool reducedMotion);

@@ -21,13 +21,8 @@ logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
     , c(ctx)
 {
     setObjectName(QStringLiteral("logQuantityVc"));
-    auto* outer = new QVBoxLayout(this);
-    auto* card = new QFrame(this);
-    card->setObjectName(QStringLiteral("overlay"));
-    card->setMaximumWidth(760);
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(40, 32, 40, 32);
-    layout->setSpacing(18);
+    QFrame* card = style::overlayCard(this);
+    auto* layout = static_cast<QVBoxLayout*>(card->layout());
     lblTitle = style::title(card, "lblTitle");
     lblTitle->setMinimumWidth(560);
     lblTitle->setText(c.texts.text("logQuantityInfo", "title", QStringLiteral("Log Quantity of activity")));
@@ -49,9 +44,6 @@ logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
     layout->addWidget(lblSubTitle);
     layout->addWidget(textFieldCount, 0, Qt::AlignHCenter);
     layout->addLayout(buttons);
-    outer->addStretch();
-    outer->addWidget(card, 0, Qt::AlignHCenter);
-    outer->addStretch();
 
     connect(textFieldCount, &QLineEdit::textEdited, this, &logQuantityVc::controlTextDidChange);
     connect(btnOk, &QPushButton::clicked, this, &logQuantityVc::btnOkClicked);

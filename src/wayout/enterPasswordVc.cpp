@@ -31,13 +31,8 @@ enterPasswordVc::enterPasswordVc(Deps deps, QWidget* parent)
     setObjectName(QStringLiteral("enterPasswordVc"));
     setAttribute(Qt::WA_StyledBackground);
     setAutoFillBackground(true);
-    auto* outer = new QVBoxLayout(this);
-    auto* card = new QFrame(this);
-    card->setObjectName(QStringLiteral("overlay"));
-    card->setMaximumWidth(760);
-    auto* layout = new QVBoxLayout(card);
-    layout->setContentsMargins(40, 32, 40, 32);
-    layout->setSpacing(18);
+    QFrame* card = style::overlayCard(this);
+    auto* layout = static_cast<QVBoxLayout*>(card->layout());
 
     lblTitle = style::title(card, "lblTitle");
     textFieldPassword = new QLineEdit(card);
@@ -61,9 +56,6 @@ enterPasswordVc::enterPasswordVc(Deps deps, QWidget* parent)
     layout->addWidget(lblError);
     layout->addLayout(buttons);
     layout->addWidget(btnResetPassword, 0, Qt::AlignHCenter);
-    outer->addStretch();
-    outer->addWidget(card, 0, Qt::AlignHCenter);
-    outer->addStretch();
 
     connect(textFieldPassword, &QLineEdit::textEdited, this, [this] {
         lblError->hide();

@@ -10,6 +10,7 @@
 #include "Notifier.h"
 #include "Preferences.h"
 #include "Scheduler.h"
+#include "Workspace.h"
 
 namespace velmora {
 
@@ -26,6 +27,7 @@ struct Ports
     Launcher* launcher = nullptr;
     LoginService* loginService = nullptr;
     HotKeys* hotKeys = nullptr;
+    Workspace* workspace = nullptr;
 };
 
 } // namespace velmora

@@ -234,6 +234,50 @@ public:
     quint32 last = 0;
 };
 
+// A desktop whose front application, running and installed applications the
+// test sets; hides, launches and opened addresses are recorded.
+class FakeWorkspace : public Workspace
+{
+public:
+    Application frontmostApplication() override { return front; }
+    void hide(const Application& application) override { hidden.append(application.name); }
+    QStringList runningApplications() override { return running; }
+    QList<Application> installedApplications() override { return installed; }
+    Application applicationFor(const QString& desktopFileOrName) override
+    {
+        for (const Application& a : std::as_const(installed)) {
+            if (a.desktopFile == desktopFileOrName || a.name == desktopFileOrName.toLower() ||
+                a.displayName.compare(desktopFileOrName, Qt::CaseInsensitive) == 0)
+                return a;
+        }
+        return {};
+    }
+    bool launch(const Application& application) override
+    {
+        launched.append(application.name);
+        return application.isValid();
+    }
+    bool openUrl(const QString& address) override
+    {
+        opened.append(address);
+        return true;
+    }
+
+    // Brings an application to the front, as a click on its window would.
+    void activate(const Application& application)
+    {
+        front = application;
+        Q_EMIT frontApplicationChanged();
+    }
+
+    Application front;
+    QStringList running;
+    QList<Application> installed;
+    QStringList hidden;
+    QStringList launched;
+    QStringList opened;
+};
+
 // All fakes together, wired into a Ports value.
 struct FakePorts
 {
@@ -247,11 +291,12 @@ struct FakePorts
     FakeLauncher launcher;
     FakeLoginService loginService;
     FakeHotKeys hotKeys;
+    FakeWorkspace workspace;
 
     Ports ports()
     {
-        return Ports{&clock,    &scheduler, &preferences, &media,        &displayAwake,
-                     &notifier, &http,      &launcher,    &loginService, &hotKeys};
+        return Ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
+                     &http,  &launcher,  &loginService, &hotKeys, &workspace};
     }
 };
 

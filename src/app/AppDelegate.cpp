@@ -10,6 +10,7 @@
 #include "PreferenceKeys.h"
 #include "preferencesWindowController.h"
 #include "quittingWindow.h"
+#include "selectJsonVc.h"
 #include "SettingsLoader.h"
 #include "StatusItem.h"
 #include "timerViewcontroller.h"
@@ -79,6 +80,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
         preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
     m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);
+    installSettingsEditor();
     m_quittingWindow = std::make_unique<quittingWindow>(QuitFlowContext{
         *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts, *m_feedback});
     m_menu->onReactivate = [this] { menuItem_Reactivate(); };
@@ -287,6 +289,18 @@ void AppDelegate::tellOnceWhenThereIsNoTray()
                        "it."));
     m_ports.preferences->setValue(shownKey, true);
     m_log.addLog(QStringLiteral("No system tray available; told the user once"));
+}
+
+void AppDelegate::installSettingsEditor()
+{
+    TextCatalogue packaged;
+    packaged.loadPackaged(m_paths.packagedCatalogue);
+    const QUrl page(packaged.text("deployment", "settingsGeneratorUrl", QStringLiteral("qrc:/generator/index.html")));
+    auto* editor = new selectJsonVc(SettingsEditorContext{*m_ports.preferences, m_log, m_texts, *m_ports.http,
+                                                          m_ports.workspace, configServer(),
+                                                          m_paths.packagedSettings, m_paths.packagedSchema, page});
+    editor->quitAndRestartApp = [this] { quitAndRestartApp(); };
+    m_preferencesWindow->installSettingsEditor(editor);
 }
 
 QUrl AppDelegate::configServer() const

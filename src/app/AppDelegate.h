@@ -40,6 +40,7 @@ struct AppPaths
     QString dataFolder; // usage log, debug log, block page, logo
     QString packagedSettings = QStringLiteral(":/settings.json");
     QString packagedCatalogue = QStringLiteral(":/config.json");
+    QString packagedSchema = QStringLiteral(":/settings-schema.json");
     QUrl configServer; // empty: the packaged catalogue's, if any
 };
 
@@ -145,6 +146,7 @@ private:
     bool reactivateIfDue();
     bool isReleaseChord(const QKeyEvent* event) const;
     QUrl configServer() const;
+    void installSettingsEditor();
     void leaveForGood();
     void keepOurWindowsAboveTheLock();
 

@@ -5,6 +5,7 @@
 #include "generalVc.h"
 #include "PasswordStore.h"
 #include "passwordVc.h"
+#include "selectJsonVc.h"
 #include "TextCatalogue.h"
 #include "uninstallVc.h"
 
@@ -95,6 +96,26 @@ void preferencesWindowController::tabView_didSelect(int index)
     }
     qDebug() << "tab view selection change";
     m_lastTab = index;
+    if (index == SettingsEditorTab && selectJsonVcObj)
+        selectJsonVcObj->setData();
+}
+
+void preferencesWindowController::installSettingsEditor(selectJsonVc* editor)
+{
+    selectJsonVcObj = editor;
+    const QSignalBlocker blocker(preferencesTabViewController);
+    preferencesTabViewController->insertTab(qMin(int(SettingsEditorTab), preferencesTabViewController->count()),
+                                            editor, QStringLiteral("Settings"));
+}
+
+bool preferencesWindowController::windowShouldClose()
+{
+    if (!selectJsonVcObj)
+        return true;
+    if (selectJsonVcObj->isGettingSchema)
+        return false;
+    selectJsonVcObj->resetBox();
+    return true;
 }
 
 void preferencesWindowController::bringToFront()
@@ -117,7 +138,7 @@ void preferencesWindowController::resizeEvent(QResizeEvent* event)
 void preferencesWindowController::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    if (event->spontaneous())
+    if (event->spontaneous() && windowShouldClose())
         hide();
 }
 

@@ -11,6 +11,7 @@ namespace velmora {
 class enterPasswordVc;
 class generalVc;
 class passwordVc;
+class selectJsonVc;
 class uninstallVc;
 
 // The preferences window: a tab view, above the lock windows, and behind the
@@ -32,12 +33,18 @@ public:
     bool isPasswordViewShown() const;
     // Keeps the window above a lock that came up after it.
     void bringToFront();
+    // The settings editor, made by the application with what it needs, as the third tab.
+    void installSettingsEditor(selectJsonVc* editor);
+    // Closing puts the settings editor back to its choice; refused while a schema fetch runs.
+    bool windowShouldClose();
+    static constexpr int SettingsEditorTab = 2;
 
     QTabWidget* preferencesTabViewController = nullptr;
     generalVc* generalVcObj = nullptr;
     passwordVc* passwordVcObj = nullptr;
     uninstallVc* uninstallVcObj = nullptr;
     enterPasswordVc* enterPasswordVcObj = nullptr;
+    selectJsonVc* selectJsonVcObj = nullptr;
 
 protected:
     void closeEvent(QCloseEvent* event) override;

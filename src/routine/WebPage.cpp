@@ -3,18 +3,27 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QLibrary>
+#include <QOpenGLContext>
 #include <QWidget>
+
+// Qt's own setter of the context that every graphics context shares with; the web
+// engine looks for it when it starts.
+Q_GUI_EXPORT void qt_gl_set_global_share_context(QOpenGLContext* context);
 
 namespace velmora::webpage {
 
 namespace {
 using CreateFn = QWidget* (*)(QWidget*);
 using LoadFn = void (*)(QWidget*, const QUrl&);
+using CreateWithChannelFn = QWidget* (*)(QWidget*, QObject*);
+using RunJavaScriptFn = void (*)(QWidget*, const QString&);
 
 struct Module
 {
     CreateFn create = nullptr;
     LoadFn load = nullptr;
+    CreateWithChannelFn createWithChannel = nullptr;
+    RunJavaScriptFn runJavaScript = nullptr;
 };
 
 const Module& module()
@@ -28,11 +37,32 @@ const Module& module()
         }
         m.create = reinterpret_cast<CreateFn>(library.resolve("velmoraCreateWebView"));
         m.load = reinterpret_cast<LoadFn>(library.resolve("velmoraLoadPage"));
-        if (!m.create || !m.load)
+        m.createWithChannel =
+            reinterpret_cast<CreateWithChannelFn>(library.resolve("velmoraCreateChannelView"));
+        m.runJavaScript = reinterpret_cast<RunJavaScriptFn>(library.resolve("velmoraRunJavaScript"));
+        if (!m.create || !m.load || !m.createWithChannel || !m.runJavaScript)
             m = Module{};
         return m;
     }();
     return loaded;
+}
+
+// The engine wants a graphics context to share with, made before it loads. A
+// program that started without pages has none; making it now costs the graphics
+// stack only to the user who opens a page.
+bool ensureShareContext()
+{
+    if (QCoreApplication::testAttribute(Qt::AA_ShareOpenGLContexts))
+        return true;
+    auto* context = new QOpenGLContext(QCoreApplication::instance());
+    if (!context->create()) {
+        qWarning("web pages unavailable: no graphics context");
+        delete context;
+        return false;
+    }
+    qt_gl_set_global_share_context(context);
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    return true;
 }
 } // namespace
 
@@ -56,6 +86,23 @@ void load(QWidget* view, const QUrl& url)
 {
     if (view && module().load)
         module().load(view, url);
+}
+
+} // namespace velmora::webpage
+
+namespace velmora::webpage {
+
+QWidget* createWithChannel(QWidget* parent, QObject* bridge)
+{
+    if (!ensureShareContext())
+        return nullptr;
+    return module().createWithChannel ? module().createWithChannel(parent, bridge) : nullptr;
+}
+
+void runJavaScript(QWidget* view, const QString& script)
+{
+    if (view && module().runJavaScript)
+        module().runJavaScript(view, script);
 }
 
 } // namespace velmora::webpage

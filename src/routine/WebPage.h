@@ -2,6 +2,7 @@
 
 #include <QUrl>
 
+class QObject;
 class QWidget;
 
 namespace velmora::webpage {
@@ -10,6 +11,12 @@ namespace velmora::webpage {
 // when the module cannot be loaded; the item then runs without its page.
 QWidget* create(QWidget* parent);
 void load(QWidget* view, const QUrl& url);
+// Makes a web view whose page reaches `bridge` through a web channel, under the
+// name "bridge". Works in a program that started without pages: the shared
+// graphics context is made here, before the engine loads. Null when the engine
+// cannot be had (no module, no graphics context).
+QWidget* createWithChannel(QWidget* parent, QObject* bridge);
+void runJavaScript(QWidget* view, const QString& script);
 // The module's path: beside the program, where the build and the install put it.
 QString modulePath();
 

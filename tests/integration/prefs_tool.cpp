@@ -5,6 +5,7 @@
 //   velmora-prefs CONF set-string KEY VALUE
 //   velmora-prefs CONF set-bool KEY true|false
 //   velmora-prefs CONF set-date KEY "yyyy-MM-dd HH:mm:ss"      (local time)
+//   velmora-prefs CONF get-string KEY                          (to standard output)
 
 #include "SettingsPreferences.h"
 
@@ -29,6 +30,11 @@ int main(int argc, char* argv[])
 {
     QCoreApplication app(argc, argv);
     const QStringList args = app.arguments();
+    if (args.size() == 4 && args[2] == QLatin1String("get-string")) {
+        const auto value = SettingsPreferences(QFileInfo(args[1]).absoluteFilePath()).string(args[3]);
+        std::fputs(value.value_or(QString()).toUtf8().constData(), stdout);
+        return value ? 0 : 1;
+    }
     if (args.size() != 5)
         return usage();
     const QString& path = args[1];

@@ -3,6 +3,8 @@
 // stack, with every launch, whether the day has a page or not.
 
 #include <QUrl>
+#include <QWebChannel>
+#include <QWebEnginePage>
 #include <QWebEngineView>
 
 extern "C" Q_DECL_EXPORT QWidget* velmoraCreateWebView(QWidget* parent)
@@ -16,4 +18,22 @@ extern "C" Q_DECL_EXPORT void velmoraLoadPage(QWidget* view, const QUrl& url)
 {
     if (auto* page = qobject_cast<QWebEngineView*>(view))
         page->load(url);
+}
+
+// The settings page talks to the program through one object under the name
+// "bridge" (qrc:///qtwebchannel/qwebchannel.js on the page's side).
+extern "C" Q_DECL_EXPORT QWidget* velmoraCreateChannelView(QWidget* parent, QObject* bridge)
+{
+    auto* view = new QWebEngineView(parent);
+    view->setContextMenuPolicy(Qt::NoContextMenu);
+    auto* channel = new QWebChannel(view->page());
+    channel->registerObject(QStringLiteral("bridge"), bridge);
+    view->page()->setWebChannel(channel);
+    return view;
+}
+
+extern "C" Q_DECL_EXPORT void velmoraRunJavaScript(QWidget* view, const QString& script)
+{
+    if (auto* page = qobject_cast<QWebEngineView*>(view))
+        page->page()->runJavaScript(script);
 }

@@ -229,9 +229,10 @@ function quantityFields(id, path, entry) {
 function choicesEditor(id, path, entry) {
   const wrap = el("div", { class: "choices" });
   const render = (focusId) => {
-    const choices = asArray(entry.choices).filter(isObject);
-    entry.choices = choices;
+    // A document without alternatives keeps none until one is added.
+    const choices = Array.isArray(entry.choices) ? entry.choices : [];
     const rows = choices.map((choice, i) => {
+      if (!isObject(choice)) return el("li", { class: "choice", text: "An alternative that is not an object; remove it in the Advanced editor." });
       const cid = `${id}-choice-${i}`;
       const cpath = `${path}/choices/${i}`;
       const moveChoice = (delta, role) => {
@@ -259,6 +260,7 @@ function choicesEditor(id, path, entry) {
     wrap.replaceChildren(el("ol", {}, ...rows),
       el("button", { type: "button", id: `${id}-add-choice`, text: "Add alternative", onclick: () => {
         choices.push({ name: "", videoUrl: [], logQuantity: false });
+        entry.choices = choices;
         render(`${id}-choice-${choices.length - 1}-name`);
         check();
       } }));

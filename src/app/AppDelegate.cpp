@@ -295,10 +295,11 @@ void AppDelegate::installSettingsEditor()
 {
     TextCatalogue packaged;
     packaged.loadPackaged(m_paths.packagedCatalogue);
-    const QUrl page(packaged.text("deployment", "settingsGeneratorUrl", QStringLiteral("qrc:/generator/index.html")));
-    auto* editor = new selectJsonVc(SettingsEditorContext{*m_ports.preferences, m_log, m_texts, *m_ports.http,
-                                                          m_ports.workspace, configServer(),
-                                                          m_paths.packagedSettings, m_paths.packagedSchema, page});
+    const QUrl page(
+        packaged.text("deployment", "settingsGeneratorUrl", QStringLiteral("qrc:/generator/index.html")));
+    auto* editor = new selectJsonVc(
+        SettingsEditorContext{*m_ports.preferences, m_log, m_texts, *m_ports.http, m_ports.workspace,
+                              configServer(), m_paths.packagedSettings, m_paths.packagedSchema, page});
     editor->quitAndRestartApp = [this] { quitAndRestartApp(); };
     m_preferencesWindow->installSettingsEditor(editor);
 }

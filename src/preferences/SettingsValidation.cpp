@@ -81,7 +81,8 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         const valijson::adapters::QtJsonAdapter schemaAdapter{QJsonValue(schema)};
         parser.populateSchema(schemaAdapter, parsed);
     } catch (const std::exception& e) {
-        result.schemaProblem = QStringLiteral("The settings schema cannot be read: ") + QString::fromUtf8(e.what());
+        result.schemaProblem =
+            QStringLiteral("The settings schema cannot be read: ") + QString::fromUtf8(e.what());
         return result;
     }
     try {
@@ -91,7 +92,8 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         if (!validator.validate(parsed, target, &results))
             result.errors = innermost(results);
     } catch (const std::exception& e) {
-        result.schemaProblem = QStringLiteral("The settings schema cannot be used: ") + QString::fromUtf8(e.what());
+        result.schemaProblem =
+            QStringLiteral("The settings schema cannot be used: ") + QString::fromUtf8(e.what());
     }
     return result;
 }

@@ -104,8 +104,9 @@ void preferencesWindowController::installSettingsEditor(selectJsonVc* editor)
 {
     selectJsonVcObj = editor;
     const QSignalBlocker blocker(preferencesTabViewController);
-    preferencesTabViewController->insertTab(qMin(int(SettingsEditorTab), preferencesTabViewController->count()),
-                                            editor, QStringLiteral("Settings"));
+    preferencesTabViewController->insertTab(
+        qMin(int(SettingsEditorTab), preferencesTabViewController->count()), editor,
+        QStringLiteral("Settings"));
 }
 
 bool preferencesWindowController::windowShouldClose()

@@ -179,7 +179,8 @@ QString selectJsonVc::notValidText() const
 {
     const QString page = text("settingUrl", QStringLiteral("https://velmora.app/generator"));
     return text("settingIsNotValidText",
-                QStringLiteral("Sorry it seems like your settings aren’t valid. Please generate settings at ")) +
+                QStringLiteral(
+                    "Sorry it seems like your settings aren’t valid. Please generate settings at ")) +
            page;
 }
 
@@ -191,12 +192,13 @@ void selectJsonVc::setTexts()
     btnEditSettings->setText(text("buttonEditSettingsText", QStringLiteral("Edit Settings")));
     btnAdvanced->setText(text("buttonAdvancedText", QStringLiteral("Advanced")));
     btnCancel->setText(c.texts.buttonCancelText);
-    lblDescription->setText(
-        text("description", QStringLiteral("Click on \"Edit Settings\" to modify your existing settings.\nIf you "
-                                           "are an advanced user click on \"Advanced\" to view or edit settings "
-                                           "JSON")));
+    lblDescription->setText(text(
+        "description", QStringLiteral("Click on \"Edit Settings\" to modify your existing settings.\nIf you "
+                                      "are an advanced user click on \"Advanced\" to view or edit settings "
+                                      "JSON")));
     const QString page = text("settingUrl", QStringLiteral("https://velmora.app/generator"));
-    const QString visit = text("visitText", QStringLiteral("Generate your settings at <SETTINGURL> and paste them here."));
+    const QString visit =
+        text("visitText", QStringLiteral("Generate your settings at <SETTINGURL> and paste them here."));
     const QString link = QStringLiteral("<a href=\"%1\">%1</a>").arg(page.toHtmlEscaped());
     lblVisitUrl->setText(visit.toHtmlEscaped().replace(QLatin1String("&lt;SETTINGURL&gt;"), link));
     lblVisitUrl->setAccessibleName(fillTemplate(visit, {{"<SETTINGURL>", page}}));
@@ -275,10 +277,12 @@ void selectJsonVc::showWebPage()
         }
         webview->setAccessibleName(QStringLiteral("Settings editor"));
         customView->layout()->addWidget(webview);
+        webview->setFocus(); // the keyboard goes to the page, not to a hidden choice
         webpage::load(webview, c.generatorPage);
         c.log.addLog(QStringLiteral("Showing settings page"));
         return; // the page says when it is ready
     }
+    webview->setFocus();
     viewDidAppear();
 }
 
@@ -295,10 +299,12 @@ void selectJsonVc::viewDidAppear()
     const QString argument =
         error.error == QJsonParseError::NoError
             ? QString::fromUtf8(document)
-            : QString::fromUtf8(QJsonDocument(QJsonArray{QString::fromUtf8(document)}).toJson(QJsonDocument::Compact))
+            : QString::fromUtf8(
+                  QJsonDocument(QJsonArray{QString::fromUtf8(document)}).toJson(QJsonDocument::Compact))
                   .mid(1)
                   .chopped(1);
-    webpage::runJavaScript(webview, QStringLiteral("loadSettingsDataFromMac(") + argument + QStringLiteral(");"));
+    webpage::runJavaScript(webview,
+                           QStringLiteral("loadSettingsDataFromMac(") + argument + QStringLiteral(");"));
 
     QJsonArray names;
     QJsonObject labels;
@@ -308,10 +314,12 @@ void selectJsonVc::viewDidAppear()
             labels.insert(app.name, app.displayName.isEmpty() ? app.name : app.displayName);
         }
     }
-    const QJsonObject apps{{QStringLiteral("installedApps"), names}, {QStringLiteral("displayNames"), labels}};
-    webpage::runJavaScript(webview, QStringLiteral("LoadInstalledApps(") +
-                                        QString::fromUtf8(QJsonDocument(apps).toJson(QJsonDocument::Compact)) +
-                                        QStringLiteral(");"));
+    const QJsonObject apps{{QStringLiteral("installedApps"), names},
+                           {QStringLiteral("displayNames"), labels}};
+    webpage::runJavaScript(webview,
+                           QStringLiteral("LoadInstalledApps(") +
+                               QString::fromUtf8(QJsonDocument(apps).toJson(QJsonDocument::Compact)) +
+                               QStringLiteral(");"));
     c.log.addLog(QStringLiteral("Settings sent to the settings page"));
 }
 
@@ -350,7 +358,8 @@ bool selectJsonVc::validated(const std::optional<QJsonObject>& schema, const QJs
     const SettingsValidation result = validateSettings(document, *schema);
     if (!result.schemaProblem.isEmpty()) {
         c.log.addLog(result.schemaProblem);
-        inform(text("schemaError", QStringLiteral("Your settings can not be validated.")), result.schemaProblem);
+        inform(text("schemaError", QStringLiteral("Your settings can not be validated.")),
+               result.schemaProblem);
         return false;
     }
     if (!result.isValid()) {
@@ -407,7 +416,8 @@ void selectJsonVc::jsonReceivedFromWebView(const QJsonObject& jsonResult)
         schemaFetchEnded();
         if (!validated(schema, jsonResult))
             return;
-        inform(text("settingIsValidText", QStringLiteral("Your settings have been validated and will be applied now.")),
+        inform(text("settingIsValidText",
+                    QStringLiteral("Your settings have been validated and will be applied now.")),
                QString());
         const QByteArray pretty = QJsonDocument(jsonResult).toJson(QJsonDocument::Indented);
         c.preferences.setValue(keys::kUserdefaultsSelectedJson, QString::fromUtf8(pretty));

@@ -18,6 +18,7 @@ packages=(
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
   x11-utils python3-xlib
+  python3-websocket  # the settings page test talks to the web engine's debugging port
 )
 
 missing=()

@@ -439,7 +439,7 @@ function save() {
     state.bridge.postMessage("setting_saved", text);
     summary.hidden = false;
     summary.classList.add("ok");
-    summary.textContent = "Checking your settings…";
+    summary.textContent = "Your settings went to Velmora to be checked; it answers in a window of its own.";
     return;
   }
   // Opened outside Velmora: the settings are shown to be copied.

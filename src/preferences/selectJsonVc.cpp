@@ -409,8 +409,10 @@ void selectJsonVc::btnSaveClicked()
 
 void selectJsonVc::jsonReceivedFromWebView(const QJsonObject& jsonResult)
 {
-    if (isGettingSchema)
+    if (isGettingSchema) {
+        c.log.addLog(QStringLiteral("settings from the page ignored: a check is already running"));
         return;
+    }
     schemaFetchStarted();
     getSchemsFile([this, jsonResult](std::optional<QJsonObject> schema) {
         schemaFetchEnded();

@@ -53,7 +53,7 @@ cdp eval 'document.activeElement.select(); document.execCommand("delete")' >/dev
 poll 5 "the empty name is marked" page_says 'document.getElementById("morningHabits-0-name-error").textContent' '"Must not be empty."'
 cdp type "Water"
 poll 5 "the mark goes" page_says 'document.getElementById("morningHabits-0-name-error").textContent' '""'
-cdp eval 'document.getElementById("morningHabits-1-title").scrollIntoView()' >/dev/null
+cdp eval 'document.getElementById("morningHabits-title").scrollIntoView()' >/dev/null
 sleep 0.5 # the next frame is drawn
 screenshot settings-page
 

@@ -17,6 +17,7 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
 
 using namespace velmora;
@@ -65,11 +66,21 @@ int main(int argc, char* argv[])
     paths.dataFolder =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/velmora");
 
+    // Started at login by the autostart entry, or by hand: where systemd runs, the
+    // copy under its user service is the one that lives.
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!ProcessLauncher::startedBySystemd(environment, QCoreApplication::applicationPid())) {
+        SystemdLoginService service;
+        if (service.install() && service.handOverToUserManager())
+            return 0;
+    }
+
     QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (runtime.isEmpty())
         runtime = QDir::tempPath();
     SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
-    if (!instance.claim())
+    const bool restarted = environment.contains(QLatin1String(ProcessLauncher::kRestartMarker));
+    if (!instance.claim(restarted ? 10'000 : 0))
         return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
 
     installCrashLog(paths.dataFolder + QStringLiteral("/Debug_Logs.txt"));

@@ -10,11 +10,13 @@ namespace velmora::webpage {
 namespace {
 using CreateFn = QWidget* (*)(QWidget*);
 using LoadFn = void (*)(QWidget*, const QUrl&);
+using StopFn = bool (*)(QWidget*);
 
 struct Module
 {
     CreateFn create = nullptr;
     LoadFn load = nullptr;
+    StopFn stop = nullptr;
 };
 
 const Module& module()
@@ -28,7 +30,8 @@ const Module& module()
         }
         m.create = reinterpret_cast<CreateFn>(library.resolve("velmoraCreateWebView"));
         m.load = reinterpret_cast<LoadFn>(library.resolve("velmoraLoadPage"));
-        if (!m.create || !m.load)
+        m.stop = reinterpret_cast<StopFn>(library.resolve("velmoraStopLoading"));
+        if (!m.create || !m.load || !m.stop)
             m = Module{};
         return m;
     }();
@@ -56,6 +59,11 @@ void load(QWidget* view, const QUrl& url)
 {
     if (view && module().load)
         module().load(view, url);
+}
+
+bool stopLoading(QWidget* view)
+{
+    return view && module().stop && module().stop(view);
 }
 
 } // namespace velmora::webpage

@@ -10,6 +10,10 @@ namespace velmora::webpage {
 // when the module cannot be loaded; the item then runs without its page.
 QWidget* create(QWidget* parent);
 void load(QWidget* view, const QUrl& url);
+// Stops a load that is still under way; answers whether there was one.
+bool stopLoading(QWidget* view);
+// A page that has not loaded in this time is given up.
+inline constexpr int kLoadTimeoutMs = 60'000;
 // The module's path: beside the program, where the build and the install put it.
 QString modulePath();
 

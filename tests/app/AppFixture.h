@@ -106,6 +106,7 @@ struct AppFixture
         AppPaths paths;
         paths.dataFolder = dataFolder();
         paths.packagedSettings = settingsPath();
+        paths.configServer = configServer;
         if (!catalogue.isEmpty()) {
             QFile file(dir.filePath(QStringLiteral("config.json")));
             file.open(QIODevice::WriteOnly);
@@ -128,6 +129,8 @@ struct AppFixture
     QList<int> exitStatuses;
     // A text catalogue of the test's own instead of the packaged one.
     QByteArray catalogue;
+    // Where the catalogue is downloaded from; the test answers the request.
+    QUrl configServer;
 };
 
 inline void click(QAbstractButton* button)

@@ -2,9 +2,12 @@
 // preferences that an older version or a hand edit left in a bad state.
 
 #include "AppFixture.h"
+#include "firstViewController.h"
 #include "LockWindows.h"
+#include "logQuantityVc.h"
 #include "PreferenceKeys.h"
 #include "StatusItem.h"
+#include "thirdVc.h"
 #include "ViewController.h"
 
 #include <QtTest>
@@ -70,14 +73,8 @@ private Q_SLOTS:
         QFETCH(QByteArray, body);
         QFETCH(QString, callTitle);
         AppFixture f;
-        f.fakes.clock.set(at(23, QTime(12, 0)));
-        AppPaths paths;
-        paths.dataFolder = f.dataFolder();
-        paths.packagedSettings = f.settingsPath();
-        paths.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
-        AppDelegate app(f.fakes.ports(), paths);
-        app.applicationWillFinishLaunching();
-        f.fakes.scheduler.flush();
+        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         QCOMPARE(f.fakes.http.requests.size(), 1);
         QCOMPARE(f.fakes.http.requests[0].timeoutMs, 60'000);
         QVERIFY(!app.state().isAppInitialLodded);
@@ -90,6 +87,33 @@ private Q_SLOTS:
         f.fakes.media.mic = true;
         f.fakes.scheduler.advance(5000);
         QCOMPARE(app.statusItem().title(), callTitle);
+    }
+
+    // The screens are built before the download ends: they take their texts when shown.
+    void screensTakeTheirTextsFromTheDownloadedCatalogue()
+    {
+        AppFixture f;
+        f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
+        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        f.fakes.http.answer({200,
+                             R"({"common": {"stayFocusedText": "Go well", "appName": "Vm"},
+            "welcomeInfo": {"welcomeEndMessage": "All done"},
+            "logQuantityInfo": {"title": "Count it", "buttonOkText": "Yes", "buttonCancelText": "Skip"}})",
+                             {}});
+        f.fakes.scheduler.flush();
+        ViewController& vc = app.viewController();
+        click(vc.firstViewControllerObj().btnStartFirstHabit);
+        f.fakes.scheduler.advance(app.state().introActivity->durationSeconds * 1000);
+        QCOMPARE(vc.thirdVcObj().lblSubTitle->text(), QStringLiteral("All done"));
+        vc.logQuantityVcObj().resetData(QStringLiteral("Squats"), QStringLiteral("20"), {},
+                                        CURRENTSTATE::_BREATHING_);
+        QCOMPARE(vc.logQuantityVcObj().lblTitle->text(), QStringLiteral("Count it"));
+        QCOMPARE(vc.logQuantityVcObj().btnOk->text(), QStringLiteral("Yes"));
+        QCOMPARE(vc.logQuantityVcObj().btnCancel->text(), QStringLiteral("Skip"));
+        vc.logQuantityVcObj().hide();
+        click(vc.thirdVcObj().btnMain);
+        QCOMPARE(vc.lblMessage->text(), QStringLiteral("Go well"));
     }
 
     void preferencesOfTheWrongTypeNeverCrash_data()

@@ -5,7 +5,9 @@
 #include "firstViewController.h"
 #include "LockWindows.h"
 #include "logQuantityVc.h"
+#include "MessageCapture.h"
 #include "rememberNextHabitVc.h"
+#include "RoutineStyle.h"
 #include "StatusItem.h"
 #include "thirdVc.h"
 #include "timerViewcontroller.h"
@@ -109,6 +111,7 @@ private Q_SLOTS:
         QCOMPARE(app.state().currentHabitIndex, 2);
 
         f.fakes.scheduler.advance(60'000);
+        QVERIFY(!style::isAnimating(progress.imgViewGif)); // reduced motion is on
         QCOMPARE(progress.lblTitle->text(),
                  QStringLiteral("Stretch finished!✅ You’ve earned your velmora. 💪"));
         QCOMPARE(progress.lblProgress->text(), QStringLiteral("You have completed 1m 50s of habits."));
@@ -132,6 +135,28 @@ private Q_SLOTS:
         QVERIFY(rows[1].startsWith(
             QStringLiteral("morning routine,Push-ups,20,How many <activity> did you do?,12,")));
         QVERIFY(rows[2].startsWith(QStringLiteral("morning routine,Stretch,60,,,")));
+    }
+
+    // Idle means idle: an animation decodes frames only while its screen is shown.
+    void animationsPlayOnlyWhileShown()
+    {
+        AppFixture f(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
+                         "startTime": "07:00", "shutOffTime": "22:00"})");
+        AppDelegate& app = f.morningUp();
+        app.state().kIsReducedMotion = false;
+        ViewController& vc = app.viewController();
+        QVERIFY(!style::isAnimating(vc.thirdVcObj().imgViewGif));
+        f.fakes.scheduler.advance(30'000);
+        click(vc.firstViewControllerObj().btnStartFirstHabit);
+        QVERIFY(style::isAnimating(vc.timerViewcontrollerObj().imgViewGif));
+        f.fakes.scheduler.advance(30'000);
+        QVERIFY(!style::isAnimating(vc.timerViewcontrollerObj().imgViewGif));
+        QVERIFY(style::isAnimating(vc.thirdVcObj().imgViewGif));
+        click(vc.thirdVcObj().btnMain);
+        f.fakes.scheduler.advance(3'000);
+        QVERIFY(!app.mainWindow().isVisible());
+        for (QLabel* label : app.mainWindow().findChildren<QLabel*>())
+            QVERIFY2(!style::isAnimating(label), qPrintable(label->objectName()));
     }
 
     void quizComesWhenTheDrawSaysSo()
@@ -267,8 +292,16 @@ private Q_SLOTS:
         AppFixture f(kMorning);
         AppDelegate& app = f.morningUp();
         QVERIFY(app.mainWindow().isVisible());
-        pressKey(app, Qt::Key_Tab, Qt::ControlModifier | Qt::AltModifier); // not the whole chord
-        QVERIFY(app.mainWindow().isVisible());
+        {
+            // The key monitor sees everything typed on the lock, passwords included: it says none of it.
+            const MessageCapture output;
+            for (const int key : {Qt::Key_S, Qt::Key_3, Qt::Key_Tab}) {
+                pressKey(app, key,
+                         key == Qt::Key_Tab ? Qt::ControlModifier | Qt::AltModifier : Qt::NoModifier);
+                QVERIFY2(!output.all().contains(QString::number(key)), qPrintable(output.all()));
+            }
+        }
+        QVERIFY(app.mainWindow().isVisible()); // not the whole chord
         pressKey(app, Qt::Key_Backtab, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
         QVERIFY(!app.mainWindow().isVisible());
     }

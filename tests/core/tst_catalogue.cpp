@@ -18,17 +18,16 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("catalogue");
         QTest::addColumn<QString>("unlock");
         QTest::addColumn<QString>("startButton");
-        QTest::newRow("empty object") << QByteArray("{}") << "Unlock the machine"
-                                      << "Start <TIME> <NAME>";
-        QTest::newRow("number under a text key")
-            << QByteArray(R"({"common": {"unlockMachineButtonText": 5}})") << "Unlock the machine"
-            << "Start <TIME> <NAME>";
-        QTest::newRow("only common") << QByteArray(R"({"common": {"unlockMachineButtonText": "Go"}})") << "Go"
-                                     << "Start <TIME> <NAME>";
-        QTest::newRow("group not a dictionary")
-            << QByteArray(R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})")
-            << "Unlock the machine"
-            << "Begin <NAME>";
+        const auto row = [](const char* name, const char* catalogue, const char* unlock, const char* start) {
+            QTest::newRow(name) << QByteArray(catalogue) << unlock << start;
+        };
+        row("empty object", "{}", "Unlock the machine", "Start <TIME> <NAME>");
+        row("number under a text key", R"({"common": {"unlockMachineButtonText": 5}})", "Unlock the machine",
+            "Start <TIME> <NAME>");
+        row("only common", R"({"common": {"unlockMachineButtonText": "Go"}})", "Go", "Start <TIME> <NAME>");
+        row("group not a dictionary",
+            R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})",
+            "Unlock the machine", "Begin <NAME>");
     }
 
     void launchTextsFollowTheCatalogue()

@@ -34,6 +34,7 @@ struct RecordingHost : GateHost
     void focusModeFinishedFromShutOff() override {}
 };
 
+// The day's gates with start and shut-off times, at a moment of 2026-11-23.
 struct Gates
 {
     QTemporaryDir dir;
@@ -48,12 +49,27 @@ struct Gates
     SyncTimestamps sync{preferences, clock};
     DaySchedule schedule{{state, preferences, clock, log, media, notifier, texts, sync, host}};
 
-    Gates(Time start, Time shutOff)
+    Gates(QTime now = QTime(12, 0), Time start = {7, 0, 0}, Time shutOff = {22, 0, 0})
     {
         state.startTime = start;
         state.shutOffTime = shutOff;
+        clock.set(QDateTime(QDate(2026, 11, 23), now));
+    }
+    // The sync folder's time-stamp file, written with CONTENTS when given.
+    QString syncFile(QTemporaryDir& folder, const QByteArray& contents = {})
+    {
+        preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
+        QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
+        if (!contents.isEmpty() && file.open(QIODevice::WriteOnly))
+            file.write(contents);
+        return file.fileName();
     }
 };
+
+Time timeOf(QTime t)
+{
+    return {t.hour(), t.minute(), 0};
+}
 } // namespace
 
 class GatesTest : public QObject
@@ -76,8 +92,7 @@ private Q_SLOTS:
     {
         QFETCH(QDateTime, shown);
         QFETCH(bool, alreadyShowed);
-        Gates g({7, 0, 0}, {22, 0, 0});
-        g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(12, 0)));
+        Gates g;
         g.state.isHabitAlreadyShowed = !alreadyShowed;
         g.schedule.checkLastHabitShowDate(shown);
         QCOMPARE(g.state.isHabitAlreadyShowed, alreadyShowed);
@@ -89,13 +104,12 @@ private Q_SLOTS:
         QTest::addColumn<QTime>("shutOff");
         QTest::addColumn<QTime>("now");
         QTest::addColumn<bool>("going");
-        const QTime s(7, 0), e(22, 0);
+        const QTime s(7, 0), e(22, 0), late(1, 0);
         QTest::newRow("normal: morning before start") << s << e << QTime(6, 59, 59) << true;
         QTest::newRow("normal: at start") << s << e << QTime(7, 0) << false;
         QTest::newRow("normal: day") << s << e << QTime(12, 0) << false;
         QTest::newRow("normal: at shut-off") << s << e << QTime(22, 0) << false;
         QTest::newRow("normal: after shut-off") << s << e << QTime(22, 0, 1) << true;
-        const QTime late(1, 0);
         QTest::newRow("past midnight: evening") << s << late << QTime(23, 30) << false;
         QTest::newRow("past midnight: before shut-off") << s << late << QTime(0, 30) << false;
         QTest::newRow("past midnight: at shut-off") << s << late << QTime(1, 0) << false;
@@ -111,9 +125,7 @@ private Q_SLOTS:
         QFETCH(QTime, shutOff);
         QFETCH(QTime, now);
         QFETCH(bool, going);
-        Gates g({start.hour(), start.minute(), 0}, {shutOff.hour(), shutOff.minute(), 0});
-        g.clock.set(QDateTime(QDate(2026, 11, 23), now));
-        QCOMPARE(g.schedule.isShutOffTimeGoing(), going);
+        QCOMPARE(Gates(now, timeOf(start), timeOf(shutOff)).schedule.isShutOffTimeGoing(), going);
     }
 
     void showedTillDate_data()
@@ -122,9 +134,9 @@ private Q_SLOTS:
         QTest::addColumn<QTime>("now");
         QTest::addColumn<QDateTime>("expected");
         const QDateTime tomorrowStart(QDate(2026, 11, 24), QTime(7, 0));
-        const QDateTime todayStart(QDate(2026, 11, 23), QTime(7, 0));
         QTest::newRow("after shut-off") << QTime(22, 0) << QTime(22, 30) << tomorrowStart;
-        QTest::newRow("before start") << QTime(22, 0) << QTime(2, 0) << todayStart;
+        QTest::newRow("before start")
+            << QTime(22, 0) << QTime(2, 0) << QDateTime(QDate(2026, 11, 23), QTime(7, 0));
         QTest::newRow("in the day") << QTime(22, 0) << QTime(12, 0) << QDateTime();
         // After a past-midnight shut-off the first rule still wins: a full day ahead.
         QTest::newRow("past midnight at two") << QTime(1, 0) << QTime(2, 0) << tomorrowStart;
@@ -135,10 +147,8 @@ private Q_SLOTS:
         QFETCH(QTime, shutOff);
         QFETCH(QTime, now);
         QFETCH(QDateTime, expected);
-        Gates g({7, 0, 0}, {shutOff.hour(), shutOff.minute(), 0});
-        g.clock.set(QDateTime(QDate(2026, 11, 23), now));
-        const auto till = g.schedule.showedTillDate();
-        QCOMPARE(till.value_or(QDateTime()), expected);
+        QCOMPARE(Gates(now, {7, 0, 0}, timeOf(shutOff)).schedule.showedTillDate().value_or(QDateTime()),
+                 expected);
     }
 
     void meetingProgramsKeepingTheDisplayAwake_data()
@@ -159,30 +169,36 @@ private Q_SLOTS:
     {
         QFETCH(QStringList, inhibitors);
         QFETCH(bool, on);
-        Gates g({7, 0, 0}, {22, 0, 0});
+        Gates g;
         g.media.inhibitors = inhibitors;
         QCOMPARE(g.schedule.isPreventUserIdleDisplaySleepOn(), on);
     }
 
     void timeTheCalendarRejectsLeavesTheDayAlone()
     {
-        Gates g({25, 99, 0}, {22, 0, 0});
+        Gates g(QTime(12, 0), {25, 99, 0});
         g.state.isHabitAlreadyShowed = false;
         g.state.arrAllMorningHabits = {habit{}};
-        g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(12, 0)));
         QVERIFY(!g.schedule.isShutOffTimeGoing());
-        g.schedule.tick();
+        for (int i = 0; i < 3; ++i)
+            g.schedule.tick();
         QVERIFY(g.host.calls.isEmpty());
-        QFile log(g.log.path());
-        QVERIFY(log.open(QIODevice::ReadOnly));
-        QVERIFY(log.readAll().contains("not a time of day"));
+        // Said once for these times, not at every tick; a new bad time is said again.
+        const auto lines = [&g] {
+            QFile log(g.log.path());
+            return log.open(QIODevice::ReadOnly) ? log.readAll().count("not a time of day") : -1;
+        };
+        QCOMPARE(lines(), 1);
+        g.state.shutOffTime = Time{30, 0, 0};
+        g.schedule.tick();
+        g.schedule.tick();
+        QCOMPARE(lines(), 2);
     }
 
     void noMorningHabitsNeverMarksTheDay()
     {
-        Gates g({7, 0, 0}, {22, 0, 0});
+        Gates g(QTime(8, 0));
         g.state.isHabitAlreadyShowed = false;
-        g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(8, 0)));
         g.schedule.tick();
         g.schedule.tick();
         QCOMPARE(g.host.calls, (QStringList{QStringLiteral("abort"), QStringLiteral("abort")}));
@@ -192,16 +208,16 @@ private Q_SLOTS:
 
     void syncFileKeepsTheOtherMachinesKey()
     {
-        Gates g({7, 0, 0}, {22, 0, 0});
+        Gates g;
         QTemporaryDir folder;
-        g.preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
+        const QString path = g.syncFile(folder);
         g.clock.set(QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
         g.sync.writeEveningRoutineDate();
         g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
         g.sync.writeMorningRoutineDate();
         QCOMPARE(*g.sync.getEveningRoutineDate(), QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
         QCOMPARE(*g.sync.getMorningRoutineDate(), QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
-        QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
+        QFile file(path);
         QVERIFY(file.open(QIODevice::ReadOnly));
         const QByteArray xml = file.readAll();
         QVERIFY(xml.contains("<key>lastMorningRoutine</key>"));
@@ -211,25 +227,21 @@ private Q_SLOTS:
     void syncFileThatIsNoPlistCountsAsNoDate_data()
     {
         QTest::addColumn<QByteArray>("contents");
+        const auto plist = [](const char* date) {
+            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
+        };
         QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
         QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
-        QTest::newRow("bad date") << SyncTimestamps::writePlist(
-            {{SyncTimestamps::kMorning, QStringLiteral("today")}});
-        QTest::newRow("truncated") << SyncTimestamps::writePlist(
-                                          {{SyncTimestamps::kMorning, QStringLiteral("2026-11-23 07:00:00")}})
-                                          .left(60);
+        QTest::newRow("bad date") << plist("today");
+        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
     }
 
     void syncFileThatIsNoPlistCountsAsNoDate()
     {
         QFETCH(QByteArray, contents);
-        Gates g({7, 0, 0}, {22, 0, 0});
+        Gates g;
         QTemporaryDir folder;
-        g.preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
-        QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(contents);
-        file.close();
+        g.syncFile(folder, contents);
         QVERIFY(!g.sync.getMorningRoutineDate());
         // Writing over it still works and yields a readable file.
         g.sync.writeMorningRoutineDate();

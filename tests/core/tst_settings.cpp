@@ -1,5 +1,6 @@
 #include "DebugLog.h"
 #include "FakePorts.h"
+#include "MessageCapture.h"
 #include "PreferenceKeys.h"
 #include "SettingsLoader.h"
 
@@ -41,8 +42,8 @@ private Q_SLOTS:
 
     void fieldsOfTheWrongTypeTakeTheirDefaults()
     {
-        const RunState s = load(QStringLiteral(R"({
-            "morningHabits": [{"name": 5, "durationSeconds": "60", "videoUrl": "http://x",
+        const RunState s = load(QString::fromUtf8(R"({
+            "morningHabits": [{"name": 5, "durationSeconds": "60", "videoUrl": "x",
                                "logQuantity": "yes", "logQuantityQuestion": 3, "allowedApps": ["a", 2]},
                               {"name": "Stretch", "durationSeconds": 60.5, "allowedApps": ["/usr/share/applications/x.desktop"],
                                "logQuantityQuestion": "How many?"}],
@@ -88,7 +89,7 @@ private Q_SLOTS:
         QFETCH(QString, activity);
         QFETCH(bool, isRandomChoice);
         QFETCH(int, choices);
-        const RunState s = load(QStringLiteral(R"({"breakActivities": [%1]})").arg(activity));
+        const RunState s = load(QString::fromUtf8(R"({"breakActivities": [%1]})").arg(activity));
         QCOMPARE(s.arrAllbreakActivities.size(), 1);
         QCOMPARE(s.arrAllbreakActivities[0].isRandomChoice, isRandomChoice);
         QCOMPARE(s.arrAllbreakActivities[0].choices.size(), choices);
@@ -107,7 +108,7 @@ private Q_SLOTS:
     {
         QFETCH(QString, value);
         const RunState s = load(
-            QStringLiteral(R"({"morningHabits": %1, "eveningHabits": [{"name": "Journal"}]})").arg(value));
+            QString::fromUtf8(R"({"morningHabits": %1, "eveningHabits": [{"name": "Journal"}]})").arg(value));
         QVERIFY(s.arrAllMorningHabits.isEmpty());
         QCOMPARE(s.arrAllEveningHabits.size(), 1);
     }
@@ -115,33 +116,38 @@ private Q_SLOTS:
     void badSavedDocumentMeansEmptySchedule_data()
     {
         QTest::addColumn<QVariant>("saved");
-        QTest::newRow("not JSON") << QVariant(QStringLiteral("{\"morningHabits\": ["));
-        QTest::newRow("JSON array") << QVariant(QStringLiteral("[1, 2]"));
-        QTest::newRow("JSON string") << QVariant(QStringLiteral("\"hello\""));
-        QTest::newRow("empty text") << QVariant(QString());
-        QTest::newRow("stored as a number") << QVariant(42);
-        QTest::newRow("stored as a list") << QVariant(QStringList{QStringLiteral("{}")});
+        QTest::addColumn<bool>("packagedApplies");
+        QTest::newRow("not JSON") << QVariant(QStringLiteral("{\"morningHabits\": [")) << false;
+        QTest::newRow("JSON array") << QVariant(QStringLiteral("[1, 2]")) << false;
+        QTest::newRow("JSON string") << QVariant(QStringLiteral("\"hello\"")) << false;
+        QTest::newRow("empty text") << QVariant(QString()) << false;
+        // A value that is no text counts as none saved.
+        QTest::newRow("stored as a number") << QVariant(42) << true;
+        QTest::newRow("stored as a list") << QVariant(QStringList{QStringLiteral("{}")}) << true;
     }
 
+    // A malformed saved document means an empty schedule, not the packaged day.
     void badSavedDocumentMeansEmptySchedule()
     {
         QFETCH(QVariant, saved);
-        // The packaged document would give a full day; it must not be used.
+        QFETCH(bool, packagedApplies);
         const RunState s = load(saved, R"({"morningHabits": [{"name": "Water"}], "startTime": "07:00",
                                             "shutOffTime": "22:00"})");
-        QVERIFY(s.arrAllMorningHabits.isEmpty());
-        QVERIFY(!s.startTime.has_value());
-        QVERIFY(!s.shutOffTime.has_value());
+        QCOMPARE(s.arrAllMorningHabits.size(), packagedApplies ? 1 : 0);
+        QCOMPARE(s.startTime.has_value(), packagedApplies);
+        QCOMPARE(s.shutOffTime.has_value(), packagedApplies);
     }
 
     void packagedDocumentAppliesUntilOneIsSaved()
     {
+        const MessageCapture output;
         const RunState s = load(QVariant(), R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
                                                 "breakAfterMinutes": 45, "startTime": "6:45"})");
         QCOMPARE(s.arrAllMorningHabits.size(), 1);
         QCOMPARE(s.breakAfterMinutes, 45);
         QCOMPARE(*s.startTime, (Time{6, 45, 0}));
         QCOMPARE(load(QVariant(), "not json").arrAllMorningHabits.size(), 0);
+        QVERIFY2(!output.all().contains(u"Water"), qPrintable(output.all())); // the user's day stays private
     }
 
     void rereadKeepsTimesTheDocumentLacks()

@@ -11,8 +11,10 @@
 #include "StatusItem.h"
 #include "uninstallVc.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileDialog>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -213,9 +215,10 @@ private Q_SLOTS:
 
         QTest::newRow("no server: the package manager")
             << QString() << 0 << QByteArray() << "package manager";
-        QTest::newRow("a newer version") << "http://config.test/base/" << 200
-                                         << QByteArray(R"({"version": "0.10.0", "url": "https://get.test/"})")
-                                         << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
+        QTest::newRow("a newer version")
+            << "http://config.test/base/" << 200
+            << QByteArray("{\"version\": \"0.10.0\", \"url\": \"https://get.test/\"}")
+            << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
         QTest::newRow("the same version")
             << "http://config.test" << 200 << QByteArray(R"({"version": "0.9.1"})")
             << "0.9.1 is the newest version";
@@ -282,6 +285,7 @@ private Q_SLOTS:
         QCOMPARE(f.logCount(QStringLiteral("Showing preferences")), 1);
 
         enterPasswordVc& prompt = *window.enterPasswordVcObj;
+        QCOMPARE(window.focusWidget(), prompt.textFieldPassword); // typing goes to the prompt
         QStringList alerts;
         prompt.inform = [&](const QString& title, const QString&) { alerts << title; };
         prompt.textFieldPassword->setText(QStringLiteral("grüsse"));
@@ -301,6 +305,17 @@ private Q_SLOTS:
         QVERIFY(window.isPasswordViewShown());
         prompt.btnCancel->click();
         QVERIFY(!window.isVisible());
+
+        // Closed by its title bar; the 24-hour reset then removes the password: the next
+        // opening shows the tabs, with no stale prompt over them.
+        app.menuItem_Preferences();
+        QCloseEvent titleBar; // reaches the widget as the window manager's close does
+        QCoreApplication::sendEvent(window.windowHandle(), &titleBar);
+        QVERIFY(!window.isVisible());
+        f.fakes.preferences.remove(keys::kUserdefaultsAppPassword);
+        app.menuItem_Preferences();
+        QVERIFY(!window.isPasswordViewShown());
+        QVERIFY(window.preferencesTabViewController->isEnabled());
     }
 
     void passwordTab_data()
@@ -473,6 +488,11 @@ private Q_SLOTS:
         }
         QCOMPARE(AppFixture::readAll(app.usageLog().path()), usage);
         QVERIFY(f.exitStatuses.isEmpty());
+
+        // The prompt names the chooser's accept button, not its window.
+        const auto dialog = AppDelegate::exportFolderDialog(QStringLiteral("Export"));
+        QCOMPARE(dialog->labelText(QFileDialog::Accept), QStringLiteral("Export"));
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Export Statistics"));
 
         // Cancelling the chooser does nothing at all.
         app.chooseExportFolder = [](const QString&) { return QString(); };

@@ -32,25 +32,16 @@ private Q_SLOTS:
         QTest::addColumn<QString>("activity");
         QTest::addColumn<QString>("feedback");
         QTest::addColumn<QByteArray>("line");
-        QTest::newRow("plain") << "Water"
-                               << ""
-                               << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                                             "2026-03-14 07:29:40,,,,\n");
-        QTest::newRow("comma in a name shifts the row")
-            << "Tea, green"
-            << ""
-            << QByteArray("morning routine,2026-03-14 07:30:12,Tea, green,30,,,"
-                          "2026-03-14 07:29:40,,,,\n");
-        QTest::newRow("line break in feedback splits it")
-            << "Water"
-            << "too\nhard"
-            << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                          "2026-03-14 07:29:40,,,,too\nhard\n");
-        QTest::newRow("quotes stay as typed")
-            << "\"Water\""
-            << ""
-            << QByteArray("morning routine,2026-03-14 07:30:12,\"Water\",30,,,"
-                          "2026-03-14 07:29:40,,,,\n");
+        // Whatever the texts hold, they go in as typed between the fixed fields.
+        const auto row = [](const char* name, const char* activity, const char* feedback) {
+            QTest::newRow(name) << activity << feedback
+                                << "morning routine,2026-03-14 07:30:12," + QByteArray(activity) +
+                                       ",30,,,2026-03-14 07:29:40,,,," + feedback + '\n';
+        };
+        row("plain", "Water", "");
+        row("comma in a name shifts the row", "Tea, green", "");
+        row("line break in feedback splits it", "Water", "too\nhard");
+        row("quotes stay as typed", "\"Water\"", "");
     }
 
     void rowsAreJoinedWithoutQuoting()
@@ -86,13 +77,6 @@ private Q_SLOTS:
         QVERIFY(!log.addEntryInCsv({.logType = QStringLiteral("break")}));
         QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
-    }
-
-    void debugLogLineFormat()
-    {
-        QCOMPARE(DebugLog::formatLine(QStringLiteral("2026-03-14 07:30:12"),
-                                      QStringLiteral("Showing morning habits.")),
-                 QStringLiteral("2026-03-14 07:30:12  -  Showing morning habits.\n"));
     }
 
     void debugLogMakesItsFileAndNeverTruncates()

@@ -15,54 +15,25 @@ private Q_SLOTS:
         QTest::addColumn<QString>("longForm");
         QTest::addColumn<QString>("shortForm");
         QTest::addColumn<QString>("clock");
-        QTest::newRow("0") << 0 << "0 seconds"
-                           << ""
-                           << "00:00";
-        QTest::newRow("1") << 1 << "1 seconds"
-                           << "1s"
-                           << "00:01";
-        QTest::newRow("45") << 45 << "45 seconds"
-                            << "45s"
-                            << "00:45";
-        QTest::newRow("59") << 59 << "59 seconds"
-                            << "59s"
-                            << "00:59";
-        QTest::newRow("60") << 60 << "1 minute"
-                            << "1m"
-                            << "01:00";
-        QTest::newRow("75") << 75 << "1 minute"
-                            << "1m 15s"
-                            << "01:15";
-        QTest::newRow("119") << 119 << "1 minute"
-                             << "1m 59s"
-                             << "01:59";
-        QTest::newRow("120") << 120 << "2 minutes"
-                             << "2m"
-                             << "02:00";
-        QTest::newRow("179") << 179 << "2 minutes"
-                             << "2m 59s"
-                             << "02:59";
-        QTest::newRow("3600") << 3600 << "60 minutes"
-                              << "1h"
-                              << "00:00";
-        QTest::newRow("3605") << 3605 << "60 minutes"
-                              << "1h 5s"
-                              << "00:05";
-        QTest::newRow("3661") << 3661 << "61 minutes"
-                              << "1h 1m 1s"
-                              << "01:01";
-        QTest::newRow("3700") << 3700 << "61 minutes"
-                              << "1h 1m 40s"
-                              << "01:40";
-        QTest::newRow("5400") << 5400 << "90 minutes"
-                              << "1h 30m"
-                              << "30:00";
-        QTest::newRow("7200") << 7200 << "120 minutes"
-                              << "2h"
-                              << "00:00";
-        QTest::newRow("negative") << -5 << "-5 seconds"
-                                  << ""
-                                  << "00:00";
+        const auto row = [](int seconds, const char* longForm, const char* shortForm, const char* clock) {
+            QTest::addRow("%d", seconds) << seconds << longForm << shortForm << clock;
+        };
+        row(0, "0 seconds", "", "00:00");
+        row(1, "1 seconds", "1s", "00:01");
+        row(45, "45 seconds", "45s", "00:45");
+        row(59, "59 seconds", "59s", "00:59");
+        row(60, "1 minute", "1m", "01:00");
+        row(75, "1 minute", "1m 15s", "01:15");
+        row(119, "1 minute", "1m 59s", "01:59");
+        row(120, "2 minutes", "2m", "02:00");
+        row(179, "2 minutes", "2m 59s", "02:59");
+        row(3600, "60 minutes", "1h", "00:00");
+        row(3605, "60 minutes", "1h 5s", "00:05");
+        row(3661, "61 minutes", "1h 1m 1s", "01:01");
+        row(3700, "61 minutes", "1h 1m 40s", "01:40");
+        row(5400, "90 minutes", "1h 30m", "30:00");
+        row(7200, "120 minutes", "2h", "00:00");
+        row(-5, "-5 seconds", "", "00:00");
     }
 
     void forms()
@@ -81,14 +52,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("templ");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("default") << "Start <TIME> <NAME>"
-                                 << "Start 5 minutes Yoga";
-        QTest::newRow("name twice") << "<NAME>: start <NAME>"
-                                    << "Yoga: start Yoga";
-        QTest::newRow("lower-case marker stays") << "Start <time> <NAME>"
-                                                 << "Start <time> Yoga";
-        QTest::newRow("no marker") << "Go!"
-                                   << "Go!";
+        const auto row = [](const char* templ, const char* expected) {
+            QTest::newRow(templ) << templ << expected;
+        };
+        row("Start <TIME> <NAME>", "Start 5 minutes Yoga");
+        row("<NAME>: start <NAME>", "Yoga: start Yoga");
+        row("Start <time> <NAME>", "Start <time> Yoga"); // a lower-case marker stays
+        row("Go!", "Go!");
     }
 
     void startButton()

@@ -153,23 +153,14 @@ private Q_SLOTS:
     {
         QTest::addColumn<int>("reason");
         QTest::addColumn<QString>("feedback");
-        QTest::addColumn<QString>("row");           // without its time stamp
-        QTest::addColumn<qint64>("restartAfterMs"); // from the click or the choice
+        QTest::addColumn<QString>("row"); // the usage row's reason and feedback
         QTest::addColumn<bool>("fourHours");
-
-        QTest::newRow("emergency")
-            << int(abortingConfirmVc::Emergency) << QString()
-            << QStringLiteral("morning routine abort,morning routine,,,,,,,I've got an emergency,")
-            << qint64(5'000) << true;
-        QTest::newRow("something else")
-            << int(abortingConfirmVc::SomethingElse) << QStringLiteral(" ")
-            << QStringLiteral("morning routine abort,morning routine,,,,,,,Something else, ") << qint64(5'000)
-            << false;
-        QTest::newRow("no routine at all")
-            << int(abortingConfirmVc::HabitsHard) << QStringLiteral("too much")
-            << QStringLiteral(
-                   "morning routine abort,morning routine,,,,,,,Deactivate routine + breaks,too much")
-            << qint64(5'000) << false;
+        QTest::newRow("emergency") << int(abortingConfirmVc::Emergency) << ""
+                                   << "I've got an emergency," << true;
+        QTest::newRow("something else") << int(abortingConfirmVc::SomethingElse) << " "
+                                        << "Something else, " << false;
+        QTest::newRow("no routine at all") << int(abortingConfirmVc::HabitsHard) << "too much"
+                                           << "Deactivate routine + breaks,too much" << false;
     }
 
     void reasonOutcomes()
@@ -177,7 +168,6 @@ private Q_SLOTS:
         QFETCH(int, reason);
         QFETCH(QString, feedback);
         QFETCH(QString, row);
-        QFETCH(qint64, restartAfterMs);
         QFETCH(bool, fourHours);
         WayOutFixture f(kDocument);
         AppDelegate& app = f.morningUp();
@@ -205,11 +195,12 @@ private Q_SLOTS:
         if (reason != abortingConfirmVc::Emergency)
             QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
 
-        f.fakes.scheduler.advance(restartAfterMs - 1);
+        f.fakes.scheduler.advance(5'000 - 1); // from the click or the choice
         QCOMPARE(f.fakes.launcher.restarts, 0);
         f.fakes.scheduler.advance(1);
         QCOMPARE(f.fakes.launcher.restarts, 1);
-        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")), QStringList{row});
+        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
+                 QStringList{QStringLiteral("morning routine abort,morning routine,,,,,,,") + row});
         QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), std::optional<bool>(false));
         QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsShowPomodoroView), std::optional<bool>(true));
         QCOMPARE(f.fakes.preferences.date(keys::kUserdefaults4HourReActivateTime),
@@ -272,6 +263,9 @@ private Q_SLOTS:
         QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
         QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral("the timer froze"));
         click(reasons.btnDeactivateAppBroken);
+        // An edit after the click must not arm the button for a second post.
+        QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral(" at noon"));
+        QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
 
         QCOMPARE(f.fakes.http.requests.size(), 1);
         const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();

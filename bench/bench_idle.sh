@@ -66,7 +66,7 @@ prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [{"name": "Water",
     "breakActivities": [{"name": "Walk", "durationSeconds": 60}], "breakAfterMinutes": 50,
     "startTime": "07:00", "shutOffTime": "22:00"}'
 prefs set-bool kUserdefaultsFirstRun true
-prefs set-date kUserdefaultsLastHabitShowDate "$day 07:00:00"
+prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
 start_velmora "$day 12:00:00"
 poll 30 "the status icon is in the tray" xutil tray-icons velmora
 mapped_titled "Velmora lock" && fail "the lock is up; the idle figure needs it down"

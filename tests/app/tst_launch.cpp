@@ -114,6 +114,8 @@ private Q_SLOTS:
         vc.logQuantityVcObj().hide();
         click(vc.thirdVcObj().btnMain);
         QCOMPARE(vc.lblMessage->text(), QStringLiteral("Go well"));
+        QCOMPARE(app.lockWindows().arrWindows().size(), 1); // the second screen's blank window
+        QCOMPARE(app.lockWindows().arrWindows().constFirst()->lblTitle->text(), QStringLiteral("Vm"));
     }
 
     void preferencesOfTheWrongTypeNeverCrash_data()
@@ -244,5 +246,19 @@ private Q_SLOTS:
     }
 };
 
-QTEST_MAIN(LaunchTest)
+// Two screens side by side, so that the lock has a blank neighbour.
+int main(int argc, char* argv[])
+{
+    QTemporaryDir dir;
+    QFile config(dir.filePath(QStringLiteral("screens.json")));
+    if (!config.open(QIODevice::WriteOnly))
+        return 1;
+    config.write(R"({"screens": [{"name": "left", "x": 0, "y": 0, "width": 1280, "height": 800},
+                                 {"name": "right", "x": 1280, "y": 0, "width": 1280, "height": 800}]})");
+    config.close();
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(config.fileName()));
+    QApplication app(argc, argv);
+    LaunchTest test;
+    return QTest::qExec(&test, argc, argv);
+}
 #include "tst_launch.moc"

@@ -18,7 +18,6 @@ export VELMORA_BIN
 [ -x "$VELMORA_PREFS" ] || fail "velmora-prefs is not built ($VELMORA_PREFS)"
 settle="${BENCH_SETTLE:-25}"
 seconds="${BENCH_SECONDS:-60}"
-ticks="$(getconf CLK_TCK)"
 
 # PID and every process below it.
 tree() {
@@ -26,13 +25,15 @@ tree() {
     echo "$pid"
     for child in $(cat /proc/"$pid"/task/*/children 2>/dev/null); do tree "$child"; done
 }
-# Summed user + system clock ticks of the tree.
-cpu_ticks() {
-    local sum=0 pid stat
+# Nanoseconds on a CPU, summed over every thread of the tree (finer than the clock
+# ticks of /proc/PID/stat, which count in 10 ms steps).
+cpu_ns() {
+    local sum=0 pid task ns
     for pid in $(tree "$1"); do
-        stat="$(cat /proc/"$pid"/stat 2>/dev/null)" || continue
-        set -- ${stat##*) }
-        sum=$((sum + ${12} + ${13}))
+        for task in /proc/"$pid"/task/*; do
+            read -r ns _ <"$task/schedstat" 2>/dev/null || continue
+            sum=$((sum + ns))
+        done
     done
     echo "$sum"
 }
@@ -50,13 +51,13 @@ measure() {
     local name=$1 pid=$2 before after
     sleep "$settle"
     alive "$pid" || { note "$name ended during the settling"; return 0; }
-    before="$(cpu_ticks "$pid")"
+    before="$(cpu_ns "$pid")"
     sleep "$seconds"
-    after="$(cpu_ticks "$pid")"
-    awk -v n="$name" -v t=$((after - before)) -v hz="$ticks" -v s="$seconds" -v kb="$(rss_kb "$pid")" \
+    after="$(cpu_ns "$pid")"
+    awk -v n="$name" -v t=$((after - before)) -v s="$seconds" -v kb="$(rss_kb "$pid")" \
         -v p="$(tree "$pid" | wc -l)" 'BEGIN {
             printf "%-10s idle CPU %6.1f ms per minute   resident %6.1f MB   (%d processes)\n",
-                   n, t * 1000 / hz * 60 / s, kb / 1024, p }'
+                   n, t / 1e6 * 60 / s, kb / 1024, p }'
 }
 
 # A day whose morning routine is done and whose evening is hours away.
@@ -78,6 +79,7 @@ for peer in safeeyes workrave; do
         note "$peer is not installed (apt-get install $peer): no figure"
         continue
     fi
+    mkdir -p "$XDG_CONFIG_HOME/$peer/style" # Safe Eyes does not make its own configuration folders
     "$peer" >"$VELMORA_TEST_OUTPUT/$peer.out" 2>&1 &
     pid=$!
     measure "$peer" "$pid"

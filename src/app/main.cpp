@@ -2,6 +2,8 @@
 #include "CrashLog.h"
 #include "DebugLog.h"
 #include "DesktopNotifier.h"
+#include "IdleMemory.h"
+#include "LockWindows.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
@@ -19,8 +21,30 @@
 #include <QDir>
 #include <QProcessEnvironment>
 #include <QStandardPaths>
+#include <QTimer>
 
 using namespace velmora;
+
+namespace {
+// Calls back when the watched window is hidden.
+class LockHiddenWatch : public QObject
+{
+public:
+    explicit LockHiddenWatch(std::function<void()> hidden)
+        : m_hidden(std::move(hidden))
+    {
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Hide)
+            m_hidden();
+        return false;
+    }
+
+private:
+    std::function<void()> m_hidden;
+};
+} // namespace
 
 static QUrl configServerFromCommandLine(const QApplication& app)
 {
@@ -100,5 +124,13 @@ int main(int argc, char* argv[])
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
+    // Start-up and each lock touch much that the idle hours do not need.
+    QTimer idle;
+    idle.setSingleShot(true);
+    idle.setInterval(5'000);
+    QObject::connect(&idle, &QTimer::timeout, &app, &releaseIdleMemory);
+    LockHiddenWatch lockHidden([&idle] { idle.start(); });
+    delegate.mainWindow().installEventFilter(&lockHidden);
+    idle.start();
     return app.exec();
 }

@@ -104,6 +104,7 @@ int main(int argc, char* argv[])
         runtime = QDir::tempPath();
     SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
     const bool restarted = environment.contains(QLatin1String(ProcessLauncher::kRestartMarker));
+    qunsetenv(ProcessLauncher::kRestartMarker); // not for the programs this one starts
     if (!instance.claim(restarted ? 10'000 : 0))
         return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
 

@@ -99,9 +99,19 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     installFocusSummary();
     shareTheKeyboardWithOurWindows();
     chooseExportFolder = [](const QString& prompt) {
-        return QFileDialog::getExistingDirectory(nullptr, prompt, QDir::homePath(),
-                                                 QFileDialog::ShowDirsOnly);
+        const auto dialog = exportFolderDialog(prompt);
+        return dialog->exec() == QDialog::Accepted ? dialog->selectedFiles().value(0) : QString();
     };
+}
+
+std::unique_ptr<QFileDialog> AppDelegate::exportFolderDialog(const QString& prompt)
+{
+    auto dialog =
+        std::make_unique<QFileDialog>(nullptr, QStringLiteral("Export Statistics"), QDir::homePath());
+    dialog->setFileMode(QFileDialog::Directory);
+    dialog->setOption(QFileDialog::ShowDirsOnly);
+    dialog->setLabelText(QFileDialog::Accept, prompt);
+    return dialog;
 }
 
 // The evening opens with the day's focus blocks and activities, read back from
@@ -568,7 +578,6 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() || !isMainWindowVisible())
         return QObject::eventFilter(watched, event);
     const auto* key = static_cast<QKeyEvent*>(event);
-    qDebug() << "Local monitor keyDown" << key->key();
     if (isReleaseChord(key) && !key->isAutoRepeat()) {
         // The last resort out of a lock: no password, no countdown.
         abortAllProcess();

@@ -16,6 +16,7 @@
 #include <QRandomGenerator>
 #include <QUrl>
 
+class QFileDialog;
 class QKeyEvent;
 #include <optional>
 
@@ -109,6 +110,8 @@ public:
     std::function<bool(const QString& message)> confirm;
     // The folder chooser of the export; tests replace it. Empty: cancelled.
     std::function<QString(const QString& prompt)> chooseExportFolder;
+    // The export's folder chooser: PROMPT is its accept button, not its title.
+    static std::unique_ptr<QFileDialog> exportFolderDialog(const QString& prompt);
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

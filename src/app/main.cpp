@@ -2,6 +2,8 @@
 #include "CrashLog.h"
 #include "DebugLog.h"
 #include "DesktopNotifier.h"
+#include "IdleMemory.h"
+#include "LockWindows.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
@@ -17,9 +19,32 @@
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QDir>
+#include <QProcessEnvironment>
 #include <QStandardPaths>
+#include <QTimer>
 
 using namespace velmora;
+
+namespace {
+// Calls back when the watched window is hidden.
+class LockHiddenWatch : public QObject
+{
+public:
+    explicit LockHiddenWatch(std::function<void()> hidden)
+        : m_hidden(std::move(hidden))
+    {
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Hide)
+            m_hidden();
+        return false;
+    }
+
+private:
+    std::function<void()> m_hidden;
+};
+} // namespace
 
 static QUrl configServerFromCommandLine(const QApplication& app)
 {
@@ -65,11 +90,22 @@ int main(int argc, char* argv[])
     paths.dataFolder =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/velmora");
 
+    // Started at login by the autostart entry, or by hand: where systemd runs, the
+    // copy under its user service is the one that lives.
+    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    if (!ProcessLauncher::startedBySystemd(environment, QCoreApplication::applicationPid())) {
+        SystemdLoginService service;
+        if (service.install() && service.handOverToUserManager())
+            return 0;
+    }
+
     QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
     if (runtime.isEmpty())
         runtime = QDir::tempPath();
     SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
-    if (!instance.claim())
+    const bool restarted = environment.contains(QLatin1String(ProcessLauncher::kRestartMarker));
+    qunsetenv(ProcessLauncher::kRestartMarker); // not for the programs this one starts
+    if (!instance.claim(restarted ? 10'000 : 0))
         return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
 
     installCrashLog(paths.dataFolder + QStringLiteral("/Debug_Logs.txt"));
@@ -89,5 +125,13 @@ int main(int argc, char* argv[])
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
+    // Start-up and each lock touch much that the idle hours do not need.
+    QTimer idle;
+    idle.setSingleShot(true);
+    idle.setInterval(5'000);
+    QObject::connect(&idle, &QTimer::timeout, &app, &releaseIdleMemory);
+    LockHiddenWatch lockHidden([&idle] { idle.start(); });
+    delegate.mainWindow().installEventFilter(&lockHidden);
+    idle.start();
     return app.exec();
 }

@@ -46,7 +46,7 @@ bool DaySchedule::isShutOffTimeGoing() const
     const auto start = todayStartInstant();
     const auto end = todayShutOffInstant();
     if (!start || !end) {
-        d.log.addLog(QStringLiteral("Start or shut-off time is not a time of day; no shut-off decided."));
+        logBadTimesOnce(QStringLiteral("Start or shut-off time is not a time of day; no shut-off decided."));
         return false;
     }
     const QDateTime now = d.clock.now();
@@ -196,6 +196,15 @@ void DaySchedule::shutOffMac()
     d.host.showExtraWindows();
 }
 
+void DaySchedule::logBadTimesOnce(const QString& line) const
+{
+    const std::pair times{d.state.startTime.value_or(Time{}), d.state.shutOffTime.value_or(Time{})};
+    if (m_badTimesLogged == times)
+        return;
+    m_badTimesLogged = times;
+    d.log.addLog(line);
+}
+
 void DaySchedule::tick()
 {
     if (d.state.isAppEnable)
@@ -205,9 +214,10 @@ void DaySchedule::tick()
     const auto start = todayStartInstant();
     const auto shutOff = todayShutOffInstant();
     if (!start || !shutOff) {
-        d.log.addLog(QStringLiteral("Start or shut-off time is not a time of day; the schedule is idle."));
+        logBadTimesOnce(QStringLiteral("Start or shut-off time is not a time of day; the schedule is idle."));
         return;
     }
+    m_badTimesLogged.reset();
 
     const QDateTime now = d.clock.now();
     const QDateTime warning = shutOff->addSecs(-300);

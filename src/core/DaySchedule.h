@@ -1,7 +1,10 @@
 #pragma once
 
+#include "SettingsRecords.h"
+
 #include <optional>
 #include <QDateTime>
+#include <utility>
 
 namespace velmora {
 
@@ -59,8 +62,12 @@ private:
     bool showStageIfDue(const QString& tillKey, void (GateHost::*show)(), const char* skippedLine);
     bool cancelMorningForCall();
     void showMainWindowIfHidden();
+    // Writes LINE once for each pair of start and shut-off times the calendar rejects,
+    // rather than at every tick of the day.
+    void logBadTimesOnce(const QString& line) const;
 
     Deps d;
+    mutable std::optional<std::pair<Time, Time>> m_badTimesLogged;
 };
 
 } // namespace velmora

@@ -66,7 +66,6 @@ static QVector<Record> decodeList(const QJsonObject& document, const char* key, 
     const auto objects = json::objectArray(document, key);
     if (!objects)
         return out;
-    qDebug().noquote() << key << QJsonDocument(document.value(QLatin1String(key)).toArray()).toJson();
     for (const QJsonObject& object : *objects)
         out.append(decode(object));
     return out;
@@ -113,9 +112,10 @@ void readSettingsJsonDictionary(RunState& state, const Preferences& preferences,
     QJsonObject document;
     if (const auto saved = preferences.string(keys::kUserdefaultsSelectedJson)) {
         document = parseDocument(saved->toUtf8(), QStringLiteral("The saved settings document"), log);
-    } else if (preferences.contains(keys::kUserdefaultsSelectedJson)) {
-        log.addLog(QStringLiteral("The saved settings document is not text; no routines loaded"));
     } else {
+        // Never saved, or saved as something other than text: the packaged document applies.
+        if (preferences.contains(keys::kUserdefaultsSelectedJson))
+            log.addLog(QStringLiteral("The saved settings document is not text; the packaged one applies"));
         QFile packaged(packagedPath);
         if (packaged.open(QIODevice::ReadOnly))
             document =

@@ -11,6 +11,7 @@
 
 #include <QCloseEvent>
 #include <QDebug>
+#include <QLineEdit>
 #include <QSignalBlocker>
 #include <QTabWidget>
 #include <QVBoxLayout>
@@ -52,6 +53,8 @@ void preferencesWindowController::menuItem_Preferences()
             enterPasswordVcObj =
                 new enterPasswordVc({c.preferences, c.clock, c.scheduler, c.log, c.texts}, this);
             enterPasswordVcObj->setAutoFillBackground(true);
+            // The window gives its keyboard to the field, however it is activated.
+            enterPasswordVcObj->setFocusProxy(enterPasswordVcObj->textFieldPassword);
             enterPasswordVcObj->onCorrect = [this] { removePasswordView(); };
             enterPasswordVcObj->onCancel = [this] {
                 hide();
@@ -66,6 +69,9 @@ void preferencesWindowController::menuItem_Preferences()
         preferencesTabViewController->setEnabled(false);
         enterPasswordVcObj->setFocus();
         c.log.addLog(QStringLiteral("Showing enter password view"));
+    } else {
+        // A prompt left from an earlier opening has nothing to guard any more.
+        removePasswordView();
     }
     bringToFront();
 }
@@ -139,8 +145,10 @@ void preferencesWindowController::resizeEvent(QResizeEvent* event)
 void preferencesWindowController::closeEvent(QCloseEvent* event)
 {
     event->ignore();
-    if (event->spontaneous() && windowShouldClose())
+    if (event->spontaneous() && windowShouldClose()) {
         hide();
+        removePasswordView();
+    }
 }
 
 } // namespace velmora

@@ -1,5 +1,6 @@
 #include "RoutineStyle.h"
 
+#include <QEvent>
 #include <QFile>
 #include <QFrame>
 #include <QLabel>
@@ -116,10 +117,36 @@ static QString assetPath(const QString& assetName)
     return {};
 }
 
+namespace {
+// Lives as long as its movie; a label's Show and Hide events arrive whenever an
+// ancestor (a screen of a stack, the lock window) is shown or hidden.
+class PlayWhileShown : public QObject
+{
+public:
+    explicit PlayWhileShown(QMovie* movie)
+        : QObject(movie)
+        , m_movie(movie)
+    {
+    }
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::Show)
+            m_movie->start();
+        else if (event->type() == QEvent::Hide)
+            m_movie->stop();
+        return false;
+    }
+
+private:
+    QMovie* m_movie;
+};
+} // namespace
+
 void stopAnimation(QLabel* label)
 {
     if (QMovie* movie = label->movie()) {
         label->setMovie(nullptr);
+        movie->stop();
         movie->deleteLater();
     }
     label->clear();
@@ -139,7 +166,16 @@ void showAnimation(QLabel* label, const QString& assetName, bool reducedMotion)
     }
     auto* movie = new QMovie(path, QByteArray(), label);
     label->setMovie(movie);
-    movie->start();
+    // Decoding frames costs CPU all day long: the movie plays only while its
+    // label is on screen, whichever ancestor hides or shows it.
+    label->installEventFilter(new PlayWhileShown(movie));
+    if (label->isVisible())
+        movie->start();
+}
+
+bool isAnimating(const QLabel* label)
+{
+    return label->movie() && label->movie()->state() == QMovie::Running;
 }
 
 } // namespace velmora::style

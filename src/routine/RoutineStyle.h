@@ -23,5 +23,7 @@ QFrame* overlayCard(QWidget* overlay);
 // Plays a named animation in the label, or shows nothing with reduced motion.
 void showAnimation(QLabel* label, const QString& assetName, bool reducedMotion);
 void stopAnimation(QLabel* label);
+// True while the label's movie decodes frames.
+bool isAnimating(const QLabel* label);
 
 } // namespace velmora::style

@@ -81,8 +81,6 @@ ViewController::ViewController(RoutineContext ctx, QWidget* parent)
     containerView->installEventFilter(this);
 
     lblMessage = style::title(this, "lblMessage");
-    lblMessage->setText(
-        c.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")));
     lblMessage->hide();
     layout->addWidget(lblMessage, 1);
 
@@ -368,6 +366,8 @@ void ViewController::showStayFocusedMessage()
 {
     clearContainer();
     boxContainer->hide();
+    lblMessage->setText(
+        c.texts.text("common", "stayFocusedText", QStringLiteral("OK - Stay focused throughout the day!")));
     lblMessage->show();
 }
 

@@ -17,6 +17,7 @@ using CreateFn = QWidget* (*)(QWidget*);
 using LoadFn = void (*)(QWidget*, const QUrl&);
 using CreateWithChannelFn = QWidget* (*)(QWidget*, QObject*);
 using RunJavaScriptFn = void (*)(QWidget*, const QString&);
+using StopFn = bool (*)(QWidget*);
 
 struct Module
 {
@@ -24,6 +25,7 @@ struct Module
     LoadFn load = nullptr;
     CreateWithChannelFn createWithChannel = nullptr;
     RunJavaScriptFn runJavaScript = nullptr;
+    StopFn stop = nullptr;
 };
 
 const Module& module()
@@ -40,7 +42,8 @@ const Module& module()
         m.createWithChannel =
             reinterpret_cast<CreateWithChannelFn>(library.resolve("velmoraCreateChannelView"));
         m.runJavaScript = reinterpret_cast<RunJavaScriptFn>(library.resolve("velmoraRunJavaScript"));
-        if (!m.create || !m.load || !m.createWithChannel || !m.runJavaScript)
+        m.stop = reinterpret_cast<StopFn>(library.resolve("velmoraStopLoading"));
+        if (!m.create || !m.load || !m.createWithChannel || !m.runJavaScript || !m.stop)
             m = Module{};
         return m;
     }();
@@ -86,6 +89,11 @@ void load(QWidget* view, const QUrl& url)
 {
     if (view && module().load)
         module().load(view, url);
+}
+
+bool stopLoading(QWidget* view)
+{
+    return view && module().stop && module().stop(view);
 }
 
 } // namespace velmora::webpage

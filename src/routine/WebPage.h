@@ -17,6 +17,10 @@ void load(QWidget* view, const QUrl& url);
 // cannot be had (no module, no graphics context).
 QWidget* createWithChannel(QWidget* parent, QObject* bridge);
 void runJavaScript(QWidget* view, const QString& script);
+// Stops a load that is still under way; answers whether there was one.
+bool stopLoading(QWidget* view);
+// A page that has not loaded in this time is given up.
+inline constexpr int kLoadTimeoutMs = 60'000;
 // The module's path: beside the program, where the build and the install put it.
 QString modulePath();
 

@@ -25,16 +25,13 @@ logQuantityVc::logQuantityVc(RoutineContext ctx, QWidget* parent)
     auto* layout = static_cast<QVBoxLayout*>(card->layout());
     lblTitle = style::title(card, "lblTitle");
     lblTitle->setMinimumWidth(560);
-    lblTitle->setText(c.texts.text("logQuantityInfo", "title", QStringLiteral("Log Quantity of activity")));
     lblSubTitle = style::body(card, "lblSubTitle");
     textFieldCount = new QLineEdit(card);
     textFieldCount->setObjectName(QStringLiteral("textFieldCount"));
     textFieldCount->setAlignment(Qt::AlignCenter);
     textFieldCount->setAccessibleName(QStringLiteral("textFieldCount"));
     btnOk = style::primaryButton(card, "btnOk");
-    btnOk->setText(c.texts.text("logQuantityInfo", "buttonOkText", QStringLiteral("OK")));
     btnCancel = style::quietButton(card, "btnCancel");
-    btnCancel->setText(c.texts.text("logQuantityInfo", "buttonCancelText", QStringLiteral("Cancel")));
     auto* buttons = new QHBoxLayout;
     buttons->addStretch();
     buttons->addWidget(btnCancel);
@@ -54,6 +51,10 @@ void logQuantityVc::resetData(const QString& itemName, const QString& duration,
                               const std::optional<QString>& question, CURRENTSTATE currentState)
 {
     lCurrentState = currentState;
+    // The catalogue may have arrived since the screen was built.
+    lblTitle->setText(c.texts.text("logQuantityInfo", "title", QStringLiteral("Log Quantity of activity")));
+    btnOk->setText(c.texts.text("logQuantityInfo", "buttonOkText", QStringLiteral("OK")));
+    btnCancel->setText(c.texts.text("logQuantityInfo", "buttonCancelText", QStringLiteral("Cancel")));
     name = itemName;
     durationInSeconds = duration;
     textFieldCount->clear();

@@ -59,16 +59,7 @@ thirdVc::thirdVc(RoutineContext ctx, ViewController& main, QWidget* parent)
     layout->addStretch(2);
     outer->addWidget(boxBg);
 
-    style::showAnimation(imgViewGif, QStringLiteral("Smile _Small"), c.state.kIsReducedMotion);
     boxBreathingFinished->hide();
-    // The status icon stands where the text says "<icon>".
-    const QString end =
-        c.texts.text("welcomeInfo", "welcomeEndMessage",
-                     QStringLiteral("Hope you feel calmer. You can now personalise your morning "
-                                    "routine by clicking on the icon <icon> on the top bar and "
-                                    "choosing settings."));
-    lblSubTitle->setText(end.toHtmlEscaped().replace(
-        QLatin1String("&lt;icon&gt;"), QLatin1String("<img src=\":/images/clock22.png\" height=\"22\">")));
 }
 
 rememberNextHabitVc& thirdVc::getRememberNextHabitVcObj()
@@ -190,6 +181,7 @@ void thirdVc::habitFinished(int index, bool morning)
     lblProgress->setText(progressLine(list, index));
 
     if (morning && index == list.size() - 1) {
+        style::showAnimation(imgViewGif, QStringLiteral("Smile _Small"), c.state.kIsReducedMotion);
         imgViewGif->show();
         lblTitle->setText(fillTemplate(c.texts.lastActivityFinishedText, {{"<ACTIVITY>", h.name}}));
         setMainButton(c.texts.unlockMachineButtonText);
@@ -219,6 +211,14 @@ void thirdVc::breathingFinished()
 {
     lblProgress->hide();
     imgViewGif->hide();
+    // The status icon stands where the text says "<icon>".
+    const QString end =
+        c.texts.text("welcomeInfo", "welcomeEndMessage",
+                     QStringLiteral("Hope you feel calmer. You can now personalise your morning "
+                                    "routine by clicking on the icon <icon> on the top bar and "
+                                    "choosing settings."));
+    lblSubTitle->setText(end.toHtmlEscaped().replace(
+        QLatin1String("&lt;icon&gt;"), QLatin1String("<img src=\":/images/clock22.png\" height=\"22\">")));
     boxBreathingFinished->show();
     QString name = QStringLiteral("Breathing");
     const QJsonValue intros = c.texts.configjson()

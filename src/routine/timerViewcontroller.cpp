@@ -1,6 +1,7 @@
 #include "timerViewcontroller.h"
 
 #include "Clock.h"
+#include "DebugLog.h"
 #include "DisplayAwake.h"
 #include "DurationTexts.h"
 #include "RoutineHost.h"
@@ -96,6 +97,21 @@ void timerViewcontroller::loadWebViewTo(const std::optional<QString>& url)
     ensureWebView();
     m_loadedUrl = address;
     webpage::load(webView, address);
+    armPageTimeout();
+}
+
+void timerViewcontroller::armPageTimeout()
+{
+    if (m_pageTimeout)
+        c.scheduler.cancel(*m_pageTimeout);
+    m_pageTimeout.reset();
+    if (!webView)
+        return;
+    m_pageTimeout = c.scheduler.singleShot(webpage::kLoadTimeoutMs, this, [this] {
+        m_pageTimeout.reset();
+        if (webpage::stopLoading(webView))
+            c.log.addLog(QStringLiteral("The page did not load within 60 seconds; it was stopped."));
+    });
 }
 
 void timerViewcontroller::loadBlankUrl()
@@ -104,6 +120,7 @@ void timerViewcontroller::loadBlankUrl()
         return;
     m_loadedUrl = QUrl(QStringLiteral("about:blank"));
     webpage::load(webView, m_loadedUrl);
+    armPageTimeout();
 }
 
 void timerViewcontroller::showAnimation()

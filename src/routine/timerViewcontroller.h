@@ -63,10 +63,13 @@ private:
     void setTitleAndStart(const QString& name, int duration, bool fromZero);
     void ensureWebView();
     void finishItem();
+    // Gives up a page that has not loaded within its time.
+    void armPageTimeout();
 
     RoutineContext c;
     ViewController& m_main;
     std::optional<TimerId> timer;
+    std::optional<TimerId> m_pageTimeout;
     QWidget* m_pageArea = nullptr;
     QUrl m_loadedUrl;
 };

@@ -158,10 +158,10 @@ void blankController::closeEvent(QCloseEvent* event)
     event->ignore();
 }
 
-LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, QString appName)
+LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName)
     : m_main(mainWindow)
     , m_scheduler(scheduler)
-    , m_appName(std::move(appName))
+    , m_appName(appName)
 {
 }
 
@@ -190,6 +190,8 @@ void LockWindows::showExtraWindows()
         }
     }
     for (const auto& window : std::as_const(m_windows)) {
+        if (window)
+            window->lblTitle->setText(m_appName);
         if (window && !window->isVisible())
             window->showFullScreen();
     }

@@ -64,7 +64,8 @@ class LockWindows : public QObject
 {
     Q_OBJECT
 public:
-    LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, QString appName);
+    // appName is read each time the windows are shown: the catalogue may change it.
+    LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName);
 
     void showExtraWindows();
     void hideBlankWindowInSecondaryMonitor();
@@ -81,7 +82,7 @@ private:
 
     CustomWindow& m_main;
     Scheduler& m_scheduler;
-    QString m_appName;
+    const QString& m_appName;
     QList<QPointer<blankController>> m_windows;
 };
 

@@ -336,7 +336,10 @@ void abortingConfirmVc::popUpBtnReasonsClicked(int index)
 
 void abortingConfirmVc::textDidChange()
 {
-    // The feedback is compulsory, the address is not; a single blank counts.
+    // The feedback is compulsory, the address is not; a single blank counts. Once a
+    // reason has been sent the list is locked, and an edit must not arm the button again.
+    if (!popUpBtnReasons->isEnabled())
+        return;
     const int index = popUpBtnReasons->currentIndex();
     if (index == AppBroken)
         btnDeactivateAppBroken->setEnabled(!textViewAppBroken->toPlainText().isEmpty());

@@ -2,12 +2,21 @@
 
 #include "AppDelegate.h"
 #include "FakePorts.h"
+#include "PreferenceKeys.h"
+#include "UsageLog.h"
 
 #include <memory>
+#include <QAbstractButton>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QtTest>
 
 namespace velmora::test {
+
+inline QDateTime at(int day, const QTime& time)
+{
+    return QDateTime(QDate(2026, 11, day), time);
+}
 
 // A program on the virtual clock: fake ports, a private data folder and a
 // settings document of the test's own.
@@ -28,9 +37,7 @@ struct AppFixture
 
     explicit AppFixture(const QByteArray& document = dayDocument())
     {
-        QFile file(settingsPath());
-        file.open(QIODevice::WriteOnly);
-        file.write(document);
+        dayDocumentWith(document);
         fakes.preferences.setValue(QStringLiteral("kUserdefaultsFirstRun"), true);
         // Tests run without a tray; the one-time hint about it is its own test.
         fakes.preferences.setValue(QStringLiteral("velmoraTrayHintShown"), true);
@@ -44,6 +51,50 @@ struct AppFixture
         fakes.preferences.setValue(QStringLiteral("kUserdefaultsEveningHabitsShowedTillDate"), until);
     }
 
+    // The packaged settings document the next launch reads.
+    void dayDocumentWith(const QByteArray& document)
+    {
+        QFile file(settingsPath());
+        file.open(QIODevice::WriteOnly);
+        file.write(document);
+    }
+
+    // This morning's routine is done: the day runs without it.
+    void morningDone()
+    {
+        fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
+    }
+
+    // The morning routine's overview is up at 07:00:03, after a night already behind us.
+    AppDelegate& morningUp()
+    {
+        fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
+        fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
+        nightStagesDone(at(23, QTime(7, 0)));
+        AppDelegate& a = launch(at(23, QTime(6, 59, 58)));
+        fakes.scheduler.advanceTo(QTime(7, 0, 3));
+        return a;
+    }
+
+    // The usage log's rows without their time stamp (the write moment).
+    QStringList usageRows() const
+    {
+        const QString all = readAll(dataFolder() + QStringLiteral("/vlmrStats.csv"));
+        QStringList out;
+        for (const QString& row : all.mid(qstrlen(UsageLog::kHeader)).split(u'\n', Qt::SkipEmptyParts)) {
+            QStringList fields = row.split(u',');
+            fields.removeAt(1);
+            out << fields.join(u',');
+        }
+        return out;
+    }
+
+    static QString readAll(const QString& path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
+
     QString settingsPath() const { return dir.filePath(QStringLiteral("settings.json")); }
     QString dataFolder() const { return dir.filePath(QStringLiteral("data")); }
 
@@ -55,6 +106,7 @@ struct AppFixture
         AppPaths paths;
         paths.dataFolder = dataFolder();
         paths.packagedSettings = settingsPath();
+        paths.configServer = configServer;
         if (!catalogue.isEmpty()) {
             QFile file(dir.filePath(QStringLiteral("config.json")));
             file.open(QIODevice::WriteOnly);
@@ -68,12 +120,7 @@ struct AppFixture
         return *app;
     }
 
-    QString debugLog() const
-    {
-        QFile file(dataFolder() + QStringLiteral("/Debug_Logs.txt"));
-        file.open(QIODevice::ReadOnly);
-        return QString::fromUtf8(file.readAll());
-    }
+    QString debugLog() const { return readAll(dataFolder() + QStringLiteral("/Debug_Logs.txt")); }
     int logCount(const QString& line) const
     {
         return debugLog().count(QStringLiteral("  -  ") + line + u'\n');
@@ -82,11 +129,14 @@ struct AppFixture
     QList<int> exitStatuses;
     // A text catalogue of the test's own instead of the packaged one.
     QByteArray catalogue;
+    // Where the catalogue is downloaded from; the test answers the request.
+    QUrl configServer;
 };
 
-inline QDateTime at(int day, const QTime& time)
+inline void click(QAbstractButton* button)
 {
-    return QDateTime(QDate(2026, 11, day), time);
+    QVERIFY2(button->isVisible() && button->isEnabled(), qPrintable(button->objectName()));
+    QTest::mouseClick(button, Qt::LeftButton);
 }
 
 } // namespace velmora::test

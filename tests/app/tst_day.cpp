@@ -2,12 +2,12 @@
 // the real application object and its five-second tick.
 
 #include "AppFixture.h"
+#include "focusSummaryVc.h"
 #include "LockWindows.h"
 #include "PreferenceKeys.h"
 #include "StatusItem.h"
 #include "SyncTimestamps.h"
 #include "ViewController.h"
-#include "focusSummaryVc.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -18,247 +18,237 @@ using namespace velmora::test;
 class DayTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void morningGateOpensOnceAtStartTime();
-    void restartAfterStartTimeOpensGateAtOnce();
-    void warningFallsOnlyInsideItsBand_data();
-    void warningFallsOnlyInsideItsBand();
-    void shutOffChainStartsAfterShutOffTime();
-    void eveningStagesEachShowOncePerNight();
-    void shutdownAbortedHoldsLockBack();
-    void callCancelsMorningRoutine_data();
-    void callCancelsMorningRoutine();
-    void deactivatedProgramLocksOnlyWithReactivationDate_data();
-    void deactivatedProgramLocksOnlyWithReactivationDate();
-    void otherMachineShowedMorningRoutine();
-    void pastMidnightShutOff();
+    void morningGateOpensOnceAtStartTime()
+    {
+        AppFixture f;
+        f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
+        f.nightStagesDone(at(23, QTime(7, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(6, 0, 1)));
+
+        // Before the start time the night's lock holds the machine.
+        f.fakes.scheduler.advanceTo(QTime(6, 59, 59));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+
+        f.fakes.scheduler.advanceTo(QTime(7, 0, 2));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+        QVERIFY(app.mainWindow().isVisible());
+        QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date(), QDate(2026, 11, 23));
+
+        // The routine is lifted by hand; the gate must not open again today.
+        app.viewController().unlockMachine();
+        app.state().currentState = CURRENTSTATE::_NOTHING_;
+        f.fakes.scheduler.advanceTo(QTime(21, 0));
+        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
+        QCOMPARE(f.logCount(QStringLiteral("Initiating morning habits.")), 1);
+        QVERIFY(!app.mainWindow().isVisible());
+    }
+
+    void restartAfterStartTimeOpensGateAtOnce()
+    {
+        AppFixture f;
+        f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(11, 0)));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
+        QVERIFY(app.isTickRunning());
+    }
+
+    void warningFallsOnlyInsideItsBand_data()
+    {
+        QTest::addColumn<QTime>("launch");
+        QTest::addColumn<int>("notifications");
+        // Ticks at :x1 and :x6 put one tick strictly inside (21:54:55, 21:55:00).
+        QTest::newRow("one tick in the band") << QTime(6, 0, 1) << 1;
+        // Ticks on :x0 and :x5 land on the band's edges, which do not count.
+        QTest::newRow("ticks on the edges") << QTime(6, 0, 0) << 0;
+    }
+
+    void warningFallsOnlyInsideItsBand()
+    {
+        QFETCH(QTime, launch);
+        QFETCH(int, notifications);
+        AppFixture f;
+        f.morningDone();
+        f.launch(at(23, launch));
+        f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
+        QCOMPARE(f.fakes.notifier.notifications.size(), notifications);
+        if (notifications)
+            QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("5 minutes")));
+    }
+
+    void shutOffChainStartsAfterShutOffTime()
+    {
+        AppFixture f;
+        f.morningDone();
+        AppDelegate& app = f.launch(at(23, QTime(20, 0)));
+        f.fakes.scheduler.advanceTo(QTime(22, 0, 0));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
+        QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 0);
+
+        f.fakes.scheduler.advanceTo(QTime(22, 0, 5));
+        QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 1);
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
+        QVERIFY(app.mainWindow().isVisible());
+        QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsFocusSummaryShowedTillDate),
+                 at(24, QTime(7, 0)));
+        QVERIFY(!app.state().isHabitAlreadyShowed);
+    }
+
+    void eveningStagesEachShowOncePerNight()
+    {
+        AppFixture f;
+        f.morningDone();
+        AppDelegate& app = f.launch(at(23, QTime(22, 10)));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
+
+        // The summary's continue button hands back to the gate.
+        QTest::mouseClick(app.focusSummary().btnContinue, Qt::LeftButton);
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_EVENING_HABIT_);
+        QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsEveningHabitsShowedTillDate),
+                 at(24, QTime(7, 0)));
+
+        // The evening routine ends in the lock, which the following ticks leave alone.
+        app.viewController().shutOffMac();
+        f.fakes.scheduler.advanceTo(QTime(23, 59));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+        QCOMPARE(f.logCount(QStringLiteral("Showing Focus Summary")), 1);
+        QCOMPARE(f.logCount(QStringLiteral("Initiate and run Evening Habits.")), 1);
+        QCOMPARE(f.logCount(QStringLiteral("Showing Shut Off screen.")), 1);
+
+        // A restart in the night goes straight back to the lock.
+        AppDelegate& again = f.launch(at(24, QTime(2, 0)));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+        QCOMPARE(f.logCount(QStringLiteral("Focus Summary already shown for today - skipping.")), 2);
+        QCOMPARE(f.logCount(QStringLiteral("Evening habits already shown for today - skipping.")), 1);
+
+        // Morning: the gate opens, the period is over.
+        f.fakes.scheduler.advanceTo(QTime(7, 0, 5));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+    }
+
+    void shutdownAbortedHoldsLockBack()
+    {
+        AppFixture f;
+        f.morningDone();
+        f.fakes.preferences.setValue(keys::kUserdefaultsShutdownAborted, at(23, QTime(22, 30)));
+        AppDelegate& app = f.launch(at(23, QTime(21, 0, 1)));
+
+        f.fakes.scheduler.advanceTo(QTime(22, 30, 0));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
+        QVERIFY(f.fakes.preferences.contains(keys::kUserdefaultsShutdownAborted));
+
+        // One tick removes the passed date, the next one locks.
+        f.fakes.scheduler.advanceTo(QTime(22, 30, 2));
+        QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsShutdownAborted));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
+        f.fakes.scheduler.advanceTo(QTime(22, 30, 7));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
+    }
+
+    void callCancelsMorningRoutine_data()
+    {
+        QTest::addColumn<bool>("mic");
+        QTest::addColumn<QString>("line");
+        QTest::newRow("microphone") << true << QStringLiteral("Mic is in use, Morning Habits cancelled.");
+        QTest::newRow("camera") << false << QStringLiteral("Camera is is use, Morning Habits cancelled.");
+    }
+
+    void callCancelsMorningRoutine()
+    {
+        QFETCH(bool, mic);
+        QFETCH(QString, line);
+        AppFixture f;
+        f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
+        f.nightStagesDone(at(23, QTime(7, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(6, 50)));
+        (mic ? f.fakes.media.mic : f.fakes.media.camera) = true;
+
+        f.fakes.scheduler.advanceTo(QTime(7, 1));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+        QCOMPARE(app.statusItem().look(), StatusItem::Look::Call);
+        QCOMPARE(app.statusItem().title(), QStringLiteral("CALL"));
+        QCOMPARE(f.logCount(line), 13); // every tick from 07:00:00 to 07:01:00
+        QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsLastHabitShowDate) ||
+                f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date() !=
+                    QDate(2026, 11, 23));
+
+        // The routine starts on the first tick after the call.
+        (mic ? f.fakes.media.mic : f.fakes.media.camera) = false;
+        f.fakes.scheduler.advance(5000);
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+        QCOMPARE(app.statusItem().look(), StatusItem::Look::Normal);
+    }
+
+    void deactivatedProgramLocksOnlyWithReactivationDate_data()
+    {
+        QTest::addColumn<bool>("withDate");
+        QTest::newRow("deactivated for four hours") << true;
+        QTest::newRow("deactivated for good") << false;
+    }
+
+    void deactivatedProgramLocksOnlyWithReactivationDate()
+    {
+        QFETCH(bool, withDate);
+        AppFixture f;
+        f.morningDone();
+        f.fakes.preferences.setValue(keys::kUserdefaultsIsAppEnabled, false);
+        if (withDate)
+            f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(23, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(19, 0, 1)));
+        QCOMPARE(app.statusItem().look(), StatusItem::Look::Off);
+        QCOMPARE(f.logCount(QStringLiteral("App started in Deactivated state")), 1);
+        QVERIFY(!app.isTickRunning());
+
+        f.fakes.scheduler.advanceTo(QTime(22, 10));
+        QCOMPARE(app.state().currentState,
+                 withDate ? CURRENTSTATE::_FOCUS_SUMMARY_ : CURRENTSTATE::_NOTHING_);
+        QCOMPARE(app.mainWindow().isVisible(), withDate);
+
+        // When the date passes the program reactivates itself through a restart.
+        f.fakes.scheduler.advanceTo(QTime(23, 0, 5));
+        QCOMPARE(f.fakes.launcher.restarts, withDate ? 1 : 0);
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), withDate);
+    }
+
+    void otherMachineShowedMorningRoutine()
+    {
+        AppFixture f;
+        QTemporaryDir sync;
+        f.fakes.preferences.setValue(keys::kUserdefaultsSelectedFolder, sync.path());
+        f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
+        f.nightStagesDone(at(23, QTime(7, 0)));
+        QFile plist(sync.filePath(QStringLiteral("timestamp.plist")));
+        QVERIFY(plist.open(QIODevice::WriteOnly));
+        plist.write(SyncTimestamps::writePlist(
+            {{QStringLiteral("lastMorningRoutine"), QStringLiteral("2026-11-23 06:40:00")}}));
+        plist.close();
+
+        AppDelegate& app = f.launch(at(23, QTime(6, 59)));
+        f.fakes.scheduler.advanceTo(QTime(7, 30));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+        QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate), at(22, QTime(7, 0)));
+    }
+
+    void pastMidnightShutOff()
+    {
+        AppFixture f(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
+                        "startTime": "07:00", "shutOffTime": "01:00"})");
+        f.morningDone();
+        AppDelegate& app = f.launch(at(23, QTime(23, 0, 1)));
+        // Past midnight is still daytime until 01:00.
+        f.fakes.scheduler.advanceTo(QTime(23, 59, 59));
+        f.fakes.scheduler.runUntil(at(24, QTime(1, 0, 0)));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
+        f.fakes.scheduler.runUntil(at(24, QTime(1, 0, 10)));
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
+        // A stage shown after the shut-off counts until tomorrow's start, a full day ahead.
+        QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsFocusSummaryShowedTillDate),
+                 at(25, QTime(7, 0)));
+    }
 };
-
-void DayTest::morningGateOpensOnceAtStartTime()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-    f.nightStagesDone(at(23, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(6, 0, 1)));
-
-    // Before the start time the night's lock holds the machine.
-    f.fakes.scheduler.advanceTo(QTime(6, 59, 59));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-    QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
-
-    f.fakes.scheduler.advanceTo(QTime(7, 0, 2));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-    QVERIFY(app.mainWindow().isVisible());
-    QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date(), QDate(2026, 11, 23));
-
-    // The routine is lifted by hand; the gate must not open again today.
-    app.viewController().unlockMachine();
-    app.state().currentState = CURRENTSTATE::_NOTHING_;
-    f.fakes.scheduler.advanceTo(QTime(21, 0));
-    QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
-    QCOMPARE(f.logCount(QStringLiteral("Initiating morning habits.")), 1);
-    QVERIFY(!app.mainWindow().isVisible());
-}
-
-void DayTest::restartAfterStartTimeOpensGateAtOnce()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(11, 0)));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-    QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
-    QVERIFY(app.isTickRunning());
-}
-
-void DayTest::warningFallsOnlyInsideItsBand_data()
-{
-    QTest::addColumn<QTime>("launch");
-    QTest::addColumn<int>("notifications");
-    // Ticks at :x1 and :x6 put one tick strictly inside (21:54:55, 21:55:00).
-    QTest::newRow("one tick in the band") << QTime(6, 0, 1) << 1;
-    // Ticks on :x0 and :x5 land on the band's edges, which do not count.
-    QTest::newRow("ticks on the edges") << QTime(6, 0, 0) << 0;
-}
-
-void DayTest::warningFallsOnlyInsideItsBand()
-{
-    QFETCH(QTime, launch);
-    QFETCH(int, notifications);
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    f.launch(at(23, launch));
-    f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
-    QCOMPARE(f.fakes.notifier.notifications.size(), notifications);
-    if (notifications)
-        QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("5 minutes")));
-}
-
-void DayTest::shutOffChainStartsAfterShutOffTime()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(20, 0)));
-    f.fakes.scheduler.advanceTo(QTime(22, 0, 0));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-    QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 0);
-
-    f.fakes.scheduler.advanceTo(QTime(22, 0, 5));
-    QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 1);
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
-    QVERIFY(app.mainWindow().isVisible());
-    QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsFocusSummaryShowedTillDate), at(24, QTime(7, 0)));
-    QVERIFY(!app.state().isHabitAlreadyShowed);
-}
-
-void DayTest::eveningStagesEachShowOncePerNight()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(22, 10)));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
-
-    // The summary's continue button hands back to the gate.
-    QTest::mouseClick(app.focusSummary().btnContinue, Qt::LeftButton);
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_EVENING_HABIT_);
-    QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsEveningHabitsShowedTillDate), at(24, QTime(7, 0)));
-
-    // The evening routine ends in the lock, which the following ticks leave alone.
-    app.viewController().shutOffMac();
-    f.fakes.scheduler.advanceTo(QTime(23, 59));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-    QCOMPARE(f.logCount(QStringLiteral("Showing Focus Summary")), 1);
-    QCOMPARE(f.logCount(QStringLiteral("Initiate and run Evening Habits.")), 1);
-    QCOMPARE(f.logCount(QStringLiteral("Showing Shut Off screen.")), 1);
-
-    // A restart in the night goes straight back to the lock.
-    AppDelegate& again = f.launch(at(24, QTime(2, 0)));
-    QCOMPARE(again.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-    QCOMPARE(f.logCount(QStringLiteral("Focus Summary already shown for today - skipping.")), 2);
-    QCOMPARE(f.logCount(QStringLiteral("Evening habits already shown for today - skipping.")), 1);
-
-    // Morning: the gate opens, the period is over.
-    f.fakes.scheduler.advanceTo(QTime(7, 0, 5));
-    QCOMPARE(again.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-}
-
-void DayTest::shutdownAbortedHoldsLockBack()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    f.fakes.preferences.setValue(keys::kUserdefaultsShutdownAborted, at(23, QTime(22, 30)));
-    AppDelegate& app = f.launch(at(23, QTime(21, 0, 1)));
-
-    f.fakes.scheduler.advanceTo(QTime(22, 30, 0));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-    QVERIFY(f.fakes.preferences.contains(keys::kUserdefaultsShutdownAborted));
-
-    // One tick removes the passed date, the next one locks.
-    f.fakes.scheduler.advanceTo(QTime(22, 30, 2));
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsShutdownAborted));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-    f.fakes.scheduler.advanceTo(QTime(22, 30, 7));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
-}
-
-void DayTest::callCancelsMorningRoutine_data()
-{
-    QTest::addColumn<bool>("mic");
-    QTest::addColumn<QString>("line");
-    QTest::newRow("microphone") << true << QStringLiteral("Mic is in use, Morning Habits cancelled.");
-    QTest::newRow("camera") << false << QStringLiteral("Camera is is use, Morning Habits cancelled.");
-}
-
-void DayTest::callCancelsMorningRoutine()
-{
-    QFETCH(bool, mic);
-    QFETCH(QString, line);
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-    f.nightStagesDone(at(23, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(6, 50)));
-    (mic ? f.fakes.media.mic : f.fakes.media.camera) = true;
-
-    f.fakes.scheduler.advanceTo(QTime(7, 1));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-    QCOMPARE(app.statusItem().look(), StatusItem::Look::Call);
-    QCOMPARE(app.statusItem().title(), QStringLiteral("CALL"));
-    QCOMPARE(f.logCount(line), 13); // every tick from 07:00:00 to 07:01:00
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsLastHabitShowDate) ||
-            f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date() != QDate(2026, 11, 23));
-
-    // The routine starts on the first tick after the call.
-    (mic ? f.fakes.media.mic : f.fakes.media.camera) = false;
-    f.fakes.scheduler.advance(5000);
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-    QCOMPARE(app.statusItem().look(), StatusItem::Look::Normal);
-}
-
-void DayTest::deactivatedProgramLocksOnlyWithReactivationDate_data()
-{
-    QTest::addColumn<bool>("withDate");
-    QTest::newRow("deactivated for four hours") << true;
-    QTest::newRow("deactivated for good") << false;
-}
-
-void DayTest::deactivatedProgramLocksOnlyWithReactivationDate()
-{
-    QFETCH(bool, withDate);
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    f.fakes.preferences.setValue(keys::kUserdefaultsIsAppEnabled, false);
-    if (withDate)
-        f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(23, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(19, 0, 1)));
-    QCOMPARE(app.statusItem().look(), StatusItem::Look::Off);
-    QCOMPARE(f.logCount(QStringLiteral("App started in Deactivated state")), 1);
-    QVERIFY(!app.isTickRunning());
-
-    f.fakes.scheduler.advanceTo(QTime(22, 10));
-    QCOMPARE(app.state().currentState, withDate ? CURRENTSTATE::_FOCUS_SUMMARY_ : CURRENTSTATE::_NOTHING_);
-    QCOMPARE(app.mainWindow().isVisible(), withDate);
-
-    // When the date passes the program reactivates itself through a restart.
-    f.fakes.scheduler.advanceTo(QTime(23, 0, 5));
-    QCOMPARE(f.fakes.launcher.restarts, withDate ? 1 : 0);
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), withDate);
-}
-
-void DayTest::otherMachineShowedMorningRoutine()
-{
-    AppFixture f;
-    QTemporaryDir sync;
-    f.fakes.preferences.setValue(keys::kUserdefaultsSelectedFolder, sync.path());
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-    f.nightStagesDone(at(23, QTime(7, 0)));
-    QFile plist(sync.filePath(QStringLiteral("timestamp.plist")));
-    QVERIFY(plist.open(QIODevice::WriteOnly));
-    plist.write(SyncTimestamps::writePlist(
-        {{QStringLiteral("lastMorningRoutine"), QStringLiteral("2026-11-23 06:40:00")}}));
-    plist.close();
-
-    AppDelegate& app = f.launch(at(23, QTime(6, 59)));
-    f.fakes.scheduler.advanceTo(QTime(7, 30));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-    QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
-    QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate), at(22, QTime(7, 0)));
-}
-
-void DayTest::pastMidnightShutOff()
-{
-    AppFixture f(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
-                    "startTime": "07:00", "shutOffTime": "01:00"})");
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(23, 0, 1)));
-    // Past midnight is still daytime until 01:00.
-    f.fakes.scheduler.advanceTo(QTime(23, 59, 59));
-    f.fakes.scheduler.runUntil(at(24, QTime(1, 0, 0)));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-    f.fakes.scheduler.runUntil(at(24, QTime(1, 0, 10)));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
-    // A stage shown after the shut-off counts until tomorrow's start, a full day ahead.
-    QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsFocusSummaryShowedTillDate), at(25, QTime(7, 0)));
-}
 
 QTEST_MAIN(DayTest)
 #include "tst_day.moc"

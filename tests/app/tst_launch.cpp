@@ -2,9 +2,12 @@
 // preferences that an older version or a hand edit left in a bad state.
 
 #include "AppFixture.h"
+#include "firstViewController.h"
 #include "LockWindows.h"
+#include "logQuantityVc.h"
 #include "PreferenceKeys.h"
 #include "StatusItem.h"
+#include "thirdVc.h"
 #include "ViewController.h"
 
 #include <QtTest>
@@ -16,258 +19,246 @@ using namespace velmora::test;
 class LaunchTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void firstRunShowsWelcomeAndStartsTickAfterUnlock();
-    void secondLaunchAfterKilledWelcomeIsNoFirstRun();
-    void dataFolderIsPreparedAndBlockPageRefreshed();
-    void startUpWaitsForTheCatalogue_data();
-    void startUpWaitsForTheCatalogue();
-    void preferencesOfTheWrongTypeNeverCrash_data();
-    void preferencesOfTheWrongTypeNeverCrash();
-    void boolPreferencesAreSeeded();
-    void focusTypesAreRepairedAtLaunch();
-    void resetHotKeyAsksThenClearsAndRestarts_data();
-    void resetHotKeyAsksThenClearsAndRestarts();
-    void reactivationDatePastAtLaunchRestartsAtOnce();
-    void passwordIsClearedAfterItsDate();
-    void missingTrayIsToldOnce();
+    void secondLaunchAfterKilledWelcomeIsNoFirstRun()
+    {
+        AppFixture f;
+        f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
+        f.launch(at(23, QTime(15, 0)));
+        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
+        QVERIFY(again.isTickRunning());
+        QCOMPARE(f.logCount(QStringLiteral("Showing first time welcome activity.")), 1);
+    }
+
+    void dataFolderIsPreparedAndBlockPageRefreshed()
+    {
+        AppFixture f;
+        const QString data = f.dataFolder();
+        QDir().mkpath(data);
+        QFile stale(data + QStringLiteral("/vlmr-focus.html"));
+        QVERIFY(stale.open(QIODevice::WriteOnly));
+        stale.write("old page");
+        stale.close();
+
+        f.launch(at(23, QTime(15, 0)));
+        QFile csv(data + QStringLiteral("/vlmrStats.csv"));
+        QVERIFY(csv.open(QIODevice::ReadOnly));
+        QCOMPARE(csv.readAll(), QByteArray(UsageLog::kHeader));
+        QFile page(data + QStringLiteral("/vlmr-focus.html"));
+        QVERIFY(page.open(QIODevice::ReadOnly));
+        QVERIFY(page.readAll().contains("old_url"));
+        QVERIFY(QFile::exists(data + QStringLiteral("/logo.png")));
+        // The sound server can only play real files.
+        for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})
+            QVERIFY2(QFile::exists(data + QStringLiteral("/sounds/") + QLatin1String(sound)), sound);
+        QCOMPARE(f.fakes.loginService.enables, 1);
+        QCOMPARE(f.logCount(QStringLiteral("downloading config file")), 1);
+    }
+
+    void startUpWaitsForTheCatalogue_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("callTitle");
+        QTest::newRow("served catalogue")
+            << 200 << QByteArray(R"({"common": {"buttonStatusStateCallText": "MEETING"}})") << "MEETING";
+        QTest::newRow("server error: packaged") << 503 << QByteArray() << "CALL";
+        QTest::newRow("time-out: packaged") << 0 << QByteArray() << "CALL";
+    }
+
+    void startUpWaitsForTheCatalogue()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, callTitle);
+        AppFixture f;
+        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        QCOMPARE(f.fakes.http.requests.size(), 1);
+        QCOMPARE(f.fakes.http.requests[0].timeoutMs, 60'000);
+        QVERIFY(!app.state().isAppInitialLodded);
+        QVERIFY(!app.isTickRunning());
+
+        f.fakes.http.answer({status, body, status ? QString() : QStringLiteral("Operation timed out")});
+        f.fakes.scheduler.flush();
+        QVERIFY(app.state().isAppInitialLodded);
+        QVERIFY(app.isTickRunning());
+        f.fakes.media.mic = true;
+        f.fakes.scheduler.advance(5000);
+        QCOMPARE(app.statusItem().title(), callTitle);
+    }
+
+    // The screens are built before the download ends: they take their texts when shown.
+    void screensTakeTheirTextsFromTheDownloadedCatalogue()
+    {
+        AppFixture f;
+        f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
+        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        f.fakes.http.answer({200,
+                             R"({"common": {"stayFocusedText": "Go well", "appName": "Vm"},
+            "welcomeInfo": {"welcomeEndMessage": "All done"},
+            "logQuantityInfo": {"title": "Count it", "buttonOkText": "Yes", "buttonCancelText": "Skip"}})",
+                             {}});
+        f.fakes.scheduler.flush();
+        ViewController& vc = app.viewController();
+        click(vc.firstViewControllerObj().btnStartFirstHabit);
+        f.fakes.scheduler.advance(app.state().introActivity->durationSeconds * 1000);
+        QCOMPARE(vc.thirdVcObj().lblSubTitle->text(), QStringLiteral("All done"));
+        vc.logQuantityVcObj().resetData(QStringLiteral("Squats"), QStringLiteral("20"), {},
+                                        CURRENTSTATE::_BREATHING_);
+        QCOMPARE(vc.logQuantityVcObj().lblTitle->text(), QStringLiteral("Count it"));
+        QCOMPARE(vc.logQuantityVcObj().btnOk->text(), QStringLiteral("Yes"));
+        QCOMPARE(vc.logQuantityVcObj().btnCancel->text(), QStringLiteral("Skip"));
+        vc.logQuantityVcObj().hide();
+        click(vc.thirdVcObj().btnMain);
+        QCOMPARE(vc.lblMessage->text(), QStringLiteral("Go well"));
+        QCOMPARE(app.lockWindows().arrWindows().size(), 1); // the second screen's blank window
+        QCOMPARE(app.lockWindows().arrWindows().constFirst()->lblTitle->text(), QStringLiteral("Vm"));
+    }
+
+    void preferencesOfTheWrongTypeNeverCrash_data()
+    {
+        QTest::addColumn<QVariant>("junk");
+        QTest::newRow("text") << QVariant(QStringLiteral("abc"));
+        QTest::newRow("number") << QVariant(17);
+        QTest::newRow("list") << QVariant(QStringList{QStringLiteral("a"), QStringLiteral("b")});
+        QTest::newRow("map") << QVariant(QVariantMap{{QStringLiteral("x"), 1}});
+        QTest::newRow("date") << QVariant(at(23, QTime(9, 0)));
+        QTest::newRow("bool") << QVariant(true);
+    }
+
+    void preferencesOfTheWrongTypeNeverCrash()
+    {
+        QFETCH(QVariant, junk);
+        const QStringList all{keys::kUserdefaultsSelectedJson,
+                              keys::kUserdefaultsFirstRunDate,
+                              keys::kUserdefaultsLastHabitShowDate,
+                              keys::kUserdefaultsIsAppEnabled,
+                              keys::kUserdefaults4HourReActivateTime,
+                              keys::kUserdefaultsShowPomodoroView,
+                              keys::kUserdefaultsShutdownAborted,
+                              keys::kUserdefaultsEveningHabitsShowedTillDate,
+                              keys::kUserdefaultsFocusSummaryShowedTillDate,
+                              keys::kUserdefaultsSelectedFolder,
+                              keys::kUserdefaultsArrFocusTypes,
+                              keys::kUserdefaultsArrBlockedUrls,
+                              keys::kUserdefaultsAppPassword,
+                              keys::kUserdefaults24HoursClearPasswordTime,
+                              keys::kUserdefaultsPomodoroModeEnabled,
+                              keys::kUserdefaultsOfficeModeEnabled,
+                              keys::kUserdefaultsReducedMotion,
+                              keys::kUserdefaultsPromptToRememberHabit};
+        AppFixture f;
+        for (const QString& key : all)
+            f.fakes.preferences.setValue(key, junk);
+        f.fakes.preferences.setValue(keys::kUserdefaultsFirstRun, true);
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        f.fakes.scheduler.advanceTo(QTime(23, 0));
+        // Whatever the junk, the focus types come back whole and the tray answers.
+        QCOMPARE(app.state().arrFocusType.size() >= 2, true);
+        QVERIFY(app.statusItem().isClickable() || !app.state().isAppEnable);
+    }
+
+    void boolPreferencesAreSeeded()
+    {
+        AppFixture f;
+        f.fakes.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, QStringLiteral("maybe"));
+        f.fakes.preferences.setValue(keys::kUserdefaultsPromptToRememberHabit, false);
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsOfficeModeEnabled), false);
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsReducedMotion), false);
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPromptToRememberHabit), false);
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPomodoroModeEnabled), true);
+        QVERIFY(!app.state().isPromptToRememberHabit);
+        QVERIFY(f.fakes.preferences.date(keys::kUserdefaultsFirstRunDate).has_value());
+    }
+
+    void focusTypesAreRepairedAtLaunch()
+    {
+        AppFixture f;
+        const QVariantMap work{{QStringLiteral("name"), QStringLiteral("Work")},
+                               {QStringLiteral("isOn"), true}};
+        const QVariantMap oldDefault{{QStringLiteral("name"), QStringLiteral("Anything")},
+                                     {QStringLiteral("isDefault"), true}};
+        f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        const QVariantList types = app.state().arrFocusType;
+        QCOMPARE(types.size(), 3);
+        QCOMPARE(types[0].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Work"));
+        QCOMPARE(types[0].toMap().value(QStringLiteral("isOn")).toBool(), false);
+        QCOMPARE(types[1].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Meetings"));
+        QCOMPARE(types[2].toMap().value(QStringLiteral("name")).toString(),
+                 QStringLiteral("Complete anarchy! Block nothing 😬"));
+        QCOMPARE(types[1].toMap().value(QStringLiteral("color")).toString(), QStringLiteral("D0963C"));
+        QCOMPARE(f.fakes.preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), 3);
+    }
+
+    void resetHotKeyAsksThenClearsAndRestarts_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("yes") << true;
+        QTest::newRow("no") << false;
+    }
+
+    void resetHotKeyAsksThenClearsAndRestarts()
+    {
+        QFETCH(bool, yes);
+        AppFixture f;
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        QString asked;
+        app.confirm = [&](const QString& message) {
+            asked = message;
+            return yes;
+        };
+        QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
+        QCOMPARE(asked, QStringLiteral(
+                            "Are you sure you want to reset Velmora? All your settings will be deleted."));
+        QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
+        QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
+        QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);
+        QVERIFY(QFile::exists(f.dataFolder() + QStringLiteral("/vlmrStats.csv")));
+    }
+
+    void reactivationDatePastAtLaunchRestartsAtOnce()
+    {
+        AppFixture f;
+        f.fakes.preferences.setValue(keys::kUserdefaultsIsAppEnabled, false);
+        f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(9, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        QCOMPARE(f.fakes.launcher.restarts, 1);
+        QVERIFY(app.terminateFromSelf);
+        QVERIFY(!app.statusItem().isClickable());
+        QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), true);
+        QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults4HourReActivateTime));
+        QCOMPARE(f.logCount(QStringLiteral("App Reactivated after 4 hours")), 1);
+    }
+
+    void missingTrayIsToldOnce()
+    {
+        AppFixture f;
+        f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
+        f.launch(at(23, QTime(12, 0)));
+        f.launch(at(23, QTime(12, 5)));
+        QCOMPARE(f.fakes.notifier.notifications.size(), 1);
+        QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
+    }
 };
 
-void LaunchTest::firstRunShowsWelcomeAndStartsTickAfterUnlock()
+// Two screens side by side, so that the lock has a blank neighbour.
+int main(int argc, char* argv[])
 {
-    AppFixture f;
-    f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-    AppDelegate& app = f.launch(at(23, QTime(15, 0)));
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_BREATHING_);
-    QVERIFY(app.mainWindow().isVisible());
-    QVERIFY(app.state().isFirstRun);
-    QVERIFY(!app.isTickRunning());
-    QVERIFY(!app.viewController().btnAbort->isVisible());
-    QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date(), QDate(2026, 11, 23));
-
-    app.viewController().unlockMachine();
-    QVERIFY(app.isTickRunning());
-    QVERIFY(!app.state().isFirstRun);
-    QVERIFY(!app.mainWindow().isVisible());
-    // No morning routine follows on the day of the first run.
-    f.fakes.scheduler.advanceTo(QTime(21, 0));
-    QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+    QTemporaryDir dir;
+    QFile config(dir.filePath(QStringLiteral("screens.json")));
+    if (!config.open(QIODevice::WriteOnly))
+        return 1;
+    config.write(R"({"screens": [{"name": "left", "x": 0, "y": 0, "width": 1280, "height": 800},
+                                 {"name": "right", "x": 1280, "y": 0, "width": 1280, "height": 800}]})");
+    config.close();
+    qputenv("QT_QPA_PLATFORM", "offscreen:configfile=" + QFile::encodeName(config.fileName()));
+    QApplication app(argc, argv);
+    LaunchTest test;
+    return QTest::qExec(&test, argc, argv);
 }
-
-void LaunchTest::secondLaunchAfterKilledWelcomeIsNoFirstRun()
-{
-    AppFixture f;
-    f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-    f.launch(at(23, QTime(15, 0)));
-    AppDelegate& again = f.launch(at(23, QTime(15, 1)));
-    QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
-    QVERIFY(again.isTickRunning());
-    QCOMPARE(f.logCount(QStringLiteral("Showing first time welcome activity.")), 1);
-}
-
-void LaunchTest::dataFolderIsPreparedAndBlockPageRefreshed()
-{
-    AppFixture f;
-    const QString data = f.dataFolder();
-    QDir().mkpath(data);
-    QFile stale(data + QStringLiteral("/vlmr-focus.html"));
-    QVERIFY(stale.open(QIODevice::WriteOnly));
-    stale.write("old page");
-    stale.close();
-
-    f.launch(at(23, QTime(15, 0)));
-    QFile csv(data + QStringLiteral("/vlmrStats.csv"));
-    QVERIFY(csv.open(QIODevice::ReadOnly));
-    QCOMPARE(csv.readAll(), QByteArray(UsageLog::kHeader));
-    QFile page(data + QStringLiteral("/vlmr-focus.html"));
-    QVERIFY(page.open(QIODevice::ReadOnly));
-    QVERIFY(page.readAll().contains("old_url"));
-    QVERIFY(QFile::exists(data + QStringLiteral("/logo.png")));
-    // The sound server can only play real files.
-    for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})
-        QVERIFY2(QFile::exists(data + QStringLiteral("/sounds/") + QLatin1String(sound)), sound);
-    QCOMPARE(f.fakes.loginService.enables, 1);
-    QCOMPARE(f.logCount(QStringLiteral("downloading config file")), 1);
-}
-
-void LaunchTest::startUpWaitsForTheCatalogue_data()
-{
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("callTitle");
-    QTest::newRow("served catalogue")
-        << 200 << QByteArray(R"({"common": {"buttonStatusStateCallText": "MEETING"}})") << "MEETING";
-    QTest::newRow("server error: packaged") << 503 << QByteArray() << "CALL";
-    QTest::newRow("time-out: packaged") << 0 << QByteArray() << "CALL";
-}
-
-void LaunchTest::startUpWaitsForTheCatalogue()
-{
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    QFETCH(QString, callTitle);
-    AppFixture f;
-    f.fakes.clock.set(at(23, QTime(12, 0)));
-    AppPaths paths;
-    paths.dataFolder = f.dataFolder();
-    paths.packagedSettings = f.settingsPath();
-    paths.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
-    AppDelegate app(f.fakes.ports(), paths);
-    app.applicationWillFinishLaunching();
-    f.fakes.scheduler.flush();
-    QCOMPARE(f.fakes.http.requests.size(), 1);
-    QCOMPARE(f.fakes.http.requests[0].timeoutMs, 60'000);
-    QVERIFY(!app.state().isAppInitialLodded);
-    QVERIFY(!app.isTickRunning());
-
-    f.fakes.http.answer({status, body, status ? QString() : QStringLiteral("Operation timed out")});
-    f.fakes.scheduler.flush();
-    QVERIFY(app.state().isAppInitialLodded);
-    QVERIFY(app.isTickRunning());
-    f.fakes.media.mic = true;
-    f.fakes.scheduler.advance(5000);
-    QCOMPARE(app.statusItem().title(), callTitle);
-}
-
-void LaunchTest::preferencesOfTheWrongTypeNeverCrash_data()
-{
-    QTest::addColumn<QVariant>("junk");
-    QTest::newRow("text") << QVariant(QStringLiteral("abc"));
-    QTest::newRow("number") << QVariant(17);
-    QTest::newRow("list") << QVariant(QStringList{QStringLiteral("a"), QStringLiteral("b")});
-    QTest::newRow("map") << QVariant(QVariantMap{{QStringLiteral("x"), 1}});
-    QTest::newRow("date") << QVariant(at(23, QTime(9, 0)));
-    QTest::newRow("bool") << QVariant(true);
-}
-
-void LaunchTest::preferencesOfTheWrongTypeNeverCrash()
-{
-    QFETCH(QVariant, junk);
-    const QStringList all{keys::kUserdefaultsSelectedJson,
-                          keys::kUserdefaultsFirstRunDate,
-                          keys::kUserdefaultsLastHabitShowDate,
-                          keys::kUserdefaultsIsAppEnabled,
-                          keys::kUserdefaults4HourReActivateTime,
-                          keys::kUserdefaultsShowPomodoroView,
-                          keys::kUserdefaultsShutdownAborted,
-                          keys::kUserdefaultsEveningHabitsShowedTillDate,
-                          keys::kUserdefaultsFocusSummaryShowedTillDate,
-                          keys::kUserdefaultsSelectedFolder,
-                          keys::kUserdefaultsArrFocusTypes,
-                          keys::kUserdefaultsArrBlockedUrls,
-                          keys::kUserdefaultsAppPassword,
-                          keys::kUserdefaults24HoursClearPasswordTime,
-                          keys::kUserdefaultsPomodoroModeEnabled,
-                          keys::kUserdefaultsOfficeModeEnabled,
-                          keys::kUserdefaultsReducedMotion,
-                          keys::kUserdefaultsPromptToRememberHabit};
-    AppFixture f;
-    for (const QString& key : all)
-        f.fakes.preferences.setValue(key, junk);
-    f.fakes.preferences.setValue(keys::kUserdefaultsFirstRun, true);
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    f.fakes.scheduler.advanceTo(QTime(23, 0));
-    // Whatever the junk, the focus types come back whole and the tray answers.
-    QCOMPARE(app.state().arrFocusType.size() >= 2, true);
-    QVERIFY(app.statusItem().isClickable() || !app.state().isAppEnable);
-}
-
-void LaunchTest::boolPreferencesAreSeeded()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, QStringLiteral("maybe"));
-    f.fakes.preferences.setValue(keys::kUserdefaultsPromptToRememberHabit, false);
-    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsOfficeModeEnabled), false);
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsReducedMotion), false);
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPromptToRememberHabit), false);
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPomodoroModeEnabled), true);
-    QVERIFY(!app.state().isPromptToRememberHabit);
-    QVERIFY(f.fakes.preferences.date(keys::kUserdefaultsFirstRunDate).has_value());
-}
-
-void LaunchTest::focusTypesAreRepairedAtLaunch()
-{
-    AppFixture f;
-    const QVariantMap work{{QStringLiteral("name"), QStringLiteral("Work")}, {QStringLiteral("isOn"), true}};
-    const QVariantMap oldDefault{{QStringLiteral("name"), QStringLiteral("Anything")},
-                                 {QStringLiteral("isDefault"), true}};
-    f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
-    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-    const QVariantList types = app.state().arrFocusType;
-    QCOMPARE(types.size(), 3);
-    QCOMPARE(types[0].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Work"));
-    QCOMPARE(types[0].toMap().value(QStringLiteral("isOn")).toBool(), false);
-    QCOMPARE(types[1].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Meetings"));
-    QCOMPARE(types[2].toMap().value(QStringLiteral("name")).toString(),
-             QStringLiteral("Complete anarchy! Block nothing 😬"));
-    QCOMPARE(types[1].toMap().value(QStringLiteral("color")).toString(), QStringLiteral("D0963C"));
-    QCOMPARE(f.fakes.preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), 3);
-}
-
-void LaunchTest::resetHotKeyAsksThenClearsAndRestarts_data()
-{
-    QTest::addColumn<bool>("yes");
-    QTest::newRow("yes") << true;
-    QTest::newRow("no") << false;
-}
-
-void LaunchTest::resetHotKeyAsksThenClearsAndRestarts()
-{
-    QFETCH(bool, yes);
-    AppFixture f;
-    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-    QString asked;
-    app.confirm = [&](const QString& message) {
-        asked = message;
-        return yes;
-    };
-    QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
-    QCOMPARE(asked,
-             QStringLiteral("Are you sure you want to reset Velmora? All your settings will be deleted."));
-    QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
-    QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
-    QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);
-    QVERIFY(QFile::exists(f.dataFolder() + QStringLiteral("/vlmrStats.csv")));
-}
-
-void LaunchTest::reactivationDatePastAtLaunchRestartsAtOnce()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsIsAppEnabled, false);
-    f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(9, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-    QCOMPARE(f.fakes.launcher.restarts, 1);
-    QVERIFY(app.terminateFromSelf);
-    QVERIFY(!app.statusItem().isClickable());
-    QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), true);
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults4HourReActivateTime));
-    QCOMPARE(f.logCount(QStringLiteral("App Reactivated after 4 hours")), 1);
-}
-
-void LaunchTest::passwordIsClearedAfterItsDate()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, QStringLiteral("c2VjcmV0"));
-    f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(23, QTime(13, 0)));
-    f.launch(at(23, QTime(12, 0)));
-    QVERIFY(f.fakes.preferences.contains(keys::kUserdefaultsAppPassword));
-    f.fakes.scheduler.advanceTo(QTime(13, 0, 10));
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsAppPassword));
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
-    QCOMPARE(f.logCount(QStringLiteral("password is cleard after 24 hours")), 1);
-}
-
-void LaunchTest::missingTrayIsToldOnce()
-{
-    AppFixture f;
-    f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
-    f.launch(at(23, QTime(12, 0)));
-    f.launch(at(23, QTime(12, 5)));
-    QCOMPARE(f.fakes.notifier.notifications.size(), 1);
-    QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
-}
-
-QTEST_MAIN(LaunchTest)
 #include "tst_launch.moc"

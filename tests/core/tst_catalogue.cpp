@@ -12,155 +12,146 @@ using namespace velmora::test;
 class CatalogueTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void launchTextsFollowTheCatalogue_data();
-    void launchTextsFollowTheCatalogue();
-    void lookupFallsBackOnEveryMissingStep_data();
-    void lookupFallsBackOnEveryMissingStep();
-    void packagedCatalogueCopiesEveryLaunchText();
-    void templatesReplaceEveryOccurrence();
-    void download_data();
-    void download();
-    void noServerMeansNoRequest();
+    void launchTextsFollowTheCatalogue_data()
+    {
+        QTest::addColumn<QByteArray>("catalogue");
+        QTest::addColumn<QString>("unlock");
+        QTest::addColumn<QString>("startButton");
+        const auto row = [](const char* name, const char* catalogue, const char* unlock, const char* start) {
+            QTest::newRow(name) << QByteArray(catalogue) << unlock << start;
+        };
+        row("empty object", "{}", "Unlock the machine", "Start <TIME> <NAME>");
+        row("number under a text key", R"({"common": {"unlockMachineButtonText": 5}})", "Unlock the machine",
+            "Start <TIME> <NAME>");
+        row("only common", R"({"common": {"unlockMachineButtonText": "Go"}})", "Go", "Start <TIME> <NAME>");
+        row("group not a dictionary",
+            R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})",
+            "Unlock the machine", "Begin <NAME>");
+    }
+
+    void launchTextsFollowTheCatalogue()
+    {
+        QFETCH(QByteArray, catalogue);
+        QFETCH(QString, unlock);
+        QFETCH(QString, startButton);
+        TextCatalogue texts;
+        texts.setConfigjson(QJsonDocument::fromJson(catalogue).object());
+        texts.readConfigFile();
+        QCOMPARE(texts.unlockMachineButtonText, unlock);
+        QCOMPARE(texts.startActivityButtonText, startButton);
+        QCOMPARE(texts.buttonStatusStateCallText, QStringLiteral("CALL"));
+    }
+
+    void lookupFallsBackOnEveryMissingStep_data()
+    {
+        QTest::addColumn<QByteArray>("catalogue");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("found") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": "Today"}}})")
+                               << "Today";
+        QTest::newRow("no group") << QByteArray("{}") << "fallback";
+        QTest::newRow("sub-group is text")
+            << QByteArray(R"({"focusInfo": {"focusSummaryInfo": "x"}})") << "fallback";
+        QTest::newRow("value is a number")
+            << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": 1}}})") << "fallback";
+    }
+
+    void lookupFallsBackOnEveryMissingStep()
+    {
+        QFETCH(QByteArray, catalogue);
+        QFETCH(QString, expected);
+        TextCatalogue texts;
+        texts.setConfigjson(QJsonDocument::fromJson(catalogue).object());
+        QCOMPARE(texts.text({"focusInfo", "focusSummaryInfo"}, "title", QStringLiteral("fallback")),
+                 expected);
+    }
+
+    void packagedCatalogueCopiesEveryLaunchText()
+    {
+        TextCatalogue texts;
+        QVERIFY(texts.loadPackaged(QStringLiteral(":/config.json")));
+        const TextCatalogue defaults;
+        texts.readConfigFile();
+        // The packaged catalogue carries the defaults word for word.
+        QCOMPARE(texts.lastActivityFinishedText, defaults.lastActivityFinishedText);
+        QCOMPARE(texts.startMorningHabitTitleText, defaults.startMorningHabitTitleText);
+        QCOMPARE(texts.text("common", "shutdownNotificationTitle", QString()),
+                 QStringLiteral("It's time to wrap up for the day. Your shutdown time is in 5 minutes."));
+        QVERIFY(!texts.loadPackaged(QStringLiteral(":/no-such-file.json")));
+    }
+
+    void templatesReplaceEveryOccurrence()
+    {
+        QCOMPARE(
+            fillTemplate(QStringLiteral("<NAME> and <NAME>, <TIME>"), {{"<NAME>", QStringLiteral("Yoga")}}),
+            QStringLiteral("Yoga and Yoga, <TIME>"));
+    }
+
+    void download_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<QString>("error");
+        QTest::addColumn<bool>("delivered");
+        QTest::addColumn<QString>("logLine");
+        QTest::newRow("catalogue") << 200 << QByteArray(R"({"common": {}})") << "" << true << "";
+        QTest::newRow("not JSON") << 200 << QByteArray("<html>") << "" << false
+                                  << "error reading config file: ";
+        QTest::newRow("JSON but no object") << 200 << QByteArray("[]") << "" << false << "";
+        QTest::newRow("server error") << 500 << QByteArray(R"({"common": {}})") << "" << false << "";
+        QTest::newRow("empty body") << 200 << QByteArray() << "" << false << "";
+        QTest::newRow("network down")
+            << 0 << QByteArray() << "Connection refused" << false << "error config file: Connection refused";
+    }
+
+    void download()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, body);
+        QFETCH(QString, error);
+        QFETCH(bool, delivered);
+        QFETCH(QString, logLine);
+        QTemporaryDir dir;
+        FakeClock clock;
+        FakeHttp http;
+        DebugLog log(clock, dir.filePath(QStringLiteral("log.txt")));
+        QObject context;
+        int calls = 0;
+        std::optional<QJsonObject> result;
+        getConfigFile(http, QUrl(QStringLiteral("http://127.0.0.1:8080/base/")), log, &context,
+                      [&](std::optional<QJsonObject> catalogue) {
+                          ++calls;
+                          result = catalogue;
+                      });
+        QCOMPARE(http.requests.size(), 1);
+        QCOMPARE(http.requests[0].url, QUrl(QStringLiteral("http://127.0.0.1:8080/config/config.json")));
+        QCOMPARE(http.requests[0].timeoutMs, kConfigDownloadTimeoutMs);
+        http.answer(HttpReply{status, body, error});
+        QCOMPARE(calls, 1);
+        QCOMPARE(result.has_value(), delivered);
+        QFile file(log.path());
+        file.open(QIODevice::ReadOnly);
+        const QString written = QString::fromUtf8(file.readAll());
+        if (logLine.isEmpty())
+            QVERIFY(written.isEmpty());
+        else
+            QVERIFY2(written.contains(logLine), qPrintable(written));
+    }
+
+    void noServerMeansNoRequest()
+    {
+        FakeClock clock;
+        FakeHttp http;
+        DebugLog log(clock, {});
+        int calls = 0;
+        getConfigFile(http, QUrl(), log, nullptr, [&](std::optional<QJsonObject> c) {
+            QVERIFY(!c);
+            ++calls;
+        });
+        QCOMPARE(calls, 1);
+        QVERIFY(http.requests.isEmpty());
+    }
 };
-
-void CatalogueTest::launchTextsFollowTheCatalogue_data()
-{
-    QTest::addColumn<QByteArray>("catalogue");
-    QTest::addColumn<QString>("unlock");
-    QTest::addColumn<QString>("startButton");
-    QTest::newRow("empty object") << QByteArray("{}") << "Unlock the machine"
-                                  << "Start <TIME> <NAME>";
-    QTest::newRow("number under a text key")
-        << QByteArray(R"({"common": {"unlockMachineButtonText": 5}})") << "Unlock the machine"
-        << "Start <TIME> <NAME>";
-    QTest::newRow("only common") << QByteArray(R"({"common": {"unlockMachineButtonText": "Go"}})") << "Go"
-                                 << "Start <TIME> <NAME>";
-    QTest::newRow("group not a dictionary")
-        << QByteArray(R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})")
-        << "Unlock the machine"
-        << "Begin <NAME>";
-}
-
-void CatalogueTest::launchTextsFollowTheCatalogue()
-{
-    QFETCH(QByteArray, catalogue);
-    QFETCH(QString, unlock);
-    QFETCH(QString, startButton);
-    TextCatalogue texts;
-    texts.setConfigjson(QJsonDocument::fromJson(catalogue).object());
-    texts.readConfigFile();
-    QCOMPARE(texts.unlockMachineButtonText, unlock);
-    QCOMPARE(texts.startActivityButtonText, startButton);
-    QCOMPARE(texts.buttonStatusStateCallText, QStringLiteral("CALL"));
-}
-
-void CatalogueTest::lookupFallsBackOnEveryMissingStep_data()
-{
-    QTest::addColumn<QByteArray>("catalogue");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("found") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": "Today"}}})")
-                           << "Today";
-    QTest::newRow("no group") << QByteArray("{}") << "fallback";
-    QTest::newRow("sub-group is text")
-        << QByteArray(R"({"focusInfo": {"focusSummaryInfo": "x"}})") << "fallback";
-    QTest::newRow("value is a number")
-        << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": 1}}})") << "fallback";
-}
-
-void CatalogueTest::lookupFallsBackOnEveryMissingStep()
-{
-    QFETCH(QByteArray, catalogue);
-    QFETCH(QString, expected);
-    TextCatalogue texts;
-    texts.setConfigjson(QJsonDocument::fromJson(catalogue).object());
-    QCOMPARE(texts.text({"focusInfo", "focusSummaryInfo"}, "title", QStringLiteral("fallback")), expected);
-}
-
-void CatalogueTest::packagedCatalogueCopiesEveryLaunchText()
-{
-    TextCatalogue texts;
-    QVERIFY(texts.loadPackaged(QStringLiteral(":/config.json")));
-    const TextCatalogue defaults;
-    texts.readConfigFile();
-    // The packaged catalogue carries the defaults word for word.
-    QCOMPARE(texts.lastActivityFinishedText, defaults.lastActivityFinishedText);
-    QCOMPARE(texts.startMorningHabitTitleText, defaults.startMorningHabitTitleText);
-    QCOMPARE(texts.text("common", "shutdownNotificationTitle", QString()),
-             QStringLiteral("It's time to wrap up for the day. Your shutdown time is in 5 minutes."));
-    QVERIFY(!texts.loadPackaged(QStringLiteral(":/no-such-file.json")));
-}
-
-void CatalogueTest::templatesReplaceEveryOccurrence()
-{
-    QCOMPARE(fillTemplate(QStringLiteral("<NAME> and <NAME>, <TIME>"), {{"<NAME>", QStringLiteral("Yoga")}}),
-             QStringLiteral("Yoga and Yoga, <TIME>"));
-}
-
-void CatalogueTest::download_data()
-{
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("body");
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<bool>("delivered");
-    QTest::addColumn<QString>("logLine");
-    QTest::newRow("catalogue") << 200 << QByteArray(R"({"common": {}})") << "" << true << "";
-    QTest::newRow("not JSON") << 200 << QByteArray("<html>") << "" << false << "error reading config file: ";
-    QTest::newRow("JSON but no object") << 200 << QByteArray("[]") << "" << false << "";
-    QTest::newRow("server error") << 500 << QByteArray(R"({"common": {}})") << "" << false << "";
-    QTest::newRow("empty body") << 200 << QByteArray() << "" << false << "";
-    QTest::newRow("network down") << 0 << QByteArray() << "Connection refused" << false
-                                  << "error config file: Connection refused";
-}
-
-void CatalogueTest::download()
-{
-    QFETCH(int, status);
-    QFETCH(QByteArray, body);
-    QFETCH(QString, error);
-    QFETCH(bool, delivered);
-    QFETCH(QString, logLine);
-    QTemporaryDir dir;
-    FakeClock clock;
-    FakeHttp http;
-    DebugLog log(clock, dir.filePath(QStringLiteral("log.txt")));
-    QObject context;
-    int calls = 0;
-    std::optional<QJsonObject> result;
-    getConfigFile(http, QUrl(QStringLiteral("http://127.0.0.1:8080/base/")), log, &context,
-                  [&](std::optional<QJsonObject> catalogue) {
-                      ++calls;
-                      result = catalogue;
-                  });
-    QCOMPARE(http.requests.size(), 1);
-    QCOMPARE(http.requests[0].url, QUrl(QStringLiteral("http://127.0.0.1:8080/config/config.json")));
-    QCOMPARE(http.requests[0].timeoutMs, kConfigDownloadTimeoutMs);
-    http.answer(HttpReply{status, body, error});
-    QCOMPARE(calls, 1);
-    QCOMPARE(result.has_value(), delivered);
-    QFile file(log.path());
-    file.open(QIODevice::ReadOnly);
-    const QString written = QString::fromUtf8(file.readAll());
-    if (logLine.isEmpty())
-        QVERIFY(written.isEmpty());
-    else
-        QVERIFY2(written.contains(logLine), qPrintable(written));
-}
-
-void CatalogueTest::noServerMeansNoRequest()
-{
-    FakeClock clock;
-    FakeHttp http;
-    DebugLog log(clock, {});
-    int calls = 0;
-    getConfigFile(http, QUrl(), log, nullptr, [&](std::optional<QJsonObject> c) {
-        QVERIFY(!c);
-        ++calls;
-    });
-    QCOMPARE(calls, 1);
-    QVERIFY(http.requests.isEmpty());
-}
 
 QTEST_GUILESS_MAIN(CatalogueTest)
 #include "tst_catalogue.moc"

@@ -34,6 +34,7 @@ struct RecordingHost : GateHost
     void focusModeFinishedFromShutOff() override {}
 };
 
+// The day's gates with start and shut-off times, at a moment of 2026-11-23.
 struct Gates
 {
     QTemporaryDir dir;
@@ -48,208 +49,205 @@ struct Gates
     SyncTimestamps sync{preferences, clock};
     DaySchedule schedule{{state, preferences, clock, log, media, notifier, texts, sync, host}};
 
-    Gates(Time start, Time shutOff)
+    Gates(QTime now = QTime(12, 0), Time start = {7, 0, 0}, Time shutOff = {22, 0, 0})
     {
         state.startTime = start;
         state.shutOffTime = shutOff;
+        clock.set(QDateTime(QDate(2026, 11, 23), now));
+    }
+    // The sync folder's time-stamp file, written with CONTENTS when given.
+    QString syncFile(QTemporaryDir& folder, const QByteArray& contents = {})
+    {
+        preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
+        QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
+        if (!contents.isEmpty() && file.open(QIODevice::WriteOnly))
+            file.write(contents);
+        return file.fileName();
     }
 };
+
+Time timeOf(QTime t)
+{
+    return {t.hour(), t.minute(), 0};
+}
 } // namespace
 
 class GatesTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void checkLastHabitShowDate_data();
-    void checkLastHabitShowDate();
-    void isShutOffTimeGoing_data();
-    void isShutOffTimeGoing();
-    void showedTillDate_data();
-    void showedTillDate();
-    void meetingProgramsKeepingTheDisplayAwake_data();
-    void meetingProgramsKeepingTheDisplayAwake();
-    void timeTheCalendarRejectsLeavesTheDayAlone();
-    void noMorningHabitsNeverMarksTheDay();
-    void syncFileKeepsTheOtherMachinesKey();
-    void syncFileThatIsNoPlistCountsAsNoDate_data();
-    void syncFileThatIsNoPlistCountsAsNoDate();
+    void checkLastHabitShowDate_data()
+    {
+        QTest::addColumn<QDateTime>("shown");
+        QTest::addColumn<bool>("alreadyShowed");
+        QTest::newRow("yesterday late") << QDateTime(QDate(2026, 11, 22), QTime(23, 59)) << false;
+        QTest::newRow("today early") << QDateTime(QDate(2026, 11, 23), QTime(0, 0)) << true;
+        QTest::newRow("tomorrow") << QDateTime(QDate(2026, 11, 24), QTime(7, 0)) << true;
+        QTest::newRow("same day last month") << QDateTime(QDate(2026, 10, 23), QTime(7, 0)) << false;
+        QTest::newRow("earlier month next year") << QDateTime(QDate(2027, 1, 1), QTime(7, 0)) << true;
+        QTest::newRow("later day last year") << QDateTime(QDate(2025, 12, 31), QTime(7, 0)) << false;
+    }
+
+    void checkLastHabitShowDate()
+    {
+        QFETCH(QDateTime, shown);
+        QFETCH(bool, alreadyShowed);
+        Gates g;
+        g.state.isHabitAlreadyShowed = !alreadyShowed;
+        g.schedule.checkLastHabitShowDate(shown);
+        QCOMPARE(g.state.isHabitAlreadyShowed, alreadyShowed);
+    }
+
+    void isShutOffTimeGoing_data()
+    {
+        QTest::addColumn<QTime>("start");
+        QTest::addColumn<QTime>("shutOff");
+        QTest::addColumn<QTime>("now");
+        QTest::addColumn<bool>("going");
+        const QTime s(7, 0), e(22, 0), late(1, 0);
+        QTest::newRow("normal: morning before start") << s << e << QTime(6, 59, 59) << true;
+        QTest::newRow("normal: at start") << s << e << QTime(7, 0) << false;
+        QTest::newRow("normal: day") << s << e << QTime(12, 0) << false;
+        QTest::newRow("normal: at shut-off") << s << e << QTime(22, 0) << false;
+        QTest::newRow("normal: after shut-off") << s << e << QTime(22, 0, 1) << true;
+        QTest::newRow("past midnight: evening") << s << late << QTime(23, 30) << false;
+        QTest::newRow("past midnight: before shut-off") << s << late << QTime(0, 30) << false;
+        QTest::newRow("past midnight: at shut-off") << s << late << QTime(1, 0) << false;
+        QTest::newRow("past midnight: night") << s << late << QTime(3, 0) << true;
+        QTest::newRow("past midnight: at start") << s << late << QTime(7, 0) << false;
+        QTest::newRow("equal times: any other time") << s << s << QTime(15, 0) << true;
+        QTest::newRow("equal times: the instant") << s << s << QTime(7, 0) << false;
+    }
+
+    void isShutOffTimeGoing()
+    {
+        QFETCH(QTime, start);
+        QFETCH(QTime, shutOff);
+        QFETCH(QTime, now);
+        QFETCH(bool, going);
+        QCOMPARE(Gates(now, timeOf(start), timeOf(shutOff)).schedule.isShutOffTimeGoing(), going);
+    }
+
+    void showedTillDate_data()
+    {
+        QTest::addColumn<QTime>("shutOff");
+        QTest::addColumn<QTime>("now");
+        QTest::addColumn<QDateTime>("expected");
+        const QDateTime tomorrowStart(QDate(2026, 11, 24), QTime(7, 0));
+        QTest::newRow("after shut-off") << QTime(22, 0) << QTime(22, 30) << tomorrowStart;
+        QTest::newRow("before start")
+            << QTime(22, 0) << QTime(2, 0) << QDateTime(QDate(2026, 11, 23), QTime(7, 0));
+        QTest::newRow("in the day") << QTime(22, 0) << QTime(12, 0) << QDateTime();
+        // After a past-midnight shut-off the first rule still wins: a full day ahead.
+        QTest::newRow("past midnight at two") << QTime(1, 0) << QTime(2, 0) << tomorrowStart;
+    }
+
+    void showedTillDate()
+    {
+        QFETCH(QTime, shutOff);
+        QFETCH(QTime, now);
+        QFETCH(QDateTime, expected);
+        QCOMPARE(Gates(now, {7, 0, 0}, timeOf(shutOff)).schedule.showedTillDate().value_or(QDateTime()),
+                 expected);
+    }
+
+    void meetingProgramsKeepingTheDisplayAwake_data()
+    {
+        QTest::addColumn<QStringList>("inhibitors");
+        QTest::addColumn<bool>("on");
+        QTest::newRow("none") << QStringList() << false;
+        QTest::newRow("zoom") << QStringList{QStringLiteral("zoom")} << true;
+        QTest::newRow("Zoom.us, case folded") << QStringList{QStringLiteral("Zoom.us")} << true;
+        QTest::newRow("teams by path") << QStringList{QStringLiteral("/usr/bin/teams-for-linux")} << true;
+        QTest::newRow("teams desktop id") << QStringList{QStringLiteral("teams-for-linux.desktop")} << true;
+        QTest::newRow("a video player")
+            << QStringList{QStringLiteral("mpv"), QStringLiteral("firefox")} << false;
+        QTest::newRow("near miss") << QStringList{QStringLiteral("zoomer")} << false;
+    }
+
+    void meetingProgramsKeepingTheDisplayAwake()
+    {
+        QFETCH(QStringList, inhibitors);
+        QFETCH(bool, on);
+        Gates g;
+        g.media.inhibitors = inhibitors;
+        QCOMPARE(g.schedule.isPreventUserIdleDisplaySleepOn(), on);
+    }
+
+    void timeTheCalendarRejectsLeavesTheDayAlone()
+    {
+        Gates g(QTime(12, 0), {25, 99, 0});
+        g.state.isHabitAlreadyShowed = false;
+        g.state.arrAllMorningHabits = {habit{}};
+        QVERIFY(!g.schedule.isShutOffTimeGoing());
+        for (int i = 0; i < 3; ++i)
+            g.schedule.tick();
+        QVERIFY(g.host.calls.isEmpty());
+        // Said once for these times, not at every tick; a new bad time is said again.
+        const auto lines = [&g] {
+            QFile log(g.log.path());
+            return log.open(QIODevice::ReadOnly) ? log.readAll().count("not a time of day") : -1;
+        };
+        QCOMPARE(lines(), 1);
+        g.state.shutOffTime = Time{30, 0, 0};
+        g.schedule.tick();
+        g.schedule.tick();
+        QCOMPARE(lines(), 2);
+    }
+
+    void noMorningHabitsNeverMarksTheDay()
+    {
+        Gates g(QTime(8, 0));
+        g.state.isHabitAlreadyShowed = false;
+        g.schedule.tick();
+        g.schedule.tick();
+        QCOMPARE(g.host.calls, (QStringList{QStringLiteral("abort"), QStringLiteral("abort")}));
+        QVERIFY(!g.state.isHabitAlreadyShowed);
+        QVERIFY(!g.preferences.contains(keys::kUserdefaultsLastHabitShowDate));
+    }
+
+    void syncFileKeepsTheOtherMachinesKey()
+    {
+        Gates g;
+        QTemporaryDir folder;
+        const QString path = g.syncFile(folder);
+        g.clock.set(QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
+        g.sync.writeEveningRoutineDate();
+        g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
+        g.sync.writeMorningRoutineDate();
+        QCOMPARE(*g.sync.getEveningRoutineDate(), QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
+        QCOMPARE(*g.sync.getMorningRoutineDate(), QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray xml = file.readAll();
+        QVERIFY(xml.contains("<key>lastMorningRoutine</key>"));
+        QVERIFY(xml.contains("<string>2026-11-23 07:00:05</string>"));
+    }
+
+    void syncFileThatIsNoPlistCountsAsNoDate_data()
+    {
+        QTest::addColumn<QByteArray>("contents");
+        const auto plist = [](const char* date) {
+            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
+        };
+        QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
+        QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
+        QTest::newRow("bad date") << plist("today");
+        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
+    }
+
+    void syncFileThatIsNoPlistCountsAsNoDate()
+    {
+        QFETCH(QByteArray, contents);
+        Gates g;
+        QTemporaryDir folder;
+        g.syncFile(folder, contents);
+        QVERIFY(!g.sync.getMorningRoutineDate());
+        // Writing over it still works and yields a readable file.
+        g.sync.writeMorningRoutineDate();
+        QVERIFY(g.sync.getMorningRoutineDate().has_value());
+    }
 };
-
-void GatesTest::checkLastHabitShowDate_data()
-{
-    QTest::addColumn<QDateTime>("shown");
-    QTest::addColumn<bool>("alreadyShowed");
-    QTest::newRow("yesterday late") << QDateTime(QDate(2026, 11, 22), QTime(23, 59)) << false;
-    QTest::newRow("today early") << QDateTime(QDate(2026, 11, 23), QTime(0, 0)) << true;
-    QTest::newRow("tomorrow") << QDateTime(QDate(2026, 11, 24), QTime(7, 0)) << true;
-    QTest::newRow("same day last month") << QDateTime(QDate(2026, 10, 23), QTime(7, 0)) << false;
-    QTest::newRow("earlier month next year") << QDateTime(QDate(2027, 1, 1), QTime(7, 0)) << true;
-    QTest::newRow("later day last year") << QDateTime(QDate(2025, 12, 31), QTime(7, 0)) << false;
-}
-
-void GatesTest::checkLastHabitShowDate()
-{
-    QFETCH(QDateTime, shown);
-    QFETCH(bool, alreadyShowed);
-    Gates g({7, 0, 0}, {22, 0, 0});
-    g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(12, 0)));
-    g.state.isHabitAlreadyShowed = !alreadyShowed;
-    g.schedule.checkLastHabitShowDate(shown);
-    QCOMPARE(g.state.isHabitAlreadyShowed, alreadyShowed);
-}
-
-void GatesTest::isShutOffTimeGoing_data()
-{
-    QTest::addColumn<QTime>("start");
-    QTest::addColumn<QTime>("shutOff");
-    QTest::addColumn<QTime>("now");
-    QTest::addColumn<bool>("going");
-    const QTime s(7, 0), e(22, 0);
-    QTest::newRow("normal: morning before start") << s << e << QTime(6, 59, 59) << true;
-    QTest::newRow("normal: at start") << s << e << QTime(7, 0) << false;
-    QTest::newRow("normal: day") << s << e << QTime(12, 0) << false;
-    QTest::newRow("normal: at shut-off") << s << e << QTime(22, 0) << false;
-    QTest::newRow("normal: after shut-off") << s << e << QTime(22, 0, 1) << true;
-    const QTime late(1, 0);
-    QTest::newRow("past midnight: evening") << s << late << QTime(23, 30) << false;
-    QTest::newRow("past midnight: before shut-off") << s << late << QTime(0, 30) << false;
-    QTest::newRow("past midnight: at shut-off") << s << late << QTime(1, 0) << false;
-    QTest::newRow("past midnight: night") << s << late << QTime(3, 0) << true;
-    QTest::newRow("past midnight: at start") << s << late << QTime(7, 0) << false;
-    QTest::newRow("equal times: any other time") << s << s << QTime(15, 0) << true;
-    QTest::newRow("equal times: the instant") << s << s << QTime(7, 0) << false;
-}
-
-void GatesTest::isShutOffTimeGoing()
-{
-    QFETCH(QTime, start);
-    QFETCH(QTime, shutOff);
-    QFETCH(QTime, now);
-    QFETCH(bool, going);
-    Gates g({start.hour(), start.minute(), 0}, {shutOff.hour(), shutOff.minute(), 0});
-    g.clock.set(QDateTime(QDate(2026, 11, 23), now));
-    QCOMPARE(g.schedule.isShutOffTimeGoing(), going);
-}
-
-void GatesTest::showedTillDate_data()
-{
-    QTest::addColumn<QTime>("shutOff");
-    QTest::addColumn<QTime>("now");
-    QTest::addColumn<QDateTime>("expected");
-    const QDateTime tomorrowStart(QDate(2026, 11, 24), QTime(7, 0));
-    const QDateTime todayStart(QDate(2026, 11, 23), QTime(7, 0));
-    QTest::newRow("after shut-off") << QTime(22, 0) << QTime(22, 30) << tomorrowStart;
-    QTest::newRow("before start") << QTime(22, 0) << QTime(2, 0) << todayStart;
-    QTest::newRow("in the day") << QTime(22, 0) << QTime(12, 0) << QDateTime();
-    // After a past-midnight shut-off the first rule still wins: a full day ahead.
-    QTest::newRow("past midnight at two") << QTime(1, 0) << QTime(2, 0) << tomorrowStart;
-}
-
-void GatesTest::showedTillDate()
-{
-    QFETCH(QTime, shutOff);
-    QFETCH(QTime, now);
-    QFETCH(QDateTime, expected);
-    Gates g({7, 0, 0}, {shutOff.hour(), shutOff.minute(), 0});
-    g.clock.set(QDateTime(QDate(2026, 11, 23), now));
-    const auto till = g.schedule.showedTillDate();
-    QCOMPARE(till.value_or(QDateTime()), expected);
-}
-
-void GatesTest::meetingProgramsKeepingTheDisplayAwake_data()
-{
-    QTest::addColumn<QStringList>("inhibitors");
-    QTest::addColumn<bool>("on");
-    QTest::newRow("none") << QStringList() << false;
-    QTest::newRow("zoom") << QStringList{QStringLiteral("zoom")} << true;
-    QTest::newRow("Zoom.us, case folded") << QStringList{QStringLiteral("Zoom.us")} << true;
-    QTest::newRow("teams by path") << QStringList{QStringLiteral("/usr/bin/teams-for-linux")} << true;
-    QTest::newRow("teams desktop id") << QStringList{QStringLiteral("teams-for-linux.desktop")} << true;
-    QTest::newRow("a video player") << QStringList{QStringLiteral("mpv"), QStringLiteral("firefox")} << false;
-    QTest::newRow("near miss") << QStringList{QStringLiteral("zoomer")} << false;
-}
-
-void GatesTest::meetingProgramsKeepingTheDisplayAwake()
-{
-    QFETCH(QStringList, inhibitors);
-    QFETCH(bool, on);
-    Gates g({7, 0, 0}, {22, 0, 0});
-    g.media.inhibitors = inhibitors;
-    QCOMPARE(g.schedule.isPreventUserIdleDisplaySleepOn(), on);
-}
-
-void GatesTest::timeTheCalendarRejectsLeavesTheDayAlone()
-{
-    Gates g({25, 99, 0}, {22, 0, 0});
-    g.state.isHabitAlreadyShowed = false;
-    g.state.arrAllMorningHabits = {habit{}};
-    g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(12, 0)));
-    QVERIFY(!g.schedule.isShutOffTimeGoing());
-    g.schedule.tick();
-    QVERIFY(g.host.calls.isEmpty());
-    QFile log(g.log.path());
-    QVERIFY(log.open(QIODevice::ReadOnly));
-    QVERIFY(log.readAll().contains("not a time of day"));
-}
-
-void GatesTest::noMorningHabitsNeverMarksTheDay()
-{
-    Gates g({7, 0, 0}, {22, 0, 0});
-    g.state.isHabitAlreadyShowed = false;
-    g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(8, 0)));
-    g.schedule.tick();
-    g.schedule.tick();
-    QCOMPARE(g.host.calls, (QStringList{QStringLiteral("abort"), QStringLiteral("abort")}));
-    QVERIFY(!g.state.isHabitAlreadyShowed);
-    QVERIFY(!g.preferences.contains(keys::kUserdefaultsLastHabitShowDate));
-}
-
-void GatesTest::syncFileKeepsTheOtherMachinesKey()
-{
-    Gates g({7, 0, 0}, {22, 0, 0});
-    QTemporaryDir folder;
-    g.preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
-    g.clock.set(QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
-    g.sync.writeEveningRoutineDate();
-    g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
-    g.sync.writeMorningRoutineDate();
-    QCOMPARE(*g.sync.getEveningRoutineDate(), QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
-    QCOMPARE(*g.sync.getMorningRoutineDate(), QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
-    QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray xml = file.readAll();
-    QVERIFY(xml.contains("<key>lastMorningRoutine</key>"));
-    QVERIFY(xml.contains("<string>2026-11-23 07:00:05</string>"));
-}
-
-void GatesTest::syncFileThatIsNoPlistCountsAsNoDate_data()
-{
-    QTest::addColumn<QByteArray>("contents");
-    QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
-    QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
-    QTest::newRow("bad date") << SyncTimestamps::writePlist(
-        {{SyncTimestamps::kMorning, QStringLiteral("today")}});
-    QTest::newRow("truncated") << SyncTimestamps::writePlist(
-                                      {{SyncTimestamps::kMorning, QStringLiteral("2026-11-23 07:00:00")}})
-                                      .left(60);
-}
-
-void GatesTest::syncFileThatIsNoPlistCountsAsNoDate()
-{
-    QFETCH(QByteArray, contents);
-    Gates g({7, 0, 0}, {22, 0, 0});
-    QTemporaryDir folder;
-    g.preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
-    QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(contents);
-    file.close();
-    QVERIFY(!g.sync.getMorningRoutineDate());
-    // Writing over it still works and yields a readable file.
-    g.sync.writeMorningRoutineDate();
-    QVERIFY(g.sync.getMorningRoutineDate().has_value());
-}
 
 QTEST_GUILESS_MAIN(GatesTest)
 #include "tst_gates.moc"

@@ -1,5 +1,6 @@
 #include "DebugLog.h"
 #include "FakePorts.h"
+#include "MessageCapture.h"
 #include "PreferenceKeys.h"
 #include "SettingsLoader.h"
 
@@ -14,181 +15,173 @@ Q_DECLARE_METATYPE(velmora::Time)
 class SettingsTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void getTimeFromString_data();
-    void getTimeFromString();
-    void fieldsOfTheWrongTypeTakeTheirDefaults();
-    void randomChoiceNeedsUsableChoices_data();
-    void randomChoiceNeedsUsableChoices();
-    void listOfTheWrongShapeIsEmpty_data();
-    void listOfTheWrongShapeIsEmpty();
-    void badSavedDocumentMeansEmptySchedule_data();
-    void badSavedDocumentMeansEmptySchedule();
-    void packagedDocumentAppliesUntilOneIsSaved();
-    void rereadKeepsTimesTheDocumentLacks();
+    void getTimeFromString_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<Time>("expected");
+        QTest::newRow("hour only") << "7" << Time{7, 0, 0};
+        QTest::newRow("hour and minute") << "07:30" << Time{7, 30, 0};
+        QTest::newRow("with seconds") << "07:30:15" << Time{7, 30, 15};
+        QTest::newRow("out of range kept") << "25:99" << Time{25, 99, 0};
+        QTest::newRow("dot is no separator") << "7.30" << Time{0, 0, 0};
+        QTest::newRow("words") << "abc" << Time{0, 0, 0};
+        QTest::newRow("one bad part") << "07:xx:10" << Time{7, 0, 10};
+        QTest::newRow("four parts") << "1:2:3:4" << Time{0, 0, 0};
+        QTest::newRow("empty") << "" << Time{0, 0, 0};
+        QTest::newRow("blank inside") << " 7:30" << Time{0, 30, 0};
+        QTest::newRow("too large for an integer") << "99999999999:5" << Time{0, 5, 0};
+    }
+
+    void getTimeFromString()
+    {
+        QFETCH(QString, text);
+        QFETCH(Time, expected);
+        QCOMPARE(velmora::getTimeFromString(text), expected);
+    }
+
+    void fieldsOfTheWrongTypeTakeTheirDefaults()
+    {
+        const RunState s = load(QString::fromUtf8(R"({
+            "morningHabits": [{"name": 5, "durationSeconds": "60", "videoUrl": "x",
+                               "logQuantity": "yes", "logQuantityQuestion": 3, "allowedApps": ["a", 2]},
+                              {"name": "Stretch", "durationSeconds": 60.5, "allowedApps": ["/usr/share/applications/x.desktop"],
+                               "logQuantityQuestion": "How many?"}],
+            "breakActivities": [{"name": "Walk", "includeInEveryBreak": 1, "isOfficeFriendly": null}],
+            "breakAfterMinutes": "50", "startTime": 7, "shutOffTime": "22:00"})"));
+        QCOMPARE(s.arrAllMorningHabits.size(), 2);
+        const habit& bad = s.arrAllMorningHabits[0];
+        QCOMPARE(bad.name, QString());
+        QCOMPARE(bad.durationSeconds, 0);
+        QVERIFY(bad.urlsArray.isEmpty());
+        QVERIFY(!bad.logQuantity);
+        QVERIFY(!bad.logQuantityQuestion.has_value());
+        QVERIFY(!bad.openSpecificApps);
+        const habit& good = s.arrAllMorningHabits[1];
+        QCOMPARE(good.durationSeconds, 0); // not a whole number
+        QVERIFY(good.openSpecificApps);
+        QCOMPARE(*good.logQuantityQuestion, QStringLiteral("How many?"));
+        QCOMPARE(s.arrAllbreakActivities.size(), 1);
+        QVERIFY(!s.arrAllbreakActivities[0].IncludeInEveryBreak);
+        QVERIFY(!s.arrAllbreakActivities[0].isOfficeFriendly);
+        QCOMPARE(s.breakAfterMinutes, 0);
+        QVERIFY(!s.startTime.has_value());
+        QCOMPARE(*s.shutOffTime, (Time{22, 0, 0}));
+    }
+
+    void randomChoiceNeedsUsableChoices_data()
+    {
+        QTest::addColumn<QString>("activity");
+        QTest::addColumn<bool>("isRandomChoice");
+        QTest::addColumn<int>("choices");
+        QTest::newRow("two choices")
+            << R"({"type": "random-choice", "choices": [{"name": "A"}, {"name": "B"}]})" << true << 2;
+        QTest::newRow("empty choices") << R"({"type": "random-choice", "choices": []})" << false << 0;
+        QTest::newRow("missing choices") << R"({"type": "random-choice"})" << false << 0;
+        QTest::newRow("other type keeps its choices")
+            << R"({"type": "plain", "choices": [{"name": "A"}]})" << false << 1;
+        QTest::newRow("choice not an object")
+            << R"({"type": "random-choice", "choices": ["A"]})" << false << 0;
+    }
+
+    void randomChoiceNeedsUsableChoices()
+    {
+        QFETCH(QString, activity);
+        QFETCH(bool, isRandomChoice);
+        QFETCH(int, choices);
+        const RunState s = load(QString::fromUtf8(R"({"breakActivities": [%1]})").arg(activity));
+        QCOMPARE(s.arrAllbreakActivities.size(), 1);
+        QCOMPARE(s.arrAllbreakActivities[0].isRandomChoice, isRandomChoice);
+        QCOMPARE(s.arrAllbreakActivities[0].choices.size(), choices);
+    }
+
+    void listOfTheWrongShapeIsEmpty_data()
+    {
+        QTest::addColumn<QString>("value");
+        QTest::newRow("object") << R"({"name": "Water"})";
+        QTest::newRow("array with a string") << R"([{"name": "Water"}, "Stretch"])";
+        QTest::newRow("string") << R"("Water")";
+        QTest::newRow("null") << "null";
+    }
+
+    void listOfTheWrongShapeIsEmpty()
+    {
+        QFETCH(QString, value);
+        const RunState s = load(
+            QString::fromUtf8(R"({"morningHabits": %1, "eveningHabits": [{"name": "Journal"}]})").arg(value));
+        QVERIFY(s.arrAllMorningHabits.isEmpty());
+        QCOMPARE(s.arrAllEveningHabits.size(), 1);
+    }
+
+    void badSavedDocumentMeansEmptySchedule_data()
+    {
+        QTest::addColumn<QVariant>("saved");
+        QTest::addColumn<bool>("packagedApplies");
+        QTest::newRow("not JSON") << QVariant(QStringLiteral("{\"morningHabits\": [")) << false;
+        QTest::newRow("JSON array") << QVariant(QStringLiteral("[1, 2]")) << false;
+        QTest::newRow("JSON string") << QVariant(QStringLiteral("\"hello\"")) << false;
+        QTest::newRow("empty text") << QVariant(QString()) << false;
+        // A value that is no text counts as none saved.
+        QTest::newRow("stored as a number") << QVariant(42) << true;
+        QTest::newRow("stored as a list") << QVariant(QStringList{QStringLiteral("{}")}) << true;
+    }
+
+    // A malformed saved document means an empty schedule, not the packaged day.
+    void badSavedDocumentMeansEmptySchedule()
+    {
+        QFETCH(QVariant, saved);
+        QFETCH(bool, packagedApplies);
+        const RunState s = load(saved, R"({"morningHabits": [{"name": "Water"}], "startTime": "07:00",
+                                            "shutOffTime": "22:00"})");
+        QCOMPARE(s.arrAllMorningHabits.size(), packagedApplies ? 1 : 0);
+        QCOMPARE(s.startTime.has_value(), packagedApplies);
+        QCOMPARE(s.shutOffTime.has_value(), packagedApplies);
+    }
+
+    void packagedDocumentAppliesUntilOneIsSaved()
+    {
+        const MessageCapture output;
+        const RunState s = load(QVariant(), R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
+                                                "breakAfterMinutes": 45, "startTime": "6:45"})");
+        QCOMPARE(s.arrAllMorningHabits.size(), 1);
+        QCOMPARE(s.breakAfterMinutes, 45);
+        QCOMPARE(*s.startTime, (Time{6, 45, 0}));
+        QCOMPARE(load(QVariant(), "not json").arrAllMorningHabits.size(), 0);
+        QVERIFY2(!output.all().contains(u"Water"), qPrintable(output.all())); // the user's day stays private
+    }
+
+    void rereadKeepsTimesTheDocumentLacks()
+    {
+        RunState s;
+        applySettingsDocument(s, QJsonDocument::fromJson(R"({"startTime": "07:00", "breakAfterMinutes": 30,
+            "morningHabits": [{"name": "A"}, {"name": "B"}]})")
+                                     .object());
+        applySettingsDocument(s, QJsonDocument::fromJson(R"({"morningHabits": [{"name": "A"}]})").object());
+        QCOMPARE(s.arrAllMorningHabits.size(), 1);
+        QCOMPARE(*s.startTime, (Time{7, 0, 0}));
+        QCOMPARE(s.breakAfterMinutes, 30);
+    }
 
 private:
-    RunState load(const QVariant& saved, const QByteArray& packaged = "{}");
+    RunState load(const QVariant& saved, const QByteArray& packaged = "{}")
+    {
+        MemoryPreferences preferences;
+        if (saved.isValid())
+            preferences.setValue(keys::kUserdefaultsSelectedJson, saved);
+        const QString path = dir.filePath(QStringLiteral("settings.json"));
+        QFile file(path);
+        file.open(QIODevice::WriteOnly);
+        file.write(packaged);
+        file.close();
+        RunState state;
+        DebugLog log(clock, dir.filePath(QStringLiteral("log.txt")));
+        readSettingsJsonDictionary(state, preferences, path, log);
+        return state;
+    }
+
     FakeClock clock;
     QTemporaryDir dir;
 };
-
-RunState SettingsTest::load(const QVariant& saved, const QByteArray& packaged)
-{
-    MemoryPreferences preferences;
-    if (saved.isValid())
-        preferences.setValue(keys::kUserdefaultsSelectedJson, saved);
-    const QString path = dir.filePath(QStringLiteral("settings.json"));
-    QFile file(path);
-    file.open(QIODevice::WriteOnly);
-    file.write(packaged);
-    file.close();
-    RunState state;
-    DebugLog log(clock, dir.filePath(QStringLiteral("log.txt")));
-    readSettingsJsonDictionary(state, preferences, path, log);
-    return state;
-}
-
-void SettingsTest::getTimeFromString_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<Time>("expected");
-    QTest::newRow("hour only") << "7" << Time{7, 0, 0};
-    QTest::newRow("hour and minute") << "07:30" << Time{7, 30, 0};
-    QTest::newRow("with seconds") << "07:30:15" << Time{7, 30, 15};
-    QTest::newRow("out of range kept") << "25:99" << Time{25, 99, 0};
-    QTest::newRow("dot is no separator") << "7.30" << Time{0, 0, 0};
-    QTest::newRow("words") << "abc" << Time{0, 0, 0};
-    QTest::newRow("one bad part") << "07:xx:10" << Time{7, 0, 10};
-    QTest::newRow("four parts") << "1:2:3:4" << Time{0, 0, 0};
-    QTest::newRow("empty") << "" << Time{0, 0, 0};
-    QTest::newRow("blank inside") << " 7:30" << Time{0, 30, 0};
-    QTest::newRow("too large for an integer") << "99999999999:5" << Time{0, 5, 0};
-}
-
-void SettingsTest::getTimeFromString()
-{
-    QFETCH(QString, text);
-    QFETCH(Time, expected);
-    QCOMPARE(velmora::getTimeFromString(text), expected);
-}
-
-void SettingsTest::fieldsOfTheWrongTypeTakeTheirDefaults()
-{
-    const RunState s = load(QStringLiteral(R"({
-        "morningHabits": [{"name": 5, "durationSeconds": "60", "videoUrl": "http://x",
-                           "logQuantity": "yes", "logQuantityQuestion": 3, "allowedApps": ["a", 2]},
-                          {"name": "Stretch", "durationSeconds": 60.5, "allowedApps": ["/usr/share/applications/x.desktop"],
-                           "logQuantityQuestion": "How many?"}],
-        "breakActivities": [{"name": "Walk", "includeInEveryBreak": 1, "isOfficeFriendly": null}],
-        "breakAfterMinutes": "50", "startTime": 7, "shutOffTime": "22:00"})"));
-    QCOMPARE(s.arrAllMorningHabits.size(), 2);
-    const habit& bad = s.arrAllMorningHabits[0];
-    QCOMPARE(bad.name, QString());
-    QCOMPARE(bad.durationSeconds, 0);
-    QVERIFY(bad.urlsArray.isEmpty());
-    QVERIFY(!bad.logQuantity);
-    QVERIFY(!bad.logQuantityQuestion.has_value());
-    QVERIFY(!bad.openSpecificApps);
-    const habit& good = s.arrAllMorningHabits[1];
-    QCOMPARE(good.durationSeconds, 0); // not a whole number
-    QVERIFY(good.openSpecificApps);
-    QCOMPARE(*good.logQuantityQuestion, QStringLiteral("How many?"));
-    QCOMPARE(s.arrAllbreakActivities.size(), 1);
-    QVERIFY(!s.arrAllbreakActivities[0].IncludeInEveryBreak);
-    QVERIFY(!s.arrAllbreakActivities[0].isOfficeFriendly);
-    QCOMPARE(s.breakAfterMinutes, 0);
-    QVERIFY(!s.startTime.has_value());
-    QCOMPARE(*s.shutOffTime, (Time{22, 0, 0}));
-}
-
-void SettingsTest::randomChoiceNeedsUsableChoices_data()
-{
-    QTest::addColumn<QString>("activity");
-    QTest::addColumn<bool>("isRandomChoice");
-    QTest::addColumn<int>("choices");
-    QTest::newRow("two choices") << R"({"type": "random-choice", "choices": [{"name": "A"}, {"name": "B"}]})"
-                                 << true << 2;
-    QTest::newRow("empty choices") << R"({"type": "random-choice", "choices": []})" << false << 0;
-    QTest::newRow("missing choices") << R"({"type": "random-choice"})" << false << 0;
-    QTest::newRow("other type keeps its choices")
-        << R"({"type": "plain", "choices": [{"name": "A"}]})" << false << 1;
-    QTest::newRow("choice not an object") << R"({"type": "random-choice", "choices": ["A"]})" << false << 0;
-}
-
-void SettingsTest::randomChoiceNeedsUsableChoices()
-{
-    QFETCH(QString, activity);
-    QFETCH(bool, isRandomChoice);
-    QFETCH(int, choices);
-    const RunState s = load(QStringLiteral(R"({"breakActivities": [%1]})").arg(activity));
-    QCOMPARE(s.arrAllbreakActivities.size(), 1);
-    QCOMPARE(s.arrAllbreakActivities[0].isRandomChoice, isRandomChoice);
-    QCOMPARE(s.arrAllbreakActivities[0].choices.size(), choices);
-}
-
-void SettingsTest::listOfTheWrongShapeIsEmpty_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::newRow("object") << R"({"name": "Water"})";
-    QTest::newRow("array with a string") << R"([{"name": "Water"}, "Stretch"])";
-    QTest::newRow("string") << R"("Water")";
-    QTest::newRow("null") << "null";
-}
-
-void SettingsTest::listOfTheWrongShapeIsEmpty()
-{
-    QFETCH(QString, value);
-    const RunState s =
-        load(QStringLiteral(R"({"morningHabits": %1, "eveningHabits": [{"name": "Journal"}]})").arg(value));
-    QVERIFY(s.arrAllMorningHabits.isEmpty());
-    QCOMPARE(s.arrAllEveningHabits.size(), 1);
-}
-
-void SettingsTest::badSavedDocumentMeansEmptySchedule_data()
-{
-    QTest::addColumn<QVariant>("saved");
-    QTest::newRow("not JSON") << QVariant(QStringLiteral("{\"morningHabits\": ["));
-    QTest::newRow("JSON array") << QVariant(QStringLiteral("[1, 2]"));
-    QTest::newRow("JSON string") << QVariant(QStringLiteral("\"hello\""));
-    QTest::newRow("empty text") << QVariant(QString());
-    QTest::newRow("stored as a number") << QVariant(42);
-    QTest::newRow("stored as a list") << QVariant(QStringList{QStringLiteral("{}")});
-}
-
-void SettingsTest::badSavedDocumentMeansEmptySchedule()
-{
-    QFETCH(QVariant, saved);
-    // The packaged document would give a full day; it must not be used.
-    const RunState s = load(saved, R"({"morningHabits": [{"name": "Water"}], "startTime": "07:00",
-                                        "shutOffTime": "22:00"})");
-    QVERIFY(s.arrAllMorningHabits.isEmpty());
-    QVERIFY(!s.startTime.has_value());
-    QVERIFY(!s.shutOffTime.has_value());
-}
-
-void SettingsTest::packagedDocumentAppliesUntilOneIsSaved()
-{
-    const RunState s = load(QVariant(), R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
-                                            "breakAfterMinutes": 45, "startTime": "6:45"})");
-    QCOMPARE(s.arrAllMorningHabits.size(), 1);
-    QCOMPARE(s.breakAfterMinutes, 45);
-    QCOMPARE(*s.startTime, (Time{6, 45, 0}));
-    QCOMPARE(load(QVariant(), "not json").arrAllMorningHabits.size(), 0);
-}
-
-void SettingsTest::rereadKeepsTimesTheDocumentLacks()
-{
-    RunState s;
-    applySettingsDocument(s, QJsonDocument::fromJson(R"({"startTime": "07:00", "breakAfterMinutes": 30,
-        "morningHabits": [{"name": "A"}, {"name": "B"}]})")
-                                 .object());
-    applySettingsDocument(s, QJsonDocument::fromJson(R"({"morningHabits": [{"name": "A"}]})").object());
-    QCOMPARE(s.arrAllMorningHabits.size(), 1);
-    QCOMPARE(*s.startTime, (Time{7, 0, 0}));
-    QCOMPARE(s.breakAfterMinutes, 30);
-}
 
 QTEST_GUILESS_MAIN(SettingsTest)
 #include "tst_settings.moc"

@@ -13,11 +13,12 @@ resources="$(cd "$(dirname "$0")/../../resources" && pwd)"
 work="$VELMORA_IT_DIR/quit"
 mkdir -p "$work/bin"
 
-# systemctl as the program sees it: a user manager that answers and records every call.
+# systemctl as the program sees it: it records every call, and no user manager answers,
+# so that the program runs itself.
 cat >"$work/bin/systemctl" <<EOS
 #!/bin/sh
 echo "\$*" >>"$work/systemctl.log"
-case "\$*" in *is-system-running*) echo running ;; esac
+case "\$*" in *is-system-running*) echo offline ;; esac
 exit 0
 EOS
 chmod +x "$work/bin/systemctl"

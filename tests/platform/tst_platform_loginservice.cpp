@@ -87,26 +87,27 @@ WantedBy=graphical-session.target
 )"_s.arg(execStart));
     }
 
-    // The autostart entry is the fallback for sessions without a systemd user manager.
-    void autostartOnlyWithoutUserManager_data()
+    // The autostart entry is always written; a user manager that answers is given the
+    // display and starts the unit, so that the copy outside it can end.
+    void autostartAlwaysAndHandOverToAUserManager_data()
     {
         QTest::addColumn<bool>("runtimeDir");
         QTest::addColumn<QByteArray>("state"); // "-": no systemctl at all
-        QTest::addColumn<bool>("expectAutostart");
+        QTest::addColumn<bool>("handsOver");
 
-        QTest::newRow("manager's runtime folder") << true << ""_ba << false;
-        QTest::newRow("manager answers running") << false << "running"_ba << false;
-        QTest::newRow("manager answers degraded") << false << "degraded"_ba << false;
-        QTest::newRow("manager offline") << false << "offline"_ba << true;
-        QTest::newRow("no answer") << false << ""_ba << true;
-        QTest::newRow("no systemctl") << false << "-"_ba << true;
+        QTest::newRow("manager's runtime folder") << true << ""_ba << true;
+        QTest::newRow("manager answers running") << false << "running"_ba << true;
+        QTest::newRow("manager answers degraded") << false << "degraded"_ba << true;
+        QTest::newRow("manager offline") << false << "offline"_ba << false;
+        QTest::newRow("no answer") << false << ""_ba << false;
+        QTest::newRow("no systemctl") << false << "-"_ba << false;
     }
 
-    void autostartOnlyWithoutUserManager()
+    void autostartAlwaysAndHandOverToAUserManager()
     {
         QFETCH(bool, runtimeDir);
         QFETCH(QByteArray, state);
-        QFETCH(bool, expectAutostart);
+        QFETCH(bool, handsOver);
 
         if (runtimeDir)
             QDir().mkpath(path(u"run/systemd"_s));
@@ -114,15 +115,21 @@ WantedBy=graphical-session.target
             qputenv("PATH", "/nonexistent");
         qputenv("FAKE_SYSTEMD_STATE", state);
 
-        QVERIFY(SystemdLoginService(u"/opt/My Apps/velmora"_s).install());
-        QCOMPARE(contents(SystemdLoginService::autostartFilePath()),
-                 !expectAutostart ? QString() : uR"([Desktop Entry]
+        SystemdLoginService service(u"/opt/My Apps/velmora"_s);
+        QVERIFY(service.install());
+        QCOMPARE(contents(SystemdLoginService::autostartFilePath()), uR"([Desktop Entry]
 Type=Application
 Name=Velmora
 Exec="/opt/My Apps/velmora"
 X-GNOME-Autostart-enabled=true
 NoDisplay=true
 )"_s);
+        QCOMPARE(service.handOverToUserManager(), handsOver);
+        const QStringList calls = systemctlCalls();
+        QCOMPARE(calls.contains(u"--user start velmora.service"_s), handsOver);
+        QCOMPARE(calls.contains(
+                     u"--user import-environment DISPLAY XAUTHORITY WAYLAND_DISPLAY XDG_CURRENT_DESKTOP"_s),
+                 handsOver);
     }
 
     void enableAndDisable()

@@ -11,8 +11,10 @@
 #include "StatusItem.h"
 #include "uninstallVc.h"
 
+#include <QCloseEvent>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFileDialog>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -34,12 +36,6 @@ QByteArray documentWithBreaks(const char* breaks)
            (breaks ? QByteArray(", \"breakActivities\": ") + breaks : QByteArray()) + "}";
 }
 
-QString readAll(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
-}
-
 void write(const QString& path, const QByteArray& data)
 {
     QFile file(path);
@@ -52,466 +48,459 @@ void write(const QString& path, const QByteArray& data)
 class PanelTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void rowsFollowTheState_data();
-    void rowsFollowTheState();
-    void reactivateRowRestartsActivated();
-    void officeMode_data();
-    void officeMode();
-    void officeModeSecondClickDisables();
-    void checkForUpdates_data();
-    void checkForUpdates();
-    void preferencesBehindPassword();
-    void passwordTab_data();
-    void passwordTab();
-    void uninstall_data();
-    void uninstall();
-    void ordinaryQuitsAreRefused();
-    void exportStatistics_data();
-    void exportStatistics();
-};
+    void rowsFollowTheState_data()
+    {
+        QTest::addColumn<bool>("clickable");
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<bool>("officeMode");
+        QTest::addColumn<bool>("panelShown");
+        QTest::addColumn<bool>("reactivateShown");
 
-void PanelTest::rowsFollowTheState_data()
-{
-    QTest::addColumn<bool>("clickable");
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<bool>("officeMode");
-    QTest::addColumn<bool>("panelShown");
-    QTest::addColumn<bool>("reactivateShown");
-
-    QTest::newRow("activated") << true << true << false << true << false;
-    QTest::newRow("deactivated shows Reactivate") << true << false << false << true << true;
-    QTest::newRow("office mode shows its check mark") << true << true << true << true << false;
-    QTest::newRow("before start-up has finished nothing opens") << false << true << false << false << false;
-}
-
-void PanelTest::rowsFollowTheState()
-{
-    QFETCH(bool, clickable);
-    QFETCH(bool, enabled);
-    QFETCH(bool, officeMode);
-    QFETCH(bool, panelShown);
-    QFETCH(bool, reactivateShown);
-
-    AppFixture f;
-    f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), enabled);
-    f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsOfficeModeEnabled"), officeMode);
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    app.statusItem().setClickable(clickable);
-
-    app.togglePopover();
-    menuViewController& menu = app.menuViewControllerObj();
-    QCOMPARE(menu.isVisible(), panelShown);
-    if (!panelShown)
-        return;
-    QCOMPARE(menu.boxReactivate->isVisible(), reactivateShown);
-    QCOMPARE(menu.boxCheckMark->isVisible(), officeMode);
-    for (QPushButton* row : {menu.boxPreferences, menu.boxExportStatistics, menu.boxCheckForUpdates,
-                             menu.boxEnableOfficeMode, menu.boxQuit})
-        QVERIFY2(row->isVisible(), qPrintable(row->text()));
-    QCOMPARE(menu.boxQuit->text(), QStringLiteral("Quit"));
-
-    // A click on a row closes the panel before the row acts.
-    menu.boxQuit->click();
-    QVERIFY(!menu.isVisible());
-}
-
-void PanelTest::officeMode_data()
-{
-    QTest::addColumn<QByteArray>("packaged");
-    QTest::addColumn<bool>("answerYes");
-    QTest::addColumn<int>("questions");
-    QTest::addColumn<bool>("enabled");
-    QTest::addColumn<QStringList>("savedActivities"); // empty: nothing saved
-
-    const QByteArray friendly =
-        documentWithBreaks(R"([{"name": "Walk", "durationSeconds": 60, "isOfficeFriendly": true}])");
-    const QByteArray unfriendly = documentWithBreaks(R"([{"name": "Handstand", "durationSeconds": 30}])");
-    QTest::newRow("an office-friendly activity exists: no question")
-        << friendly << true << 0 << true << QStringList();
-    QTest::newRow("yes: the packaged document is saved with the new activity")
-        << unfriendly << true << 1 << true << QStringList{"Handstand", "Stand up and stretch"};
-    QTest::newRow("no: nothing changes") << unfriendly << false << 1 << false << QStringList();
-    QTest::newRow("yes without a break list: the document is saved as it was")
-        << documentWithBreaks(nullptr) << true << 1 << true << QStringList();
-}
-
-void PanelTest::officeMode()
-{
-    QFETCH(QByteArray, packaged);
-    QFETCH(bool, answerYes);
-    QFETCH(int, questions);
-    QFETCH(bool, enabled);
-    QFETCH(QStringList, savedActivities);
-
-    AppFixture f(packaged);
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    menuViewController& menu = app.menuViewControllerObj();
-    int asked = 0;
-    QStringList told;
-    menu.ask = [&](const QString& text, const QString& yes, const QString&) {
-        ++asked;
-        [&] {
-            QVERIFY(text.startsWith(QStringLiteral("You don't have any office friendly break activities")));
-        }();
-        [&] { QCOMPARE(yes, QStringLiteral("Yeah sounds good")); }();
-        return answerYes;
-    };
-    menu.inform = [&](const QString& title, const QString&) { told << title; };
-    const int activitiesBefore = app.state().arrAllbreakActivities.size();
-
-    app.togglePopover();
-    menu.boxEnableOfficeMode->click();
-
-    QCOMPARE(asked, questions);
-    QCOMPARE(told.size(), enabled ? 1 : 0);
-    QCOMPARE(app.state().isOfficeModeEnabled, enabled);
-    QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(), enabled);
-
-    const bool added = questions == 1 && answerYes;
-    QCOMPARE(app.state().arrAllbreakActivities.size(), activitiesBefore + (added ? 1 : 0));
-    if (added) {
-        const breakActivity& stretch = app.state().arrAllbreakActivities.constLast();
-        QCOMPARE(stretch.name, QStringLiteral("Stand up and stretch"));
-        QCOMPARE(stretch.durationSeconds, 20);
-        QVERIFY(stretch.isOfficeFriendly);
+        QTest::newRow("activated") << true << true << false << true << false;
+        QTest::newRow("deactivated shows Reactivate") << true << false << false << true << true;
+        QTest::newRow("office mode shows its check mark") << true << true << true << true << false;
+        QTest::newRow("before start-up has finished nothing opens")
+            << false << true << false << false << false;
     }
 
-    const QVariant saved = f.fakes.preferences.value(QStringLiteral("kUserdefaultsSelectedJson"));
-    QCOMPARE(saved.isValid(), added);
-    if (!added)
-        return;
-    const QJsonObject document = QJsonDocument::fromJson(saved.toString().toUtf8()).object();
-    QCOMPARE(document.value(QStringLiteral("shutOffTime")).toString(), QStringLiteral("22:00"));
-    QStringList names;
-    for (const QJsonValue& activity : document.value(QStringLiteral("breakActivities")).toArray())
-        names << activity.toObject().value(QStringLiteral("name")).toString();
-    QCOMPARE(names, savedActivities);
-}
+    void rowsFollowTheState()
+    {
+        QFETCH(bool, clickable);
+        QFETCH(bool, enabled);
+        QFETCH(bool, officeMode);
+        QFETCH(bool, panelShown);
+        QFETCH(bool, reactivateShown);
 
-void PanelTest::officeModeSecondClickDisables()
-{
-    AppFixture f(
-        documentWithBreaks(R"([{"name": "Walk", "durationSeconds": 60, "isOfficeFriendly": true}])"));
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    menuViewController& menu = app.menuViewControllerObj();
-    int told = 0;
-    menu.inform = [&](const QString&, const QString&) { ++told; };
-    app.togglePopover();
-    menu.boxEnableOfficeMode->click();
-    app.togglePopover();
-    QVERIFY(menu.boxCheckMark->isVisible());
-    menu.boxEnableOfficeMode->click();
-    QCOMPARE(told, 1);
-    QVERIFY(!app.state().isOfficeModeEnabled);
-    QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(), false);
-}
+        AppFixture f;
+        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), enabled);
+        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsOfficeModeEnabled"), officeMode);
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        app.statusItem().setClickable(clickable);
 
-void PanelTest::checkForUpdates_data()
-{
-    QTest::addColumn<QString>("server");
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QByteArray>("answer");
-    QTest::addColumn<QString>("told");
+        app.togglePopover();
+        menuViewController& menu = app.menuViewControllerObj();
+        QCOMPARE(menu.isVisible(), panelShown);
+        if (!panelShown)
+            return;
+        QCOMPARE(menu.boxReactivate->isVisible(), reactivateShown);
+        QCOMPARE(menu.boxCheckMark->isVisible(), officeMode);
+        for (QPushButton* row : {menu.boxPreferences, menu.boxExportStatistics, menu.boxCheckForUpdates,
+                                 menu.boxEnableOfficeMode, menu.boxQuit})
+            QVERIFY2(row->isVisible(), qPrintable(row->text()));
+        QCOMPARE(menu.boxQuit->text(), QStringLiteral("Quit"));
 
-    QTest::newRow("no server: the package manager") << QString() << 0 << QByteArray() << "package manager";
-    QTest::newRow("a newer version") << "http://config.test/base/" << 200
-                                     << QByteArray(R"({"version": "0.10.0", "url": "https://get.test/"})")
-                                     << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
-    QTest::newRow("the same version") << "http://config.test" << 200 << QByteArray(R"({"version": "0.9.1"})")
-                                      << "0.9.1 is the newest version";
-    QTest::newRow("an older version") << "http://config.test" << 200 << QByteArray(R"({"version": "0.9"})")
-                                      << "0.9.1 is the newest version";
-    QTest::newRow("a server error") << "http://config.test" << 404 << QByteArray("nope")
-                                    << "did not succeed: the server answered 404";
-}
-
-void PanelTest::checkForUpdates()
-{
-    QFETCH(QString, server);
-    QFETCH(int, status);
-    QFETCH(QByteArray, answer);
-    QFETCH(QString, told);
-
-    QCoreApplication::setApplicationVersion(QStringLiteral("0.9.1"));
-    FakePorts fakes;
-    RunState state;
-    DebugLog log(fakes.clock, {});
-    TextCatalogue texts;
-    menuViewController menu({{state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts},
-                             fakes.http,
-                             QString(),
-                             QUrl(server)});
-    QStringList messages;
-    menu.inform = [&](const QString&, const QString& text) { messages << text; };
-
-    menu.checkForUpdates();
-    if (!server.isEmpty()) {
-        QCOMPARE(fakes.http.requests.size(), 1);
-        QCOMPARE(fakes.http.requests.constFirst().url.path().endsWith(QStringLiteral("/config/version.json")),
-                 true);
-        QVERIFY(!fakes.http.requests.constFirst().url.path().contains(QStringLiteral("//")));
-        QVERIFY(messages.isEmpty());
-        fakes.http.answer({status, answer, {}});
+        // A click on a row closes the panel before the row acts.
+        menu.boxQuit->click();
+        QVERIFY(!menu.isVisible());
     }
-    QCOMPARE(messages.size(), 1);
-    QVERIFY2(messages.constFirst().contains(told), qPrintable(messages.constFirst()));
-}
 
-void PanelTest::preferencesBehindPassword()
-{
-    AppFixture f;
-    password::store(f.fakes.preferences, QStringLiteral("grüße"));
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    preferencesWindowController& window = app.preferencesWindowControllerObj();
-    window.preferencesTabViewController->setCurrentIndex(2);
-    window.hide();
-
-    app.menuItem_Preferences();
-    QVERIFY(window.isVisible());
-    QVERIFY(window.isPasswordViewShown());
-    QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
-    QCOMPARE(f.logCount(QStringLiteral("Showing enter password view")), 1);
-
-    // The tabs stay out of reach, and a second opening changes nothing.
-    window.preferencesTabViewController->setCurrentIndex(1);
-    QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
-    QVERIFY(!window.tabView_shouldSelect(1));
-    app.menuItem_Preferences();
-    QCOMPARE(f.logCount(QStringLiteral("Showing preferences")), 1);
-
-    enterPasswordVc& prompt = *window.enterPasswordVcObj;
-    QStringList alerts;
-    prompt.inform = [&](const QString& title, const QString&) { alerts << title; };
-    prompt.textFieldPassword->setText(QStringLiteral("grüsse"));
-    prompt.btnOk->click();
-    QVERIFY(window.isPasswordViewShown());
-    QCOMPARE(alerts.size(), 1);
-
-    prompt.textFieldPassword->setText(QStringLiteral("grüße"));
-    prompt.btnOk->click();
-    QVERIFY(!window.isPasswordViewShown());
-    window.preferencesTabViewController->setCurrentIndex(1);
-    QCOMPARE(window.preferencesTabViewController->currentIndex(), 1);
-
-    // Cancel at the prompt closes the window with the tabs still locked.
-    window.hide();
-    app.menuItem_Preferences();
-    QVERIFY(window.isPasswordViewShown());
-    prompt.btnCancel->click();
-    QVERIFY(!window.isVisible());
-}
-
-void PanelTest::passwordTab_data()
-{
-    QTest::addColumn<QString>("existing"); // empty: none set
-    QTest::addColumn<QString>("entered");
-    QTest::addColumn<QString>("confirmed");
-    QTest::addColumn<QString>("alert");
-    QTest::addColumn<QString>("stored");
-
-    QTest::newRow("blank password") << ""
-                                    << ""
-                                    << "x"
-                                    << "Password cannot be blank."
-                                    << "";
-    QTest::newRow("blank confirmation") << ""
-                                        << "x"
-                                        << ""
-                                        << "Confirm password cannot be blank."
-                                        << "";
-    QTest::newRow("no match") << "old"
-                              << "abc"
-                              << "abd"
-                              << "Passwords do not match."
-                              << "old";
-    QTest::newRow("first password") << ""
-                                    << "ñandú"
-                                    << "ñandú"
-                                    << "Password successfully set."
-                                    << "ñandú";
-    QTest::newRow("replaced password") << "old"
-                                       << "new"
-                                       << "new"
-                                       << "Password successfully changed."
-                                       << "new";
-}
-
-void PanelTest::passwordTab()
-{
-    QFETCH(QString, existing);
-    QFETCH(QString, entered);
-    QFETCH(QString, confirmed);
-    QFETCH(QString, alert);
-    QFETCH(QString, stored);
-
-    FakePorts fakes;
-    RunState state;
-    DebugLog log(fakes.clock, {});
-    TextCatalogue texts;
-    if (!existing.isEmpty())
-        password::store(fakes.preferences, existing);
-    passwordVc tab({state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts});
-    QStringList alerts;
-    tab.alertforvalidation = [&](const QString& title, const QString&) { alerts << title; };
-    tab.textFieldNewPassword->setText(entered);
-    tab.textFieldConfirmPassword->setText(confirmed);
-    tab.btnChangePassword->click();
-
-    QCOMPARE(alerts, QStringList{alert});
-    if (stored.isEmpty())
-        QVERIFY(!password::isSet(fakes.preferences));
-    else
-        QCOMPARE(password::check(fakes.preferences, stored), password::Check::Correct);
-    const bool succeeded = alert.startsWith(QStringLiteral("Password successfully"));
-    QCOMPARE(tab.textFieldNewPassword->text().isEmpty(), succeeded || entered.isEmpty());
-    QCOMPARE(tab.btnChangePassword->text(),
-             stored.isEmpty() ? QStringLiteral("Set Password") : QStringLiteral("Change Password"));
-    if (!stored.isEmpty())
-        QCOMPARE(tab.textFieldConfirmPassword->placeholderText(), QStringLiteral("*****"));
-}
-
-void PanelTest::uninstall_data()
-{
-    QTest::addColumn<bool>("yes");
-    QTest::newRow("no changes nothing") << false;
-    QTest::newRow("yes leaves for good") << true;
-}
-
-void PanelTest::uninstall()
-{
-    QFETCH(bool, yes);
-    AppFixture f;
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    const QString usageBefore = readAll(app.usageLog().path());
-    uninstallVc& tab = *app.preferencesWindowControllerObj().uninstallVcObj;
-    int notices = 0;
-    tab.ask = [&](const QString&, const QString& first, const QString&) {
-        [&] { QCOMPARE(first, QStringLiteral("Yes")); }();
-        return yes;
-    };
-    tab.inform = [&](const QString&, const QString&) { ++notices; };
-    tab.btUninstall->click();
-
-    QCOMPARE(notices, yes ? 1 : 0);
-    QCOMPARE(f.fakes.loginService.disables, yes ? 1 : 0);
-    QCOMPARE(f.exitStatuses, yes ? QList<int>{64} : QList<int>{});
-    QCOMPARE(f.logCount(QStringLiteral("App uninstall clicked by user")), yes ? 1 : 0);
-    QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 0);
-    QCOMPARE(readAll(app.usageLog().path()), usageBefore);
-    QVERIFY(f.fakes.http.requests.isEmpty());
-}
-
-void PanelTest::ordinaryQuitsAreRefused()
-{
-    AppFixture f;
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    QEvent quit(QEvent::Quit);
-    QCoreApplication::sendEvent(qApp, &quit);
-    QVERIFY(!quit.isAccepted());
-    QVERIFY(!app.terminateFromSelf);
-    QVERIFY(f.exitStatuses.isEmpty());
-
-    // Our windows refuse a close that does not come from the user's title bar.
-    app.menuItem_Preferences();
-    QVERIFY(!app.preferencesWindowControllerObj().close());
-    QVERIFY(app.preferencesWindowControllerObj().isVisible());
-
-    app.terminateFromSelf = true;
-    QVERIFY(app.applicationShouldTerminate());
-    QVERIFY(!app.terminateFromSelf);
-}
-
-void PanelTest::exportStatistics_data()
-{
-    QTest::addColumn<QString>("target"); // relative to the test's folder
-    QTest::addColumn<bool>("earlierExport");
-    QTest::addColumn<bool>("succeeds");
-
-    QTest::newRow("into an empty folder") << "out" << false << true;
-    QTest::newRow("replaces an earlier export") << "out" << true << true;
-    QTest::newRow("a folder that cannot exist") << "blocker/out" << false << false;
-    QTest::newRow("a read-only folder keeps the earlier export") << "locked" << true << false;
-}
-
-void PanelTest::exportStatistics()
-{
-    QFETCH(QString, target);
-    QFETCH(bool, earlierExport);
-    QFETCH(bool, succeeds);
-
-    AppFixture f;
-    AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-    app.usageLog().addEntryInCsv({.logType = QStringLiteral("Quit"), .abortReason = QStringLiteral("why")});
-    const QString usage = readAll(app.usageLog().path());
-    QVERIFY(usage.contains(QStringLiteral("Quit,")));
-
-    const QDir root(f.dir.path());
-    write(root.filePath(QStringLiteral("blocker")), "a plain file");
-    root.mkpath(QStringLiteral("out"));
-    root.mkpath(QStringLiteral("locked"));
-    const QString folder = root.filePath(target);
-    const QString exported = QDir(folder).filePath(QStringLiteral("vlmrStats.csv"));
-    if (earlierExport)
-        write(exported, "the earlier export\n");
-    if (target == QStringLiteral("locked")) {
-        // Where permissions do not bite (as root), the export's own name is taken
-        // by a folder, which no file can replace.
-        QFile::remove(exported);
-        QDir(folder).mkpath(QStringLiteral("vlmrStats.csv"));
-        write(QDir(exported).filePath(QStringLiteral("inside")), "the earlier export\n");
+    void reactivateRowRestartsActivated()
+    {
+        AppFixture f;
+        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), false);
+        f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"),
+                                     at(23, QTime(15, 0)));
+        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        QVERIFY(app.isReactivationWatchRunning());
+        app.togglePopover();
+        QTest::mouseClick(app.menuViewControllerObj().boxReactivate, Qt::LeftButton);
+        QCOMPARE(f.fakes.launcher.restarts, 1);
+        QCOMPARE(f.exitStatuses, QList<int>{0});
+        QVERIFY(!app.isReactivationWatchRunning());
+        QCOMPARE(*f.fakes.preferences.boolean(QStringLiteral("kUserdefaultsIsAppEnabled")), true);
+        QVERIFY(!f.fakes.preferences.contains(QStringLiteral("kUserdefaults4HourReActivateTime")));
+        QCOMPARE(f.logCount(QStringLiteral("App Reactivated by user from top menu")), 1);
     }
-    auto snapshot = [&] {
-        QStringList files;
-        QDirIterator it(f.dir.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
-        while (it.hasNext()) {
-            const QString path = it.next();
-            files << path + u'=' + readAll(path);
+
+    void officeMode_data()
+    {
+        QTest::addColumn<QByteArray>("packaged");
+        QTest::addColumn<bool>("answerYes");
+        QTest::addColumn<int>("questions");
+        QTest::addColumn<bool>("enabled");
+        QTest::addColumn<QStringList>("savedActivities"); // empty: nothing saved
+
+        const QByteArray friendly =
+            documentWithBreaks(R"([{"name": "Walk", "durationSeconds": 60, "isOfficeFriendly": true}])");
+        const QByteArray unfriendly = documentWithBreaks(R"([{"name": "Handstand", "durationSeconds": 30}])");
+        QTest::newRow("an office-friendly activity exists: no question")
+            << friendly << true << 0 << true << QStringList();
+        QTest::newRow("yes: the packaged document is saved with the new activity")
+            << unfriendly << true << 1 << true << QStringList{"Handstand", "Stand up and stretch"};
+        QTest::newRow("no: nothing changes") << unfriendly << false << 1 << false << QStringList();
+        QTest::newRow("yes without a break list: the document is saved as it was")
+            << documentWithBreaks(nullptr) << true << 1 << true << QStringList();
+    }
+
+    void officeMode()
+    {
+        QFETCH(QByteArray, packaged);
+        QFETCH(bool, answerYes);
+        QFETCH(int, questions);
+        QFETCH(bool, enabled);
+        QFETCH(QStringList, savedActivities);
+
+        AppFixture f(packaged);
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        menuViewController& menu = app.menuViewControllerObj();
+        int asked = 0;
+        QStringList told;
+        menu.ask = [&](const QString& text, const QString& yes, const QString&) {
+            ++asked;
+            [&] {
+                QVERIFY(
+                    text.startsWith(QStringLiteral("You don't have any office friendly break activities")));
+            }();
+            [&] { QCOMPARE(yes, QStringLiteral("Yeah sounds good")); }();
+            return answerYes;
+        };
+        menu.inform = [&](const QString& title, const QString&) { told << title; };
+        const int activitiesBefore = app.state().arrAllbreakActivities.size();
+
+        app.togglePopover();
+        menu.boxEnableOfficeMode->click();
+
+        QCOMPARE(asked, questions);
+        QCOMPARE(told.size(), enabled ? 1 : 0);
+        QCOMPARE(app.state().isOfficeModeEnabled, enabled);
+        QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(),
+                 enabled);
+
+        const bool added = questions == 1 && answerYes;
+        QCOMPARE(app.state().arrAllbreakActivities.size(), activitiesBefore + (added ? 1 : 0));
+        if (added) {
+            const breakActivity& stretch = app.state().arrAllbreakActivities.constLast();
+            QCOMPARE(stretch.name, QStringLiteral("Stand up and stretch"));
+            QCOMPARE(stretch.durationSeconds, 20);
+            QVERIFY(stretch.isOfficeFriendly);
         }
-        files.sort();
-        return files;
-    };
-    const QStringList before = snapshot();
 
-    app.chooseExportFolder = [&](const QString& prompt) {
-        [&] { QCOMPARE(prompt, QStringLiteral("Export")); }();
-        return folder;
-    };
-    app.menuItem_ExportStatistics();
-
-    if (succeeds) {
-        QCOMPARE(readAll(exported), usage);
-        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{"vlmrStats.csv"});
-    } else {
-        QCOMPARE(snapshot(), before);
+        const QVariant saved = f.fakes.preferences.value(QStringLiteral("kUserdefaultsSelectedJson"));
+        QCOMPARE(saved.isValid(), added);
+        if (!added)
+            return;
+        const QJsonObject document = QJsonDocument::fromJson(saved.toString().toUtf8()).object();
+        QCOMPARE(document.value(QStringLiteral("shutOffTime")).toString(), QStringLiteral("22:00"));
+        QStringList names;
+        for (const QJsonValue& activity : document.value(QStringLiteral("breakActivities")).toArray())
+            names << activity.toObject().value(QStringLiteral("name")).toString();
+        QCOMPARE(names, savedActivities);
     }
-    QCOMPARE(readAll(app.usageLog().path()), usage);
-    QVERIFY(f.exitStatuses.isEmpty());
 
-    // Cancelling the chooser does nothing at all.
-    app.chooseExportFolder = [](const QString&) { return QString(); };
-    const QStringList afterExport = snapshot();
-    app.menuItem_ExportStatistics();
-    QCOMPARE(snapshot(), afterExport);
-}
+    void officeModeSecondClickDisables()
+    {
+        AppFixture f(
+            documentWithBreaks(R"([{"name": "Walk", "durationSeconds": 60, "isOfficeFriendly": true}])"));
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        menuViewController& menu = app.menuViewControllerObj();
+        int told = 0;
+        menu.inform = [&](const QString&, const QString&) { ++told; };
+        app.togglePopover();
+        menu.boxEnableOfficeMode->click();
+        app.togglePopover();
+        QVERIFY(menu.boxCheckMark->isVisible());
+        menu.boxEnableOfficeMode->click();
+        QCOMPARE(told, 1);
+        QVERIFY(!app.state().isOfficeModeEnabled);
+        QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(), false);
+    }
 
-void PanelTest::reactivateRowRestartsActivated()
-{
-    AppFixture f;
-    f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), false);
-    f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"), at(23, QTime(15, 0)));
-    AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-    QVERIFY(app.isReactivationWatchRunning());
-    app.togglePopover();
-    QTest::mouseClick(app.menuViewControllerObj().boxReactivate, Qt::LeftButton);
-    QCOMPARE(f.fakes.launcher.restarts, 1);
-    QCOMPARE(f.exitStatuses, QList<int>{0});
-    QVERIFY(!app.isReactivationWatchRunning());
-    QCOMPARE(*f.fakes.preferences.boolean(QStringLiteral("kUserdefaultsIsAppEnabled")), true);
-    QVERIFY(!f.fakes.preferences.contains(QStringLiteral("kUserdefaults4HourReActivateTime")));
-    QCOMPARE(f.logCount(QStringLiteral("App Reactivated by user from top menu")), 1);
-}
+    void checkForUpdates_data()
+    {
+        QTest::addColumn<QString>("server");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("answer");
+        QTest::addColumn<QString>("told");
+
+        QTest::newRow("no server: the package manager")
+            << QString() << 0 << QByteArray() << "package manager";
+        QTest::newRow("a newer version")
+            << "http://config.test/base/" << 200
+            << QByteArray("{\"version\": \"0.10.0\", \"url\": \"https://get.test/\"}")
+            << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
+        QTest::newRow("the same version")
+            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9.1"})")
+            << "0.9.1 is the newest version";
+        QTest::newRow("an older version")
+            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9"})")
+            << "0.9.1 is the newest version";
+        QTest::newRow("a server error") << "http://config.test" << 404 << QByteArray("nope")
+                                        << "did not succeed: the server answered 404";
+    }
+
+    void checkForUpdates()
+    {
+        QFETCH(QString, server);
+        QFETCH(int, status);
+        QFETCH(QByteArray, answer);
+        QFETCH(QString, told);
+
+        QCoreApplication::setApplicationVersion(QStringLiteral("0.9.1"));
+        FakePorts fakes;
+        RunState state;
+        DebugLog log(fakes.clock, {});
+        TextCatalogue texts;
+        menuViewController menu({{state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts},
+                                 fakes.http,
+                                 QString(),
+                                 QUrl(server)});
+        QStringList messages;
+        menu.inform = [&](const QString&, const QString& text) { messages << text; };
+
+        menu.checkForUpdates();
+        if (!server.isEmpty()) {
+            QCOMPARE(fakes.http.requests.size(), 1);
+            QCOMPARE(
+                fakes.http.requests.constFirst().url.path().endsWith(QStringLiteral("/config/version.json")),
+                true);
+            QVERIFY(!fakes.http.requests.constFirst().url.path().contains(QStringLiteral("//")));
+            QVERIFY(messages.isEmpty());
+            fakes.http.answer({status, answer, {}});
+        }
+        QCOMPARE(messages.size(), 1);
+        QVERIFY2(messages.constFirst().contains(told), qPrintable(messages.constFirst()));
+    }
+
+    void preferencesBehindPassword()
+    {
+        AppFixture f;
+        password::store(f.fakes.preferences, QStringLiteral("grüße"));
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        preferencesWindowController& window = app.preferencesWindowControllerObj();
+        window.preferencesTabViewController->setCurrentIndex(2);
+        window.hide();
+
+        app.menuItem_Preferences();
+        QVERIFY(window.isVisible());
+        QVERIFY(window.isPasswordViewShown());
+        QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
+        QCOMPARE(f.logCount(QStringLiteral("Showing enter password view")), 1);
+
+        // The tabs stay out of reach, and a second opening changes nothing.
+        window.preferencesTabViewController->setCurrentIndex(1);
+        QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
+        QVERIFY(!window.tabView_shouldSelect(1));
+        app.menuItem_Preferences();
+        QCOMPARE(f.logCount(QStringLiteral("Showing preferences")), 1);
+
+        enterPasswordVc& prompt = *window.enterPasswordVcObj;
+        QCOMPARE(window.focusWidget(), prompt.textFieldPassword); // typing goes to the prompt
+        QStringList alerts;
+        prompt.inform = [&](const QString& title, const QString&) { alerts << title; };
+        prompt.textFieldPassword->setText(QStringLiteral("grüsse"));
+        prompt.btnOk->click();
+        QVERIFY(window.isPasswordViewShown());
+        QCOMPARE(alerts.size(), 1);
+
+        prompt.textFieldPassword->setText(QStringLiteral("grüße"));
+        prompt.btnOk->click();
+        QVERIFY(!window.isPasswordViewShown());
+        window.preferencesTabViewController->setCurrentIndex(1);
+        QCOMPARE(window.preferencesTabViewController->currentIndex(), 1);
+
+        // Cancel at the prompt closes the window with the tabs still locked.
+        window.hide();
+        app.menuItem_Preferences();
+        QVERIFY(window.isPasswordViewShown());
+        prompt.btnCancel->click();
+        QVERIFY(!window.isVisible());
+
+        // Closed by its title bar; the 24-hour reset then removes the password: the next
+        // opening shows the tabs, with no stale prompt over them.
+        app.menuItem_Preferences();
+        QCloseEvent titleBar; // reaches the widget as the window manager's close does
+        QCoreApplication::sendEvent(window.windowHandle(), &titleBar);
+        QVERIFY(!window.isVisible());
+        f.fakes.preferences.remove(keys::kUserdefaultsAppPassword);
+        app.menuItem_Preferences();
+        QVERIFY(!window.isPasswordViewShown());
+        QVERIFY(window.preferencesTabViewController->isEnabled());
+    }
+
+    void passwordTab_data()
+    {
+        QTest::addColumn<QString>("existing"); // empty: none set
+        QTest::addColumn<QString>("entered");
+        QTest::addColumn<QString>("confirmed");
+        QTest::addColumn<QString>("alert");
+        QTest::addColumn<QString>("stored");
+
+        const auto row = [](const char* name, const char* existing, const char* entered,
+                            const char* confirmed, const char* alert, const char* stored) {
+            QTest::newRow(name) << existing << entered << confirmed << alert << stored;
+        };
+        row("blank password", "", "", "x", "Password cannot be blank.", "");
+        row("blank confirmation", "", "x", "", "Confirm password cannot be blank.", "");
+        row("no match", "old", "abc", "abd", "Passwords do not match.", "old");
+        row("first password", "", "ñandú", "ñandú", "Password successfully set.", "ñandú");
+        row("replaced password", "old", "new", "new", "Password successfully changed.", "new");
+    }
+
+    void passwordTab()
+    {
+        QFETCH(QString, existing);
+        QFETCH(QString, entered);
+        QFETCH(QString, confirmed);
+        QFETCH(QString, alert);
+        QFETCH(QString, stored);
+
+        FakePorts fakes;
+        RunState state;
+        DebugLog log(fakes.clock, {});
+        TextCatalogue texts;
+        if (!existing.isEmpty())
+            password::store(fakes.preferences, existing);
+        passwordVc tab({state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts});
+        QStringList alerts;
+        tab.alertforvalidation = [&](const QString& title, const QString&) { alerts << title; };
+        tab.textFieldNewPassword->setText(entered);
+        tab.textFieldConfirmPassword->setText(confirmed);
+        tab.btnChangePassword->click();
+
+        QCOMPARE(alerts, QStringList{alert});
+        if (stored.isEmpty())
+            QVERIFY(!password::isSet(fakes.preferences));
+        else
+            QCOMPARE(password::check(fakes.preferences, stored), password::Check::Correct);
+        const bool succeeded = alert.startsWith(QStringLiteral("Password successfully"));
+        QCOMPARE(tab.textFieldNewPassword->text().isEmpty(), succeeded || entered.isEmpty());
+        QCOMPARE(tab.btnChangePassword->text(),
+                 stored.isEmpty() ? QStringLiteral("Set Password") : QStringLiteral("Change Password"));
+        if (!stored.isEmpty())
+            QCOMPARE(tab.textFieldConfirmPassword->placeholderText(), QStringLiteral("*****"));
+    }
+
+    void uninstall_data()
+    {
+        QTest::addColumn<bool>("yes");
+        QTest::newRow("no changes nothing") << false;
+        QTest::newRow("yes leaves for good") << true;
+    }
+
+    void uninstall()
+    {
+        QFETCH(bool, yes);
+        AppFixture f;
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        const QString usageBefore = AppFixture::readAll(app.usageLog().path());
+        uninstallVc& tab = *app.preferencesWindowControllerObj().uninstallVcObj;
+        int notices = 0;
+        tab.ask = [&](const QString&, const QString& first, const QString&) {
+            [&] { QCOMPARE(first, QStringLiteral("Yes")); }();
+            return yes;
+        };
+        tab.inform = [&](const QString&, const QString&) { ++notices; };
+        tab.btUninstall->click();
+
+        QCOMPARE(notices, yes ? 1 : 0);
+        QCOMPARE(f.fakes.loginService.disables, yes ? 1 : 0);
+        QCOMPARE(f.exitStatuses, yes ? QList<int>{64} : QList<int>{});
+        QCOMPARE(f.logCount(QStringLiteral("App uninstall clicked by user")), yes ? 1 : 0);
+        QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 0);
+        QCOMPARE(AppFixture::readAll(app.usageLog().path()), usageBefore);
+        QVERIFY(f.fakes.http.requests.isEmpty());
+    }
+
+    void ordinaryQuitsAreRefused()
+    {
+        AppFixture f;
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        QEvent quit(QEvent::Quit);
+        QCoreApplication::sendEvent(qApp, &quit);
+        QVERIFY(!quit.isAccepted());
+        QVERIFY(!app.terminateFromSelf);
+        QVERIFY(f.exitStatuses.isEmpty());
+
+        // Our windows refuse a close that does not come from the user's title bar.
+        app.menuItem_Preferences();
+        QVERIFY(!app.preferencesWindowControllerObj().close());
+        QVERIFY(app.preferencesWindowControllerObj().isVisible());
+
+        app.terminateFromSelf = true;
+        QVERIFY(app.applicationShouldTerminate());
+        QVERIFY(!app.terminateFromSelf);
+    }
+
+    void exportStatistics_data()
+    {
+        QTest::addColumn<QString>("target"); // relative to the test's folder
+        QTest::addColumn<bool>("earlierExport");
+        QTest::addColumn<bool>("succeeds");
+
+        QTest::newRow("into an empty folder") << "out" << false << true;
+        QTest::newRow("replaces an earlier export") << "out" << true << true;
+        QTest::newRow("a folder that cannot exist") << "blocker/out" << false << false;
+        QTest::newRow("a read-only folder keeps the earlier export") << "locked" << true << false;
+    }
+
+    void exportStatistics()
+    {
+        QFETCH(QString, target);
+        QFETCH(bool, earlierExport);
+        QFETCH(bool, succeeds);
+
+        AppFixture f;
+        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
+        app.usageLog().addEntryInCsv(
+            {.logType = QStringLiteral("Quit"), .abortReason = QStringLiteral("why")});
+        const QString usage = AppFixture::readAll(app.usageLog().path());
+        QVERIFY(usage.contains(QStringLiteral("Quit,")));
+
+        const QDir root(f.dir.path());
+        write(root.filePath(QStringLiteral("blocker")), "a plain file");
+        root.mkpath(QStringLiteral("out"));
+        root.mkpath(QStringLiteral("locked"));
+        const QString folder = root.filePath(target);
+        const QString exported = QDir(folder).filePath(QStringLiteral("vlmrStats.csv"));
+        if (earlierExport)
+            write(exported, "the earlier export\n");
+        if (target == QStringLiteral("locked")) {
+            // Where permissions do not bite (as root), the export's own name is taken
+            // by a folder, which no file can replace.
+            QFile::remove(exported);
+            QDir(folder).mkpath(QStringLiteral("vlmrStats.csv"));
+            write(QDir(exported).filePath(QStringLiteral("inside")), "the earlier export\n");
+        }
+        auto snapshot = [&] {
+            QStringList files;
+            QDirIterator it(f.dir.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+            while (it.hasNext()) {
+                const QString path = it.next();
+                files << path + u'=' + AppFixture::readAll(path);
+            }
+            files.sort();
+            return files;
+        };
+        const QStringList before = snapshot();
+
+        app.chooseExportFolder = [&](const QString& prompt) {
+            [&] { QCOMPARE(prompt, QStringLiteral("Export")); }();
+            return folder;
+        };
+        app.menuItem_ExportStatistics();
+
+        if (succeeds) {
+            QCOMPARE(AppFixture::readAll(exported), usage);
+            QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden), QStringList{"vlmrStats.csv"});
+        } else {
+            QCOMPARE(snapshot(), before);
+        }
+        QCOMPARE(AppFixture::readAll(app.usageLog().path()), usage);
+        QVERIFY(f.exitStatuses.isEmpty());
+
+        // The prompt names the chooser's accept button, not its window.
+        const auto dialog = AppDelegate::exportFolderDialog(QStringLiteral("Export"));
+        QCOMPARE(dialog->labelText(QFileDialog::Accept), QStringLiteral("Export"));
+        QCOMPARE(dialog->windowTitle(), QStringLiteral("Export Statistics"));
+
+        // Cancelling the chooser does nothing at all.
+        app.chooseExportFolder = [](const QString&) { return QString(); };
+        const QStringList afterExport = snapshot();
+        app.menuItem_ExportStatistics();
+        QCOMPARE(snapshot(), afterExport);
+    }
+};
 
 QTEST_MAIN(PanelTest)
 #include "tst_panel.moc"

@@ -28,21 +28,8 @@ struct QuitFixture : AppFixture
 {
     AppDelegate& launchWithWebhook()
     {
-        const QString catalogue = dir.filePath(QStringLiteral("config.json"));
-        QFile file(catalogue);
-        file.open(QIODevice::WriteOnly);
-        file.write(R"({"common": {"webhookUrl": "http://hook.test/feedback"}})");
-        file.close();
-        fakes.clock.set(at(23, QTime(12, 0)));
-        AppPaths paths;
-        paths.dataFolder = dataFolder();
-        paths.packagedSettings = settingsPath();
-        paths.packagedCatalogue = catalogue;
-        app = std::make_unique<AppDelegate>(fakes.ports(), paths);
-        app->terminate = [this](int status) { exitStatuses << status; };
-        app->applicationWillFinishLaunching();
-        fakes.scheduler.flush();
-        return *app;
+        catalogue = R"({"common": {"webhookUrl": "http://hook.test/feedback"}})";
+        return launch(at(23, QTime(12, 0)));
     }
     quittingWindow& window() { return app->quittingWcObj(); }
     quitCountDownVc& countDown() { return window().getQuittingCountDownVcObject(); }
@@ -52,16 +39,7 @@ struct QuitFixture : AppFixture
         fakes.scheduler.advance(s * 1000);
         fakes.scheduler.flush();
     }
-    QStringList quitRows() const
-    {
-        QFile file(dataFolder() + QStringLiteral("/vlmrStats.csv"));
-        file.open(QIODevice::ReadOnly);
-        QStringList rows;
-        for (const QString& line : QString::fromUtf8(file.readAll()).split(u'\n'))
-            if (line.startsWith(QStringLiteral("Quit,")))
-                rows << line;
-        return rows;
-    }
+    QStringList quitRows() const { return usageRows().filter(QRegularExpression(QStringLiteral("^Quit,"))); }
 };
 
 } // namespace
@@ -69,213 +47,206 @@ struct QuitFixture : AppFixture
 class QuitTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void countDownThenReasons();
-    void cancelGoesBack();
-    void passwordComesFirst();
-    void reasons_data();
-    void reasons();
-    void reasonListStartsOver();
-};
+    void countDownThenReasons()
+    {
+        QuitFixture f;
+        f.launchWithWebhook();
+        f.window().btnQuitClicked();
+        QVERIFY(f.window().isVisible());
+        QVERIFY(f.window().windowFlags() & Qt::WindowStaysOnTopHint);
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
+        QCOMPARE(f.countDown().lblTitle->text(), QStringLiteral("Quitting.."));
 
-void QuitTest::countDownThenReasons()
-{
-    QuitFixture f;
-    f.launchWithWebhook();
-    f.window().btnQuitClicked();
-    QVERIFY(f.window().isVisible());
-    QVERIFY(f.window().windowFlags() & Qt::WindowStaysOnTopHint);
-    QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
-    QCOMPARE(f.countDown().lblTitle->text(), QStringLiteral("Quitting.."));
+        f.seconds(4);
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+        // A second Quit leaves the flow where it is.
+        f.window().btnQuitClicked();
+        QCOMPARE(f.logCount(QStringLiteral("Quit window already visible")), 1);
+        QCOMPARE(f.logCount(QStringLiteral("Showing quit window")), 1);
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
 
-    f.seconds(4);
-    QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
-    // A second Quit leaves the flow where it is.
-    f.window().btnQuitClicked();
-    QCOMPARE(f.logCount(QStringLiteral("Quit window already visible")), 1);
-    QCOMPARE(f.logCount(QStringLiteral("Showing quit window")), 1);
-    QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+        f.seconds(5);
+        QCOMPARE(f.window().currentContent(), &f.countDown());
+        f.seconds(1);
+        QCOMPARE(f.window().currentContent(), &f.confirm());
+        QVERIFY(f.confirm().popUpBtnReasons->isEnabled());
+        QCOMPARE(f.confirm().popUpBtnReasons->currentText(), QStringLiteral("Select a reason"));
+        QVERIFY(f.confirm().btnQuit->isHidden());
+        QVERIFY(f.confirm().textView->isHidden());
 
-    f.seconds(5);
-    QCOMPARE(f.window().currentContent(), &f.countDown());
-    f.seconds(1);
-    QCOMPARE(f.window().currentContent(), &f.confirm());
-    QVERIFY(f.confirm().popUpBtnReasons->isEnabled());
-    QCOMPARE(f.confirm().popUpBtnReasons->currentText(), QStringLiteral("Select a reason"));
-    QVERIFY(f.confirm().btnQuit->isHidden());
-    QVERIFY(f.confirm().textView->isHidden());
-
-    // No way out of the reasons: the window refuses to close, and nothing ends
-    // without a reason.
-    QVERIFY(!f.window().close());
-    QVERIFY(f.window().isVisible());
-    f.seconds(60);
-    QVERIFY(f.exitStatuses.isEmpty());
-}
-
-void QuitTest::cancelGoesBack()
-{
-    QuitFixture f;
-    f.launchWithWebhook();
-    f.window().btnQuitClicked();
-    f.seconds(7);
-    f.countDown().btnCancelAbort->click();
-    QVERIFY(!f.window().isVisible());
-    f.seconds(30);
-    QVERIFY(!f.window().isVisible());
-    QVERIFY(f.exitStatuses.isEmpty());
-    QCOMPARE(f.fakes.loginService.disables, 0);
-
-    // Opened again, it starts from ten.
-    f.window().btnQuitClicked();
-    QCOMPARE(f.window().currentContent(), &f.countDown());
-    QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
-    QVERIFY(f.countDown().isCounting());
-}
-
-void QuitTest::passwordComesFirst()
-{
-    QuitFixture f;
-    password::store(f.fakes.preferences, QStringLiteral("s3cret"));
-    f.launchWithWebhook();
-    f.window().btnQuitClicked();
-    QVERIFY(f.countDown().isPasswordViewShown());
-    QCOMPARE(f.logCount(QStringLiteral("Showing enter password view from quit")), 1);
-    f.seconds(20);
-    QVERIFY(!f.countDown().isCounting());
-    QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
-
-    // Cancel closes the window and the flow has not begun.
-    f.countDown().passwordView()->btnCancel->click();
-    QVERIFY(!f.window().isVisible());
-
-    f.window().btnQuitClicked();
-    enterPasswordVc& prompt = *f.countDown().passwordView();
-    QVERIFY(!prompt.isHidden());
-    prompt.textFieldPassword->setText(QStringLiteral("s3cret"));
-    prompt.btnOk->click();
-    QVERIFY(!f.countDown().isPasswordViewShown());
-    QVERIFY(f.countDown().isCounting());
-    f.seconds(10);
-    QCOMPARE(f.window().currentContent(), &f.confirm());
-}
-
-void QuitTest::reasons_data()
-{
-    QTest::addColumn<int>("reason");
-    QTest::addColumn<QString>("feedback");
-    QTest::addColumn<int>("serverAnswersAfter"); // seconds after the post; -1: never
-    QTest::addColumn<int>("secondsToExit");      // after the five seconds
-    QTest::addColumn<QString>("row");            // the usage row without its time stamp
-    QTest::addColumn<QString>("logLine");
-
-    QTest::newRow("emergency") << 1 << "" << -1 << 0 << ",,,,,,,I've got an emergency,"
-                               << "App Quit - I've got an emergency";
-    QTest::newRow("broken, the webhook answers") << 2 << "It crashed" << 2 << 2 << ""
-                                                 << "App Quit - The app is broken";
-    QTest::newRow("broken, the webhook never answers")
-        << 2 << "It crashed" << -1 << FeedbackUpload::kTimeoutMs / 1000 << ""
-        << "App Quit - The app is broken";
-    QTest::newRow("something else") << 3 << "Too strict" << -1 << 0 << ",,,,,,,Something else,Too strict"
-                                    << "App Quit - Something else";
-}
-
-void QuitTest::reasons()
-{
-    QFETCH(int, reason);
-    QFETCH(QString, feedback);
-    QFETCH(int, serverAnswersAfter);
-    QFETCH(int, secondsToExit);
-    QFETCH(QString, row);
-    QFETCH(QString, logLine);
-
-    QuitFixture f;
-    f.launchWithWebhook();
-    f.window().btnQuitClicked();
-    f.seconds(10);
-    quittingConfirmVc& confirm = f.confirm();
-    confirm.popUpBtnReasons->setCurrentIndex(reason);
-    confirm.popUpBtnReasonsClicked(reason);
-
-    if (reason == quittingConfirmVc::Emergency) {
-        // The list locks at once and the quit cannot be stopped.
-        QVERIFY(!confirm.popUpBtnReasons->isEnabled());
-        QVERIFY(confirm.btnQuit->isHidden());
-    } else {
-        QVERIFY(!confirm.textView->isHidden());
-        QVERIFY(!confirm.btnQuit->isEnabled());
-        confirm.textFieldEmail->setText(QStringLiteral("me@example.org"));
-        confirm.textView->setPlainText(feedback);
-        QVERIFY(confirm.btnQuit->isEnabled());
-        confirm.btnQuit->click();
-        QVERIFY(!confirm.popUpBtnReasons->isEnabled());
-        QCOMPARE(confirm.lblDescription->text(),
-                 QStringLiteral("We hope you will start the habits back soon! See you soon."));
+        // No way out of the reasons: the window refuses to close, and nothing ends
+        // without a reason.
+        QVERIFY(!f.window().close());
+        QVERIFY(f.window().isVisible());
+        f.seconds(60);
+        QVERIFY(f.exitStatuses.isEmpty());
     }
-    QCOMPARE(confirm.lblTimer->text(), QStringLiteral("00:05"));
-    f.seconds(4);
-    QVERIFY(f.exitStatuses.isEmpty());
-    f.seconds(1);
-    QCOMPARE(f.logCount(logLine), 1);
 
-    if (reason == quittingConfirmVc::AppIsBroken) {
-        QCOMPARE(f.fakes.http.requests.size(), 1);
-        const auto& post = f.fakes.http.requests.constFirst();
-        QCOMPARE(post.url, QUrl(QStringLiteral("http://hook.test/feedback")));
-        const QJsonObject body = QJsonDocument::fromJson(post.body).object();
-        QCOMPARE(body.value(QStringLiteral("quitReason")).toString(), QStringLiteral("The app is broken"));
-        QCOMPARE(body.value(QStringLiteral("feedback")).toString(), feedback);
-        QCOMPARE(body.value(QStringLiteral("emailAddress")).toString(), QStringLiteral("me@example.org"));
-        if (serverAnswersAfter >= 0) {
-            f.seconds(serverAnswersAfter);
-            QVERIFY(f.exitStatuses.isEmpty());
-            f.fakes.http.answer({200, "1", {}});
-            f.fakes.scheduler.flush();
+    void cancelGoesBack()
+    {
+        QuitFixture f;
+        f.launchWithWebhook();
+        f.window().btnQuitClicked();
+        f.seconds(7);
+        f.countDown().btnCancelAbort->click();
+        QVERIFY(!f.window().isVisible());
+        f.seconds(30);
+        QVERIFY(!f.window().isVisible());
+        QVERIFY(f.exitStatuses.isEmpty());
+        QCOMPARE(f.fakes.loginService.disables, 0);
+
+        // Opened again, it starts from ten.
+        f.window().btnQuitClicked();
+        QCOMPARE(f.window().currentContent(), &f.countDown());
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
+        QVERIFY(f.countDown().isCounting());
+    }
+
+    void passwordComesFirst()
+    {
+        QuitFixture f;
+        password::store(f.fakes.preferences, QStringLiteral("s3cret"));
+        f.launchWithWebhook();
+        f.window().btnQuitClicked();
+        QVERIFY(f.countDown().isPasswordViewShown());
+        QCOMPARE(f.logCount(QStringLiteral("Showing enter password view from quit")), 1);
+        f.seconds(20);
+        QVERIFY(!f.countDown().isCounting());
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
+
+        // Cancel closes the window and the flow has not begun.
+        f.countDown().passwordView()->btnCancel->click();
+        QVERIFY(!f.window().isVisible());
+
+        f.window().btnQuitClicked();
+        enterPasswordVc& prompt = *f.countDown().passwordView();
+        QVERIFY(!prompt.isHidden());
+        prompt.textFieldPassword->setText(QStringLiteral("s3cret"));
+        prompt.btnOk->click();
+        QVERIFY(!f.countDown().isPasswordViewShown());
+        QVERIFY(f.countDown().isCounting());
+        f.seconds(10);
+        QCOMPARE(f.window().currentContent(), &f.confirm());
+    }
+
+    void reasons_data()
+    {
+        QTest::addColumn<int>("reason");
+        QTest::addColumn<QString>("feedback");
+        QTest::addColumn<int>("serverAnswersAfter"); // seconds after the post; -1: never
+        QTest::addColumn<int>("secondsToExit");      // after the five seconds
+        QTest::addColumn<QString>("row");            // the usage row without its time stamp
+        QTest::addColumn<QString>("logLine");
+
+        QTest::newRow("emergency") << 1 << "" << -1 << 0 << ",,,,,,,I've got an emergency,"
+                                   << "App Quit - I've got an emergency";
+        QTest::newRow("broken, the webhook answers") << 2 << "It crashed" << 2 << 2 << ""
+                                                     << "App Quit - The app is broken";
+        QTest::newRow("broken, the webhook never answers")
+            << 2 << "It crashed" << -1 << FeedbackUpload::kTimeoutMs / 1000 << ""
+            << "App Quit - The app is broken";
+        QTest::newRow("something else") << 3 << "Too strict" << -1 << 0 << ",,,,,,,Something else,Too strict"
+                                        << "App Quit - Something else";
+    }
+
+    void reasons()
+    {
+        QFETCH(int, reason);
+        QFETCH(QString, feedback);
+        QFETCH(int, serverAnswersAfter);
+        QFETCH(int, secondsToExit);
+        QFETCH(QString, row);
+        QFETCH(QString, logLine);
+
+        QuitFixture f;
+        f.launchWithWebhook();
+        f.window().btnQuitClicked();
+        f.seconds(10);
+        quittingConfirmVc& confirm = f.confirm();
+        confirm.popUpBtnReasons->setCurrentIndex(reason);
+        confirm.popUpBtnReasonsClicked(reason);
+
+        if (reason == quittingConfirmVc::Emergency) {
+            // The list locks at once and the quit cannot be stopped.
+            QVERIFY(!confirm.popUpBtnReasons->isEnabled());
+            QVERIFY(confirm.btnQuit->isHidden());
         } else {
-            f.seconds(secondsToExit - 1);
-            QVERIFY(f.exitStatuses.isEmpty());
-            f.seconds(1);
+            QVERIFY(!confirm.textView->isHidden());
+            QVERIFY(!confirm.btnQuit->isEnabled());
+            confirm.textFieldEmail->setText(QStringLiteral("me@example.org"));
+            confirm.textView->setPlainText(feedback);
+            QVERIFY(confirm.btnQuit->isEnabled());
+            confirm.btnQuit->click();
+            QVERIFY(!confirm.popUpBtnReasons->isEnabled());
+            QCOMPARE(confirm.lblDescription->text(),
+                     QStringLiteral("We hope you will start the habits back soon! See you soon."));
         }
-    } else {
-        QVERIFY(f.fakes.http.requests.isEmpty());
+        QCOMPARE(confirm.lblTimer->text(), QStringLiteral("00:05"));
+        f.seconds(4);
+        QVERIFY(f.exitStatuses.isEmpty());
+        f.seconds(1);
+        QCOMPARE(f.logCount(logLine), 1);
+
+        if (reason == quittingConfirmVc::AppIsBroken) {
+            QCOMPARE(f.fakes.http.requests.size(), 1);
+            const auto& post = f.fakes.http.requests.constFirst();
+            QCOMPARE(post.url, QUrl(QStringLiteral("http://hook.test/feedback")));
+            const QJsonObject body = QJsonDocument::fromJson(post.body).object();
+            QCOMPARE(body.value(QStringLiteral("quitReason")).toString(),
+                     QStringLiteral("The app is broken"));
+            QCOMPARE(body.value(QStringLiteral("feedback")).toString(), feedback);
+            QCOMPARE(body.value(QStringLiteral("emailAddress")).toString(), QStringLiteral("me@example.org"));
+            if (serverAnswersAfter >= 0) {
+                f.seconds(serverAnswersAfter);
+                QVERIFY(f.exitStatuses.isEmpty());
+                f.fakes.http.answer({200, "1", {}});
+                f.fakes.scheduler.flush();
+            } else {
+                f.seconds(secondsToExit - 1);
+                QVERIFY(f.exitStatuses.isEmpty());
+                f.seconds(1);
+            }
+        } else {
+            QVERIFY(f.fakes.http.requests.isEmpty());
+        }
+
+        QCOMPARE(f.exitStatuses, QList<int>{64});
+        QCOMPARE(f.fakes.loginService.disables, 1);
+        QVERIFY(f.app->terminateFromSelf);
+        QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 1);
+        const QStringList rows = f.quitRows();
+        QCOMPARE(rows.size(), row.isEmpty() ? 0 : 1);
+        if (!row.isEmpty())
+            QVERIFY2(rows.constFirst().endsWith(row), qPrintable(rows.constFirst()));
+
+        // A late answer does not quit a second time.
+        f.seconds(FeedbackUpload::kTimeoutMs / 1000 + 5);
+        QCOMPARE(f.exitStatuses.size(), 1);
     }
 
-    QCOMPARE(f.exitStatuses, QList<int>{64});
-    QCOMPARE(f.fakes.loginService.disables, 1);
-    QVERIFY(f.app->terminateFromSelf);
-    QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 1);
-    const QStringList rows = f.quitRows();
-    QCOMPARE(rows.size(), row.isEmpty() ? 0 : 1);
-    if (!row.isEmpty())
-        QVERIFY2(rows.constFirst().endsWith(row), qPrintable(rows.constFirst()));
-
-    // A late answer does not quit a second time.
-    f.seconds(FeedbackUpload::kTimeoutMs / 1000 + 5);
-    QCOMPARE(f.exitStatuses.size(), 1);
-}
-
-void QuitTest::reasonListStartsOver()
-{
-    QuitFixture f;
-    f.launchWithWebhook();
-    f.window().btnQuitClicked();
-    f.seconds(10);
-    quittingConfirmVc& confirm = f.confirm();
-    confirm.popUpBtnReasons->setCurrentIndex(3);
-    confirm.popUpBtnReasonsClicked(3);
-    confirm.textView->setPlainText(QStringLiteral("half a thought"));
-    confirm.popUpBtnReasons->setCurrentIndex(2);
-    confirm.popUpBtnReasonsClicked(2);
-    QVERIFY(confirm.textView->toPlainText().isEmpty());
-    QVERIFY(!confirm.btnQuit->isEnabled());
-    confirm.popUpBtnReasons->setCurrentIndex(0);
-    confirm.popUpBtnReasonsClicked(0);
-    QVERIFY(confirm.btnQuit->isHidden());
-    QVERIFY(confirm.popUpBtnReasons->isEnabled());
-    f.seconds(60);
-    QVERIFY(f.exitStatuses.isEmpty());
-}
+    void reasonListStartsOver()
+    {
+        QuitFixture f;
+        f.launchWithWebhook();
+        f.window().btnQuitClicked();
+        f.seconds(10);
+        quittingConfirmVc& confirm = f.confirm();
+        confirm.popUpBtnReasons->setCurrentIndex(3);
+        confirm.popUpBtnReasonsClicked(3);
+        confirm.textView->setPlainText(QStringLiteral("half a thought"));
+        confirm.popUpBtnReasons->setCurrentIndex(2);
+        confirm.popUpBtnReasonsClicked(2);
+        QVERIFY(confirm.textView->toPlainText().isEmpty());
+        QVERIFY(!confirm.btnQuit->isEnabled());
+        confirm.popUpBtnReasons->setCurrentIndex(0);
+        confirm.popUpBtnReasonsClicked(0);
+        QVERIFY(confirm.btnQuit->isHidden());
+        QVERIFY(confirm.popUpBtnReasons->isEnabled());
+        f.seconds(60);
+        QVERIFY(f.exitStatuses.isEmpty());
+    }
+};
 
 QTEST_MAIN(QuitTest)
 #include "tst_quit.moc"

@@ -67,110 +67,6 @@ QByteArray randomBytes(int size)
 
 } // namespace
 
-class FocusSummaryTest : public QObject
-{
-    Q_OBJECT
-
-private Q_SLOTS:
-    void init() { dir = std::make_unique<QTemporaryDir>(); }
-    void todaysRows_data();
-    void todaysRows();
-    void screenShowsTheDay();
-    void screenTakesCatalogueTexts();
-
-private:
-    QString write(const QByteArray& bytes)
-    {
-        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
-        QFile f(path);
-        f.open(QIODevice::WriteOnly | QIODevice::Append);
-        f.write(bytes);
-        return path;
-    }
-    std::unique_ptr<QTemporaryDir> dir;
-};
-
-void FocusSummaryTest::todaysRows_data()
-{
-    QTest::addColumn<QByteArray>("file");  // null: no file at all
-    QTest::addColumn<QString>("expected"); // total | focus blocks | activities
-
-    QTest::newRow("only rows strictly after the morning's start")
-        << log({row("focus block", "2026-03-13 23:00:00", "Deep", "600"),
-                row("focus block", "2026-03-14 01:00:00", "Deep", "600"),
-                row("focus block", "2026-03-14 07:00:00", "Deep", "600"),
-                row("focus block", "2026-03-14 07:00:01", "Deep", "1500", "", "plän ✅"),
-                row("focus block", "2026-03-14 12:00:00", "Write", "2400", "", "draft"),
-                row("break", "2026-03-14 06:00:00", "Walk", "300")})
-        << "1h 5m 0s | Deep/1500/plän ✅/;Write/2400/draft/ | ";
-    QTest::newRow("other log types and bad time stamps do not count")
-        << log({row("focus mode abort", "2026-03-14 09:00:00", "focus block - Deep", "600"),
-                row("morning routine", "2026-03-14 09:00:00", "Water", "30"),
-                row("", "2026-03-14 09:00:00", "", ""),
-                row("focus block", "2026-03-14T09:00:00", "Deep", "600"),
-                row("focus block", "", "Deep", "600"), row("break", "yesterday", "Walk", "300")})
-        << "0h 0m 0s |  | ";
-    QTest::newRow("a comma in free text shifts the row out")
-        << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "plans, tests"),
-                row("focus block", "2026-03-14 10:00:00", "Deep", "900", "", "tests")})
-        << "0h 15m 0s | Deep/900/tests/ | ";
-    QTest::newRow("a semicolon cuts the rest of its row")
-        << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "a", "mail;chat"),
-                row("focus block", "2026-03-14 10:00:00", "Deep", "60", "", "b", "", "fine;thanks")})
-        << "0h 1m 0s | Deep/60/b/fine | ";
-    QTest::newRow("a duration that is no number counts as 0")
-        << log({row("focus block", "2026-03-14 09:00:00", "Deep", "x"),
-                row("focus block", "2026-03-14 10:00:00", "Deep", "-1")})
-        << "0h 0m -1s | Deep/x//;Deep/-1// | ";
-    QTest::newRow("quantities: -1 and words are dropped, -2 counts")
-        << log({row("break", "2026-03-14 09:00:00", "Walk", "300"),
-                row("break", "2026-03-14 09:10:00", "Pushups", "60", "12"),
-                row("break", "2026-03-14 09:20:00", "Pushups", "60", "x"),
-                row("break", "2026-03-14 09:30:00", "Pushups", "60", "-1"),
-                row("break", "2026-03-14 09:40:00", "Pushups", "60", "-2"),
-                row("break", "2026-03-14 09:50:00", "Pushups", "-1", "12 more"),
-                row("break", "2026-03-14 10:00:00", "Walk", "x")})
-        << "0h 0m 0s |  | Walk=0/0/0/0/300;Pushups=10/5/12/-2/240";
-    QTest::newRow("average is a whole division")
-        << log({row("break", "2026-03-14 09:00:00", "Squats", "30", "1"),
-                row("break", "2026-03-14 09:10:00", "Squats", "30", "2"),
-                row("break", "2026-03-14 09:20:00", "Squats", "30", "2")})
-        << "0h 0m 0s |  | Squats=5/1/2/1/90";
-    QTest::newRow("huge numbers neither wrap nor count when out of range")
-        << log({row("break", "2026-03-14 09:00:00", "Squats", "30", "9223372036854775807"),
-                row("break", "2026-03-14 09:10:00", "Squats", "30", "9223372036854775807"),
-                row("break", "2026-03-14 09:20:00", "Squats", "30", "99999999999999999999")})
-        << "0h 0m 0s |  | "
-           "Squats=9223372036854775807/4611686018427387903/9223372036854775807/9223372036854775807/90";
-    // A lone "\r" field is dropped, so with CRLF ends a row whose last field is
-    // empty falls one short and is skipped, and the last column is "Feedback\r".
-    QTest::newRow("CRLF line ends")
-        << QByteArray(UsageLog::kHeader).replace("\n", "\r\n") +
-               row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "a", "", "fine")
-                   .replace("\n", "\r\n") +
-               row("focus block", "2026-03-14 10:00:00", "Deep", "900", "", "b").replace("\n", "\r\n")
-        << "0h 10m 0s | Deep/600/a/ | ";
-    QTest::newRow("columns are found by name")
-        << QByteArray("Log type,Duration in seconds,Timestamp\nfocus block,120,2026-03-14 09:00:00\n")
-        << "0h 2m 0s | /120// | ";
-    QTest::newRow("damaged bytes hide only their own row")
-        << log({randomBytes(512) + '\n', row("focus block", "2026-03-14 09:00:00", "Deep", "60")})
-        << "0h 1m 0s | Deep/60// | ";
-    QTest::newRow("empty file") << QByteArray("") << "0h 0m 0s |  | ";
-    QTest::newRow("missing file") << QByteArray() << "0h 0m 0s |  | ";
-    QTest::newRow("random bytes") << randomBytes(64 * 1024) << "0h 0m 0s |  | ";
-}
-
-void FocusSummaryTest::todaysRows()
-{
-    QFETCH(QByteArray, file);
-    QFETCH(QString, expected);
-    const QString path = file.isNull() ? dir->filePath(QStringLiteral("none.csv")) : write(file);
-    const FocusSummaryData s = readCsv(path, kBoundary);
-    QCOMPARE(QStringList({s.totalFocusTime, focusRows(s), activityRows(s)}).join(QLatin1String(" | ")),
-             expected);
-}
-
 static QStringList cells(const QTableWidget* table, int row)
 {
     QStringList out;
@@ -189,81 +85,180 @@ static QStringList headers(const QTableWidget* table)
     return out;
 }
 
-void FocusSummaryTest::screenShowsTheDay()
+class FocusSummaryTest : public QObject
 {
-    const QString path = write(log({
-        row("focus block", "2026-03-14 09:00:00", "Deep", "3661", "", "tests", "mail"),
-        row("break", "2026-03-14 09:30:00", "Pushups", "60", "12"),
-        row("focus block", "2026-03-14 10:00:00", "Write", "x", "", "draft"),
-        row("break", "2026-03-14 10:30:00", "Walk", "300"),
-        row("break", "2026-03-14 11:30:00", "Pushups", "60", "-2"),
-    }));
-    TextCatalogue texts;
-    focusSummaryVc screen(texts);
-    int continued = 0;
-    screen.onContinue = [&continued] { ++continued; };
-    screen.show();
+    Q_OBJECT
+private Q_SLOTS:
+    void init() { dir = std::make_unique<QTemporaryDir>(); }
+    void todaysRows_data()
+    {
+        QTest::addColumn<QByteArray>("file");  // null: no file at all
+        QTest::addColumn<QString>("expected"); // total | focus blocks | activities
 
-    screen.viewWillAppear(path, kBoundary);
-    QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 2 focus blocks today."));
-    QCOMPARE(screen.btnClickHere->text(), QStringLiteral("Click here to see what you achieved."));
-    QVERIFY(screen.btnClickHere->isVisible());
-    const QList<QWidget*> opened{screen.lblTotalFocusTime, screen.lblFocusSummary, screen.lblActivitySummary,
-                                 screen.scrollViewFocusSummary, screen.scrollViewActivitySummary};
-    for (const QWidget* w : opened)
-        QVERIFY2(!w->isVisible(), qPrintable(w->objectName()));
+        QTest::newRow("only rows strictly after the morning's start")
+            << log({row("focus block", "2026-03-13 23:00:00", "Deep", "600"),
+                    row("focus block", "2026-03-14 01:00:00", "Deep", "600"),
+                    row("focus block", "2026-03-14 07:00:00", "Deep", "600"),
+                    row("focus block", "2026-03-14 07:00:01", "Deep", "1500", "", "plän ✅"),
+                    row("focus block", "2026-03-14 12:00:00", "Write", "2400", "", "draft"),
+                    row("break", "2026-03-14 06:00:00", "Walk", "300")})
+            << "1h 5m 0s | Deep/1500/plän ✅/;Write/2400/draft/ | ";
+        QTest::newRow("other log types and bad time stamps do not count")
+            << log({row("focus mode abort", "2026-03-14 09:00:00", "focus block - Deep", "600"),
+                    row("morning routine", "2026-03-14 09:00:00", "Water", "30"),
+                    row("", "2026-03-14 09:00:00", "", ""),
+                    row("focus block", "2026-03-14T09:00:00", "Deep", "600"),
+                    row("focus block", "", "Deep", "600"), row("break", "yesterday", "Walk", "300")})
+            << "0h 0m 0s |  | ";
+        QTest::newRow("a comma in free text shifts the row out")
+            << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "plans, tests"),
+                    row("focus block", "2026-03-14 10:00:00", "Deep", "900", "", "tests")})
+            << "0h 15m 0s | Deep/900/tests/ | ";
+        QTest::newRow("a semicolon cuts the rest of its row")
+            << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "a", "mail;chat"),
+                    row("focus block", "2026-03-14 10:00:00", "Deep", "60", "", "b", "", "fine;thanks")})
+            << "0h 1m 0s | Deep/60/b/fine | ";
+        QTest::newRow("a duration that is no number counts as 0")
+            << log({row("focus block", "2026-03-14 09:00:00", "Deep", "x"),
+                    row("focus block", "2026-03-14 10:00:00", "Deep", "-1")})
+            << "0h 0m -1s | Deep/x//;Deep/-1// | ";
+        QTest::newRow("quantities: -1 and words are dropped, -2 counts")
+            << log({row("break", "2026-03-14 09:00:00", "Walk", "300"),
+                    row("break", "2026-03-14 09:10:00", "Pushups", "60", "12"),
+                    row("break", "2026-03-14 09:20:00", "Pushups", "60", "x"),
+                    row("break", "2026-03-14 09:30:00", "Pushups", "60", "-1"),
+                    row("break", "2026-03-14 09:40:00", "Pushups", "60", "-2"),
+                    row("break", "2026-03-14 09:50:00", "Pushups", "-1", "12 more"),
+                    row("break", "2026-03-14 10:00:00", "Walk", "x")})
+            << "0h 0m 0s |  | Walk=0/0/0/0/300;Pushups=10/5/12/-2/240";
+        QTest::newRow("average is a whole division")
+            << log({row("break", "2026-03-14 09:00:00", "Squats", "30", "1"),
+                    row("break", "2026-03-14 09:10:00", "Squats", "30", "2"),
+                    row("break", "2026-03-14 09:20:00", "Squats", "30", "2")})
+            << "0h 0m 0s |  | Squats=5/1/2/1/90";
+        QTest::newRow("huge numbers neither wrap nor count when out of range")
+            << log({row("break", "2026-03-14 09:00:00", "Squats", "30", "9223372036854775807"),
+                    row("break", "2026-03-14 09:10:00", "Squats", "30", "9223372036854775807"),
+                    row("break", "2026-03-14 09:20:00", "Squats", "30", "99999999999999999999")})
+            << "0h 0m 0s |  | "
+               "Squats=9223372036854775807/4611686018427387903/9223372036854775807/9223372036854775807/90";
+        // A lone "\r" field is dropped, so with CRLF ends a row whose last field is
+        // empty falls one short and is skipped, and the last column is "Feedback\r".
+        QTest::newRow("CRLF line ends")
+            << QByteArray(UsageLog::kHeader).replace("\n", "\r\n") +
+                   row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "a", "", "fine")
+                       .replace("\n", "\r\n") +
+                   row("focus block", "2026-03-14 10:00:00", "Deep", "900", "", "b").replace("\n", "\r\n")
+            << "0h 10m 0s | Deep/600/a/ | ";
+        QTest::newRow("columns are found by name")
+            << QByteArray("Log type,Duration in seconds,Timestamp\nfocus block,120,2026-03-14 09:00:00\n")
+            << "0h 2m 0s | /120// | ";
+        QTest::newRow("damaged bytes hide only their own row")
+            << log({randomBytes(512) + '\n', row("focus block", "2026-03-14 09:00:00", "Deep", "60")})
+            << "0h 1m 0s | Deep/60// | ";
+        QTest::newRow("empty file") << QByteArray("") << "0h 0m 0s |  | ";
+        QTest::newRow("missing file") << QByteArray() << "0h 0m 0s |  | ";
+        QTest::newRow("random bytes") << randomBytes(64 * 1024) << "0h 0m 0s |  | ";
+    }
 
-    QTest::mouseClick(screen.btnClickHere, Qt::LeftButton);
-    QVERIFY(!screen.btnClickHere->isVisible());
-    QVERIFY(screen.tblViewFocusSummary->isVisible());
-    QVERIFY(screen.tblViewActivitySummary->isVisible());
-    QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Total focus time: 1h 1m 1s"));
-    QCOMPARE(screen.lblFocusSummary->text(), QStringLiteral("Focus Summary:"));
-    QCOMPARE(screen.lblActivitySummary->text(), QStringLiteral("Activity Summary:"));
+    void todaysRows()
+    {
+        QFETCH(QByteArray, file);
+        QFETCH(QString, expected);
+        const QString path = file.isNull() ? dir->filePath(QStringLiteral("none.csv")) : write(file);
+        const FocusSummaryData s = readCsv(path, kBoundary);
+        QCOMPARE(QStringList({s.totalFocusTime, focusRows(s), activityRows(s)}).join(QLatin1String(" | ")),
+                 expected);
+    }
 
-    const QTableWidget* focus = screen.tblViewFocusSummary;
-    QCOMPARE(headers(focus), (QStringList{"Focus type", "Start Time", "Duration", "Work Achieved",
-                                          "Distractions encountered"}));
-    QCOMPARE(focus->rowCount(), 2);
-    QCOMPARE(cells(focus, 0), (QStringList{"Deep", "2026-03-14 06:59:00", "1h 1m 1s", "tests", "mail"}));
-    QCOMPARE(cells(focus, 1), (QStringList{"Write", "2026-03-14 06:59:00", "<unset>", "draft", ""}));
+    void screenShowsTheDay()
+    {
+        const QString path = write(log({
+            row("focus block", "2026-03-14 09:00:00", "Deep", "3661", "", "tests", "mail"),
+            row("break", "2026-03-14 09:30:00", "Pushups", "60", "12"),
+            row("focus block", "2026-03-14 10:00:00", "Write", "x", "", "draft"),
+            row("break", "2026-03-14 10:30:00", "Walk", "300"),
+            row("break", "2026-03-14 11:30:00", "Pushups", "60", "-2"),
+        }));
+        TextCatalogue texts;
+        focusSummaryVc screen(texts);
+        int continued = 0;
+        screen.onContinue = [&continued] { ++continued; };
+        screen.show();
 
-    const QTableWidget* activities = screen.tblViewActivitySummary;
-    QCOMPARE(headers(activities),
-             (QStringList{"Activity", "Total Quantity", "Average", "Max", "Min", "Total Duration"}));
-    QCOMPARE(activities->rowCount(), 2);
-    QCOMPARE(cells(activities, 0), (QStringList{"Pushups", "10", "5", "12", "-2", "2m"}));
-    QCOMPARE(cells(activities, 1), (QStringList{"Walk", "0", "0", "0", "0", "5m"}));
+        screen.viewWillAppear(path, kBoundary);
+        QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 2 focus blocks today."));
+        QCOMPARE(screen.btnClickHere->text(), QStringLiteral("Click here to see what you achieved."));
+        QVERIFY(screen.btnClickHere->isVisible());
+        const QList<QWidget*> opened{screen.lblTotalFocusTime, screen.lblFocusSummary,
+                                     screen.lblActivitySummary, screen.scrollViewFocusSummary,
+                                     screen.scrollViewActivitySummary};
+        for (const QWidget* w : opened)
+            QVERIFY2(!w->isVisible(), qPrintable(w->objectName()));
 
-    // Every appearance reads the file anew and starts collapsed.
-    write(row("focus block", "2026-03-14 12:00:00", "Deep", "60"));
-    screen.viewWillAppear(path, kBoundary);
-    QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 3 focus blocks today."));
-    QVERIFY(screen.btnClickHere->isVisible());
-    QVERIFY(!screen.tblViewFocusSummary->isVisible());
+        QTest::mouseClick(screen.btnClickHere, Qt::LeftButton);
+        QVERIFY(!screen.btnClickHere->isVisible());
+        QVERIFY(screen.tblViewFocusSummary->isVisible());
+        QVERIFY(screen.tblViewActivitySummary->isVisible());
+        QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Total focus time: 1h 1m 1s"));
+        QCOMPARE(screen.lblFocusSummary->text(), QStringLiteral("Focus Summary:"));
+        QCOMPARE(screen.lblActivitySummary->text(), QStringLiteral("Activity Summary:"));
 
-    QTest::mouseClick(screen.btnContinue, Qt::LeftButton);
-    QCOMPARE(continued, 1);
-}
+        const QTableWidget* focus = screen.tblViewFocusSummary;
+        QCOMPARE(headers(focus), (QStringList{"Focus type", "Start Time", "Duration", "Work Achieved",
+                                              "Distractions encountered"}));
+        QCOMPARE(focus->rowCount(), 2);
+        QCOMPARE(cells(focus, 0), (QStringList{"Deep", "2026-03-14 06:59:00", "1h 1m 1s", "tests", "mail"}));
+        QCOMPARE(cells(focus, 1), (QStringList{"Write", "2026-03-14 06:59:00", "<unset>", "draft", ""}));
 
-void FocusSummaryTest::screenTakesCatalogueTexts()
-{
-    TextCatalogue texts;
-    texts.setConfigjson(QJsonDocument::fromJson(R"({"focusInfo": {"focusSummaryInfo": {
-        "title": "<COUNT> blocks", "totalFocusTimeText": "Focused <TIME>", "buttonContinueText": "On",
-        "focusTableColumnFirstText": "Type", "activityTableColumnSixthText": 7}}})")
-                            .object());
-    focusSummaryVc screen(texts);
-    screen.viewWillAppear(dir->filePath(QStringLiteral("none.csv")), kBoundary);
-    screen.btnClickHereToSeeClicked();
-    QCOMPARE(screen.lblTitle->text(), QStringLiteral("0 blocks"));
-    QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Focused 0h 0m 0s"));
-    QCOMPARE(screen.btnContinue->text(), QStringLiteral("On"));
-    QCOMPARE(screen.tblViewFocusSummary->horizontalHeaderItem(0)->text(), QStringLiteral("Type"));
-    QCOMPARE(screen.tblViewActivitySummary->horizontalHeaderItem(5)->text(),
-             QStringLiteral("Total Duration"));
-    QCOMPARE(screen.tblViewFocusSummary->rowCount(), 0);
-}
+        const QTableWidget* activities = screen.tblViewActivitySummary;
+        QCOMPARE(headers(activities),
+                 (QStringList{"Activity", "Total Quantity", "Average", "Max", "Min", "Total Duration"}));
+        QCOMPARE(activities->rowCount(), 2);
+        QCOMPARE(cells(activities, 0), (QStringList{"Pushups", "10", "5", "12", "-2", "2m"}));
+        QCOMPARE(cells(activities, 1), (QStringList{"Walk", "0", "0", "0", "0", "5m"}));
+
+        // Every appearance reads the file anew and starts collapsed.
+        write(row("focus block", "2026-03-14 12:00:00", "Deep", "60"));
+        screen.viewWillAppear(path, kBoundary);
+        QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 3 focus blocks today."));
+        QVERIFY(screen.btnClickHere->isVisible());
+        QVERIFY(!screen.tblViewFocusSummary->isVisible());
+
+        QTest::mouseClick(screen.btnContinue, Qt::LeftButton);
+        QCOMPARE(continued, 1);
+    }
+
+    void screenTakesCatalogueTexts()
+    {
+        TextCatalogue texts;
+        texts.setConfigjson(QJsonDocument::fromJson(R"({"focusInfo": {"focusSummaryInfo": {
+            "title": "<COUNT> blocks", "totalFocusTimeText": "Focused <TIME>", "buttonContinueText": "On",
+            "focusTableColumnFirstText": "Type", "activityTableColumnSixthText": 7}}})")
+                                .object());
+        focusSummaryVc screen(texts);
+        screen.viewWillAppear(dir->filePath(QStringLiteral("none.csv")), kBoundary);
+        screen.btnClickHereToSeeClicked();
+        QCOMPARE(screen.lblTitle->text(), QStringLiteral("0 blocks"));
+        QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Focused 0h 0m 0s"));
+        QCOMPARE(screen.btnContinue->text(), QStringLiteral("On"));
+        QCOMPARE(screen.tblViewFocusSummary->horizontalHeaderItem(0)->text(), QStringLiteral("Type"));
+        QCOMPARE(screen.tblViewActivitySummary->horizontalHeaderItem(5)->text(),
+                 QStringLiteral("Total Duration"));
+        QCOMPARE(screen.tblViewFocusSummary->rowCount(), 0);
+    }
+
+private:
+    QString write(const QByteArray& bytes)
+    {
+        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        QFile f(path);
+        f.open(QIODevice::WriteOnly | QIODevice::Append);
+        f.write(bytes);
+        return path;
+    }
+    std::unique_ptr<QTemporaryDir> dir;
+};
 
 QTEST_MAIN(FocusSummaryTest)
 #include "tst_focussummary.moc"

@@ -12,15 +12,87 @@ using namespace velmora::test;
 class RecordsTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void init();
-    void headerIsWrittenOnceAndNeverReplaced();
-    void rowsAreJoinedWithoutQuoting_data();
-    void rowsAreJoinedWithoutQuoting();
-    void failedWriteKeepsTheOldFile();
-    void debugLogLineFormat();
-    void debugLogMakesItsFileAndNeverTruncates();
+    void init() { dir = std::make_unique<QTemporaryDir>(); }
+
+    void headerIsWrittenOnceAndNeverReplaced()
+    {
+        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        UsageLog log(clock, path);
+        QVERIFY(log.createIfMissing());
+        QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
+        QCOMPARE(QByteArray(UsageLog::kHeader).size(), 154);
+        QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("break"), .activity = QStringLiteral("Walk")}));
+        QVERIFY(log.createIfMissing());
+        QCOMPARE(read(path).count('\n'), 2);
+    }
+
+    void rowsAreJoinedWithoutQuoting_data()
+    {
+        QTest::addColumn<QString>("activity");
+        QTest::addColumn<QString>("feedback");
+        QTest::addColumn<QByteArray>("line");
+        // Whatever the texts hold, they go in as typed between the fixed fields.
+        const auto row = [](const char* name, const char* activity, const char* feedback) {
+            QTest::newRow(name) << activity << feedback
+                                << "morning routine,2026-03-14 07:30:12," + QByteArray(activity) +
+                                       ",30,,,2026-03-14 07:29:40,,,," + feedback + '\n';
+        };
+        row("plain", "Water", "");
+        row("comma in a name shifts the row", "Tea, green", "");
+        row("line break in feedback splits it", "Water", "too\nhard");
+        row("quotes stay as typed", "\"Water\"", "");
+    }
+
+    void rowsAreJoinedWithoutQuoting()
+    {
+        QFETCH(QString, activity);
+        QFETCH(QString, feedback);
+        QFETCH(QByteArray, line);
+        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        UsageLog log(clock, path);
+        log.createIfMissing();
+        QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("morning routine"),
+                                   .activity = activity,
+                                   .durationInSeconds = QStringLiteral("30"),
+                                   .startTime = QStringLiteral("2026-03-14 07:29:40"),
+                                   .feedback = feedback}));
+        QCOMPARE(read(path), QByteArray(UsageLog::kHeader) + line);
+    }
+
+    void failedWriteKeepsTheOldFile()
+    {
+        // A log that vanished is not recreated by a row: the row is lost, nothing else.
+        UsageLog missing(clock, dir->filePath(QStringLiteral("gone.csv")));
+        QVERIFY(!missing.addEntryInCsv({.logType = QStringLiteral("break")}));
+        QVERIFY(!QFile::exists(missing.path()));
+
+        // A folder we may not write to: the rewrite fails and the file stays as it was.
+        if (getuid() == 0)
+            QSKIP("root writes anywhere");
+        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        UsageLog log(clock, path);
+        log.createIfMissing();
+        QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::ExeOwner);
+        QVERIFY(!log.addEntryInCsv({.logType = QStringLiteral("break")}));
+        QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
+    }
+
+    void debugLogMakesItsFileAndNeverTruncates()
+    {
+        const QString path = dir->filePath(QStringLiteral("Debug_Logs.txt"));
+        DebugLog(clock, path).addLog(QStringLiteral("first"));
+        clock.set(clock.now().addSecs(1));
+        // A second run continues the file; a text with a line break goes in as it is.
+        DebugLog(clock, path).addLog(QStringLiteral("two\nlines"));
+        QCOMPARE(read(path),
+                 QByteArray("2026-03-14 07:30:12  -  first\n2026-03-14 07:30:13  -  two\nlines\n"));
+        // The file may be moved away while we run: the next line makes it anew.
+        QVERIFY(QFile::remove(path));
+        DebugLog(clock, path).addLog(QStringLiteral("again"));
+        QCOMPARE(read(path), QByteArray("2026-03-14 07:30:13  -  again\n"));
+    }
 
 private:
     static QByteArray read(const QString& path)
@@ -32,104 +104,6 @@ private:
     std::unique_ptr<QTemporaryDir> dir;
     FakeClock clock{QDateTime(QDate(2026, 3, 14), QTime(7, 30, 12))};
 };
-
-void RecordsTest::init()
-{
-    dir = std::make_unique<QTemporaryDir>();
-}
-
-void RecordsTest::headerIsWrittenOnceAndNeverReplaced()
-{
-    const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
-    UsageLog log(clock, path);
-    QVERIFY(log.createIfMissing());
-    QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
-    QCOMPARE(QByteArray(UsageLog::kHeader).size(), 154);
-    QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("break"), .activity = QStringLiteral("Walk")}));
-    QVERIFY(log.createIfMissing());
-    QCOMPARE(read(path).count('\n'), 2);
-}
-
-void RecordsTest::rowsAreJoinedWithoutQuoting_data()
-{
-    QTest::addColumn<QString>("activity");
-    QTest::addColumn<QString>("feedback");
-    QTest::addColumn<QByteArray>("line");
-    QTest::newRow("plain") << "Water"
-                           << ""
-                           << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                                         "2026-03-14 07:29:40,,,,\n");
-    QTest::newRow("comma in a name shifts the row")
-        << "Tea, green"
-        << ""
-        << QByteArray("morning routine,2026-03-14 07:30:12,Tea, green,30,,,"
-                      "2026-03-14 07:29:40,,,,\n");
-    QTest::newRow("line break in feedback splits it")
-        << "Water"
-        << "too\nhard"
-        << QByteArray("morning routine,2026-03-14 07:30:12,Water,30,,,"
-                      "2026-03-14 07:29:40,,,,too\nhard\n");
-    QTest::newRow("quotes stay as typed") << "\"Water\""
-                                          << ""
-                                          << QByteArray("morning routine,2026-03-14 07:30:12,\"Water\",30,,,"
-                                                        "2026-03-14 07:29:40,,,,\n");
-}
-
-void RecordsTest::rowsAreJoinedWithoutQuoting()
-{
-    QFETCH(QString, activity);
-    QFETCH(QString, feedback);
-    QFETCH(QByteArray, line);
-    const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
-    UsageLog log(clock, path);
-    log.createIfMissing();
-    QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("morning routine"),
-                               .activity = activity,
-                               .durationInSeconds = QStringLiteral("30"),
-                               .startTime = QStringLiteral("2026-03-14 07:29:40"),
-                               .feedback = feedback}));
-    QCOMPARE(read(path), QByteArray(UsageLog::kHeader) + line);
-}
-
-void RecordsTest::failedWriteKeepsTheOldFile()
-{
-    // A log that vanished is not recreated by a row: the row is lost, nothing else.
-    UsageLog missing(clock, dir->filePath(QStringLiteral("gone.csv")));
-    QVERIFY(!missing.addEntryInCsv({.logType = QStringLiteral("break")}));
-    QVERIFY(!QFile::exists(missing.path()));
-
-    // A folder we may not write to: the rewrite fails and the file stays as it was.
-    if (getuid() == 0)
-        QSKIP("root writes anywhere");
-    const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
-    UsageLog log(clock, path);
-    log.createIfMissing();
-    QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::ExeOwner);
-    QVERIFY(!log.addEntryInCsv({.logType = QStringLiteral("break")}));
-    QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
-}
-
-void RecordsTest::debugLogLineFormat()
-{
-    QCOMPARE(DebugLog::formatLine(QStringLiteral("2026-03-14 07:30:12"),
-                                  QStringLiteral("Showing morning habits.")),
-             QStringLiteral("2026-03-14 07:30:12  -  Showing morning habits.\n"));
-}
-
-void RecordsTest::debugLogMakesItsFileAndNeverTruncates()
-{
-    const QString path = dir->filePath(QStringLiteral("Debug_Logs.txt"));
-    DebugLog(clock, path).addLog(QStringLiteral("first"));
-    clock.set(clock.now().addSecs(1));
-    // A second run continues the file; a text with a line break goes in as it is.
-    DebugLog(clock, path).addLog(QStringLiteral("two\nlines"));
-    QCOMPARE(read(path), QByteArray("2026-03-14 07:30:12  -  first\n2026-03-14 07:30:13  -  two\nlines\n"));
-    // The file may be moved away while we run: the next line makes it anew.
-    QVERIFY(QFile::remove(path));
-    DebugLog(clock, path).addLog(QStringLiteral("again"));
-    QCOMPARE(read(path), QByteArray("2026-03-14 07:30:13  -  again\n"));
-}
 
 QTEST_GUILESS_MAIN(RecordsTest)
 #include "tst_records.moc"

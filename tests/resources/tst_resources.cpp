@@ -5,9 +5,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QMovie>
+#include <QRegularExpression>
 #include <QtEndian>
 #include <QTest>
-#include <QXmlStreamReader>
 
 #include <valijson/adapters/qtjson_adapter.hpp>
 #include <valijson/schema.hpp>
@@ -72,288 +72,231 @@ void collectNonText(const QJsonObject& object, const QString& prefix, QStringLis
 class TestResources : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void qrcFilesArePackaged();
-    void documentsAreObjects_data();
-    void documentsAreObjects();
-    void catalogueIsText();
-    void introActivityIsUsable();
-    void templatesKeepTheirMarkers_data();
-    void templatesKeepTheirMarkers();
-    void settingsRootKeys_data();
-    void settingsRootKeys();
-    void routineItemsAreComplete();
-    void schemaJudgesDocuments_data();
-    void schemaJudgesDocuments();
-    void blockPageShowsQueryAsTextOnly();
-    void animationsPlay_data();
-    void animationsPlay();
-    void soundsAreShortWavs_data();
-    void soundsAreShortWavs();
+    void documentsAreObjects_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("catalogue") << QStringLiteral(":/config.json");
+        QTest::newRow("settings") << QStringLiteral(":/settings.json");
+        QTest::newRow("schema") << QStringLiteral(":/settings-schema.json");
+    }
+
+    void documentsAreObjects()
+    {
+        QFETCH(QString, path);
+        QJsonParseError error{};
+        const QJsonDocument doc = QJsonDocument::fromJson(readResource(path), &error);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QVERIFY(doc.isObject());
+    }
+
+    void catalogueIsText()
+    {
+        QStringList nonText;
+        collectNonText(readObject(QStringLiteral(":/config.json")), QString(), nonText);
+        QCOMPARE(nonText, QStringList());
+    }
+
+    void introActivityIsUsable()
+    {
+        // The welcome flow takes the first entry; a wrong shape silently falls back
+        // to the built-in intro item.
+        const QJsonValue list = lookup(readObject(QStringLiteral(":/config.json")),
+                                       QStringLiteral("welcomeInfo/introActivities"));
+        QVERIFY(list.isArray());
+        const QJsonObject first = list.toArray().first().toObject();
+        QVERIFY(first.value(u"name").isString());
+        QVERIFY(isInteger(first.value(u"durationSeconds")));
+        QVERIFY(first.value(u"durationSeconds").toInteger() > 0);
+        QVERIFY(isStringList(first.value(u"videoUrl")));
+    }
+
+    void templatesKeepTheirMarkers_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QStringList>("markers");
+        const auto row = [](const char* path, QStringList markers) {
+            QTest::newRow(path) << QString::fromLatin1(path) << markers;
+        };
+        row("activityInfo/startActivityButtonText", {"<TIME>", "<NAME>"});
+        row("activityInfo/startBreakActivityTitleText", {"<TIME>", "<ACTIVITY>"});
+        row("activityInfo/activityFinishedText", {"<ACTIVITY>"});
+        row("activityInfo/lastActivityFinishedText", {"<ACTIVITY>"});
+        row("activityInfo/doSomeActivityText", {"<ACTIVITY>"});
+        row("activityInfo/habitsProgressText", {"<duration>", "<totalduration>"});
+        row("activityInfo/habitsCompleteText", {"<duration>"});
+        row("common/appBlockNotificationTitle", {"<APP_NAME>", "<FOCUS_NAME>"});
+        row("menuInfo/untilTimeText", {"<TIME>"});
+        row("focusInfo/startingFocusModeInfo/title", {"<FOCUSTYPE>"});
+        row("focusInfo/focusSummaryInfo/title", {"<COUNT>"});
+        row("focusInfo/focusSummaryInfo/totalFocusTimeText", {"<TIME>"});
+        row("shutOffTimeInfo/subTitle", {"<SHUTOFFTIME>", "<STARTTIME>"});
+        row("shutOffTimeInfo/shutOffAbortDoneInfo/subTitle", {"<STARTTIME>"});
+        row("rememberNextHabitViewInfo/questionText", {"<LAST_HABIT_NAME>"});
+        row("rememberNextHabitViewInfo/randomPhraseWrongChoice2", {"<CORRECT_HABIT_NAME>"});
+        row("settings/visitText", {"<SETTINGURL>"});
+    }
+
+    void templatesKeepTheirMarkers()
+    {
+        QFETCH(QString, path);
+        QFETCH(QStringList, markers);
+        const QString text = lookup(readObject(QStringLiteral(":/config.json")), path).toString();
+        for (const QString& marker : markers)
+            QVERIFY2(text.contains(marker), qPrintable(marker));
+    }
+
+    void routineItemsAreComplete()
+    {
+        // The packaged day has every list and a break interval; a routine item without a
+        // name or a whole-number duration cannot be played.
+        const QJsonObject settings = readObject(QStringLiteral(":/settings.json"));
+        QVERIFY(isInteger(settings.value(u"breakAfterMinutes")) &&
+                settings.value(u"breakAfterMinutes").toInt() > 0);
+        QVERIFY(settings.value(u"startTime").isString() && settings.value(u"shutOffTime").isString());
+        for (const char* list : {"morningHabits", "eveningHabits", "breakActivities"}) {
+            QVERIFY2(!settings.value(QLatin1String(list)).toArray().isEmpty(), list);
+            for (const QJsonValue& item : settings.value(QLatin1String(list)).toArray()) {
+                const QJsonObject record = item.toObject();
+                const QString name = record.value(u"name").toString();
+                QVERIFY2(!name.isEmpty(), list);
+                QVERIFY2(isInteger(record.value(u"durationSeconds")), qPrintable(name));
+                QVERIFY2(!name.contains(u','), qPrintable(name)); // would split its usage-log row
+            }
+        }
+    }
+
+    void schemaJudgesDocuments_data()
+    {
+        QTest::addColumn<QByteArray>("document");
+        QTest::addColumn<bool>("valid");
+        QTest::newRow("packaged settings") << readResource(QStringLiteral(":/settings.json")) << true;
+        QTest::newRow("empty") << QByteArray("{}") << false; // what an unreadable page message becomes
+        QTest::newRow("unknown key") << QByteArray(R"({"theme": "dark"})") << true;
+        QTest::newRow("hour only") << QByteArray(R"({"startTime": "7"})") << true;
+        QTest::newRow("with seconds") << QByteArray(R"({"shutOffTime": "22:00:30"})") << true;
+        QTest::newRow("dotted time") << QByteArray(R"({"startTime": "7.30"})") << false;
+        QTest::newRow("time as number") << QByteArray(R"({"startTime": 7})") << false;
+        QTest::newRow("interval as text") << QByteArray(R"({"breakAfterMinutes": "50"})") << false;
+        QTest::newRow("duration as text")
+            << QByteArray(R"({"morningHabits": [{"name": "Run", "durationSeconds": "60"}]})") << false;
+        QTest::newRow("videoUrl as one string")
+            << QByteArray(R"({"eveningHabits": [{"name": "Read", "durationSeconds": 60, "videoUrl": "x"}]})")
+            << false;
+        QTest::newRow("choice not an object")
+            << QByteArray(R"({"breakActivities": [{"name": "Move", "durationSeconds": 30,
+                              "type": "random-choice", "choices": ["Jump"]}]})")
+            << false;
+        QTest::newRow("habits not a list") << QByteArray(R"({"morningHabits": {"name": "Run"}})") << false;
+    }
+
+    void schemaJudgesDocuments()
+    {
+        QFETCH(QByteArray, document);
+        QFETCH(bool, valid);
+
+        const QJsonDocument schemaDoc =
+            QJsonDocument::fromJson(readResource(QStringLiteral(":/settings-schema.json")));
+        valijson::Schema schema;
+        valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
+        try {
+            parser.populateSchema(valijson::adapters::QtJsonAdapter(schemaDoc.object()), schema);
+        } catch (const std::exception& e) {
+            QFAIL(e.what());
+        }
+
+        QJsonParseError error{};
+        const QJsonDocument target = QJsonDocument::fromJson(document, &error);
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        valijson::Validator validator;
+        valijson::ValidationResults results;
+        const bool accepted =
+            validator.validate(schema, valijson::adapters::QtJsonAdapter(target.object()), &results);
+        valijson::ValidationResults::Error first;
+        QVERIFY2(accepted == valid, results.popError(first) ? first.description.c_str() : "accepted");
+    }
+
+    void blockPageShowsQueryAsTextOnly()
+    {
+        // The query strings come from arbitrary web addresses: markup in them must
+        // never be interpreted, and the page must work without a network.
+        const QString page = QString::fromUtf8(readResource(QStringLiteral(":/block.html")));
+        for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
+            QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
+        QVERIFY(page.contains(u"URLSearchParams"));
+        for (const char* sink : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "eval("})
+            QVERIFY2(!page.contains(QLatin1String(sink)), sink);
+        for (const char* external : {"src=\"http", "href=\"http", "src=\"//", "href=\"//", "@import", "url("})
+            QVERIFY2(!page.contains(QLatin1String(external)), external);
+    }
+
+    void animationsPlay_data()
+    {
+        QTest::addColumn<QString>("path");
+        // Row names are the asset names the routine screens ask for.
+        for (const char* name :
+             {"Smile _Small", "Waking up _ SMall", "Glasses-Otter-250-px_V3", "cheer_250px_trans_centered",
+              "Finger-and-Sign-Otter-250px", "Weight-otter-250-px_V2", "Whistle-otter-250-px", "Yawn_small"})
+            QTest::newRow(name) << QStringLiteral(":/images/%1.gif")
+                                       .arg(QString::fromLatin1(name).toLower().replace(
+                                           QRegularExpression(QStringLiteral("[^a-z0-9]+")),
+                                           QStringLiteral("-")));
+    }
+
+    void animationsPlay()
+    {
+        QFETCH(QString, path);
+        QVERIFY(QMovie::supportedFormats().contains("gif"));
+        QMovie movie(path);
+        QVERIFY(movie.isValid());
+        QVERIFY(movie.frameCount() > 1);
+        QCOMPARE(movie.loopCount(), -1); // for ever
+        // Every frame must decode, not only the first.
+        for (int frame = 0; frame < movie.frameCount(); ++frame) {
+            QVERIFY2(movie.jumpToFrame(frame), qPrintable(QString::number(frame)));
+            const QImage image = movie.currentImage();
+            QVERIFY(!image.isNull());
+            QVERIFY(image.width() <= 250 && image.height() <= 250);
+        }
+    }
+
+    void soundsAreShortWavs_data()
+    {
+        QTest::addColumn<QString>("path");
+        QTest::newRow("afterMorningRoutine") << QStringLiteral(":/sounds/afterMorningRoutine.wav");
+        QTest::newRow("everyActivity") << QStringLiteral(":/sounds/everyActivity.wav");
+    }
+
+    void soundsAreShortWavs()
+    {
+        QFETCH(QString, path);
+        const QByteArray wav = readResource(path);
+        QVERIFY(wav.startsWith("RIFF") && wav.mid(8, 4) == "WAVE");
+        const auto u16 = [&](qsizetype at) { return qFromLittleEndian<quint16>(wav.constData() + at); };
+        const auto u32 = [&](qsizetype at) { return qFromLittleEndian<quint32>(wav.constData() + at); };
+        quint32 rate = 0, bytesPerSecond = 0;
+        QByteArray samples;
+        for (qsizetype at = 12; at + 8 <= wav.size(); at += 8 + ((u32(at + 4) + 1) & ~1u)) {
+            const QByteArray id = wav.mid(at, 4);
+            if (id == "fmt ") {
+                QCOMPARE(u16(at + 8), quint16(1)); // plain PCM
+                rate = u32(at + 12);
+                bytesPerSecond = u32(at + 16);
+                QCOMPARE(u16(at + 22), quint16(16));
+            } else if (id == "data") {
+                samples = wav.mid(at + 8, u32(at + 4));
+                QCOMPARE(samples.size(), qsizetype(u32(at + 4)));
+            }
+        }
+        QCOMPARE(rate, 44100u);
+        QVERIFY(bytesPerSecond > 0 && !samples.isEmpty());
+        QVERIFY(double(samples.size()) / bytesPerSecond < 1.5);
+        int peak = 0;
+        for (qsizetype i = 0; i + 1 < samples.size(); i += 2)
+            peak = std::max(peak, std::abs(int(qFromLittleEndian<qint16>(samples.constData() + i))));
+        QVERIFY2(peak > 3000, "hardly audible");
+    }
 };
-
-void TestResources::qrcFilesArePackaged()
-{
-    QFile qrc(QStringLiteral(VELMORA_RESOURCES_DIR "/resources.qrc"));
-    QVERIFY(qrc.open(QIODevice::ReadOnly));
-    QXmlStreamReader xml(&qrc);
-    int files = 0;
-    while (!xml.atEnd()) {
-        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == u"file") {
-            const QString path = QStringLiteral(":/") + xml.readElementText();
-            QVERIFY2(QFile::exists(path), qPrintable(path));
-            ++files;
-        }
-    }
-    QVERIFY(!xml.hasError());
-    QVERIFY(files > 0);
-}
-
-void TestResources::documentsAreObjects_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("catalogue") << QStringLiteral(":/config.json");
-    QTest::newRow("settings") << QStringLiteral(":/settings.json");
-    QTest::newRow("schema") << QStringLiteral(":/settings-schema.json");
-}
-
-void TestResources::documentsAreObjects()
-{
-    QFETCH(QString, path);
-    QJsonParseError error{};
-    const QJsonDocument doc = QJsonDocument::fromJson(readResource(path), &error);
-    QCOMPARE(error.error, QJsonParseError::NoError);
-    QVERIFY(doc.isObject());
-}
-
-void TestResources::catalogueIsText()
-{
-    QStringList nonText;
-    collectNonText(readObject(QStringLiteral(":/config.json")), QString(), nonText);
-    QCOMPARE(nonText, QStringList());
-}
-
-void TestResources::introActivityIsUsable()
-{
-    // The welcome flow takes the first entry; a wrong shape silently falls back
-    // to the built-in intro item.
-    const QJsonValue list =
-        lookup(readObject(QStringLiteral(":/config.json")), QStringLiteral("welcomeInfo/introActivities"));
-    QVERIFY(list.isArray());
-    const QJsonObject first = list.toArray().first().toObject();
-    QVERIFY(first.value(u"name").isString());
-    QVERIFY(isInteger(first.value(u"durationSeconds")));
-    QVERIFY(first.value(u"durationSeconds").toInteger() > 0);
-    QVERIFY(isStringList(first.value(u"videoUrl")));
-}
-
-void TestResources::templatesKeepTheirMarkers_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QStringList>("markers");
-    const auto row = [](const char* path, QStringList markers) {
-        QTest::newRow(path) << QString::fromLatin1(path) << markers;
-    };
-    row("activityInfo/startActivityButtonText", {"<TIME>", "<NAME>"});
-    row("activityInfo/startBreakActivityTitleText", {"<TIME>", "<ACTIVITY>"});
-    row("activityInfo/activityFinishedText", {"<ACTIVITY>"});
-    row("activityInfo/lastActivityFinishedText", {"<ACTIVITY>"});
-    row("activityInfo/doSomeActivityText", {"<ACTIVITY>"});
-    row("activityInfo/habitsProgressText", {"<duration>", "<totalduration>"});
-    row("activityInfo/habitsCompleteText", {"<duration>"});
-    row("common/appBlockNotificationTitle", {"<APP_NAME>", "<FOCUS_NAME>"});
-    row("menuInfo/untilTimeText", {"<TIME>"});
-    row("focusInfo/startingFocusModeInfo/title", {"<FOCUSTYPE>"});
-    row("focusInfo/focusSummaryInfo/title", {"<COUNT>"});
-    row("focusInfo/focusSummaryInfo/totalFocusTimeText", {"<TIME>"});
-    row("shutOffTimeInfo/subTitle", {"<SHUTOFFTIME>", "<STARTTIME>"});
-    row("shutOffTimeInfo/shutOffAbortDoneInfo/subTitle", {"<STARTTIME>"});
-    row("rememberNextHabitViewInfo/questionText", {"<LAST_HABIT_NAME>"});
-    row("rememberNextHabitViewInfo/randomPhraseWrongChoice2", {"<CORRECT_HABIT_NAME>"});
-    row("settings/visitText", {"<SETTINGURL>"});
-}
-
-void TestResources::templatesKeepTheirMarkers()
-{
-    QFETCH(QString, path);
-    QFETCH(QStringList, markers);
-    const QString text = lookup(readObject(QStringLiteral(":/config.json")), path).toString();
-    for (const QString& marker : markers)
-        QVERIFY2(text.contains(marker), qPrintable(marker));
-}
-
-void TestResources::settingsRootKeys_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::addColumn<int>("type");
-    QTest::newRow("morningHabits") << QStringLiteral("morningHabits") << int(QJsonValue::Array);
-    QTest::newRow("eveningHabits") << QStringLiteral("eveningHabits") << int(QJsonValue::Array);
-    QTest::newRow("breakActivities") << QStringLiteral("breakActivities") << int(QJsonValue::Array);
-    QTest::newRow("breakAfterMinutes") << QStringLiteral("breakAfterMinutes") << int(QJsonValue::Double);
-    QTest::newRow("startTime") << QStringLiteral("startTime") << int(QJsonValue::String);
-    QTest::newRow("shutOffTime") << QStringLiteral("shutOffTime") << int(QJsonValue::String);
-}
-
-void TestResources::settingsRootKeys()
-{
-    QFETCH(QString, key);
-    QFETCH(int, type);
-    const QJsonValue value = readObject(QStringLiteral(":/settings.json")).value(key);
-    QCOMPARE(int(value.type()), type);
-    if (value.isDouble())
-        QVERIFY(isInteger(value) && value.toInteger() > 0);
-    if (value.isArray())
-        QVERIFY(!value.toArray().isEmpty());
-}
-
-void TestResources::routineItemsAreComplete()
-{
-    // A routine item without a name or a whole-number duration cannot be played.
-    const QJsonObject settings = readObject(QStringLiteral(":/settings.json"));
-    for (const char* list : {"morningHabits", "eveningHabits", "breakActivities"}) {
-        for (const QJsonValue& item : settings.value(QLatin1String(list)).toArray()) {
-            const QJsonObject record = item.toObject();
-            const QString name = record.value(u"name").toString();
-            QVERIFY2(!name.isEmpty(), list);
-            QVERIFY2(isInteger(record.value(u"durationSeconds")), qPrintable(name));
-            QVERIFY2(!name.contains(u','), qPrintable(name)); // would split its usage-log row
-        }
-    }
-}
-
-void TestResources::schemaJudgesDocuments_data()
-{
-    QTest::addColumn<QByteArray>("document");
-    QTest::addColumn<bool>("valid");
-    QTest::newRow("packaged settings") << readResource(QStringLiteral(":/settings.json")) << true;
-    QTest::newRow("empty") << QByteArray("{}") << false; // what an unreadable page message becomes
-    QTest::newRow("unknown key") << QByteArray(R"({"theme": "dark"})") << true;
-    QTest::newRow("hour only") << QByteArray(R"({"startTime": "7"})") << true;
-    QTest::newRow("with seconds") << QByteArray(R"({"shutOffTime": "22:00:30"})") << true;
-    QTest::newRow("dotted time") << QByteArray(R"({"startTime": "7.30"})") << false;
-    QTest::newRow("time as number") << QByteArray(R"({"startTime": 7})") << false;
-    QTest::newRow("interval as text") << QByteArray(R"({"breakAfterMinutes": "50"})") << false;
-    QTest::newRow("duration as text")
-        << QByteArray(R"({"morningHabits": [{"name": "Run", "durationSeconds": "60"}]})") << false;
-    QTest::newRow("videoUrl as one string")
-        << QByteArray(R"({"eveningHabits": [{"name": "Read", "durationSeconds": 60, "videoUrl": "x"}]})")
-        << false;
-    QTest::newRow("choice not an object")
-        << QByteArray(R"({"breakActivities": [{"name": "Move", "durationSeconds": 30,
-                          "type": "random-choice", "choices": ["Jump"]}]})")
-        << false;
-    QTest::newRow("habits not a list") << QByteArray(R"({"morningHabits": {"name": "Run"}})") << false;
-}
-
-void TestResources::schemaJudgesDocuments()
-{
-    QFETCH(QByteArray, document);
-    QFETCH(bool, valid);
-
-    const QJsonDocument schemaDoc =
-        QJsonDocument::fromJson(readResource(QStringLiteral(":/settings-schema.json")));
-    valijson::Schema schema;
-    valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
-    try {
-        parser.populateSchema(valijson::adapters::QtJsonAdapter(schemaDoc.object()), schema);
-    } catch (const std::exception& e) {
-        QFAIL(e.what());
-    }
-
-    QJsonParseError error{};
-    const QJsonDocument target = QJsonDocument::fromJson(document, &error);
-    QCOMPARE(error.error, QJsonParseError::NoError);
-    valijson::Validator validator;
-    valijson::ValidationResults results;
-    const bool accepted =
-        validator.validate(schema, valijson::adapters::QtJsonAdapter(target.object()), &results);
-    valijson::ValidationResults::Error first;
-    QVERIFY2(accepted == valid, results.popError(first) ? first.description.c_str() : "accepted");
-}
-
-void TestResources::blockPageShowsQueryAsTextOnly()
-{
-    // The query strings come from arbitrary web addresses: markup in them must
-    // never be interpreted, and the page must work without a network.
-    const QString page = QString::fromUtf8(readResource(QStringLiteral(":/block.html")));
-    for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
-        QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
-    QVERIFY(page.contains(u"URLSearchParams"));
-    for (const char* sink : {"innerHTML", "outerHTML", "insertAdjacentHTML", "document.write", "eval("})
-        QVERIFY2(!page.contains(QLatin1String(sink)), sink);
-    for (const char* external : {"src=\"http", "href=\"http", "src=\"//", "href=\"//", "@import", "url("})
-        QVERIFY2(!page.contains(QLatin1String(external)), external);
-}
-
-void TestResources::animationsPlay_data()
-{
-    QTest::addColumn<QString>("path");
-    // Row names are the asset names the routine screens ask for.
-    QTest::newRow("Smile _Small") << QStringLiteral(":/images/smile-small.gif");
-    QTest::newRow("Waking up _ SMall") << QStringLiteral(":/images/waking-up-small.gif");
-    QTest::newRow("Glasses-Otter-250-px_V3") << QStringLiteral(":/images/glasses-otter-250-px-v3.gif");
-    QTest::newRow("cheer_250px_trans_centered") << QStringLiteral(":/images/cheer-250px-trans-centered.gif");
-    QTest::newRow("Finger-and-Sign-Otter-250px")
-        << QStringLiteral(":/images/finger-and-sign-otter-250px.gif");
-    QTest::newRow("Weight-otter-250-px_V2") << QStringLiteral(":/images/weight-otter-250-px-v2.gif");
-    QTest::newRow("Whistle-otter-250-px") << QStringLiteral(":/images/whistle-otter-250-px.gif");
-    QTest::newRow("Yawn_small") << QStringLiteral(":/images/yawn-small.gif");
-}
-
-void TestResources::animationsPlay()
-{
-    QFETCH(QString, path);
-    QVERIFY(QMovie::supportedFormats().contains("gif"));
-    QMovie movie(path);
-    QVERIFY(movie.isValid());
-    QVERIFY(movie.frameCount() > 1);
-    QCOMPARE(movie.loopCount(), -1); // for ever
-    // Every frame must decode, not only the first.
-    for (int frame = 0; frame < movie.frameCount(); ++frame) {
-        QVERIFY2(movie.jumpToFrame(frame), qPrintable(QString::number(frame)));
-        const QImage image = movie.currentImage();
-        QVERIFY(!image.isNull());
-        QVERIFY(image.width() <= 250 && image.height() <= 250);
-    }
-}
-
-void TestResources::soundsAreShortWavs_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::newRow("afterMorningRoutine") << QStringLiteral(":/sounds/afterMorningRoutine.wav");
-    QTest::newRow("everyActivity") << QStringLiteral(":/sounds/everyActivity.wav");
-}
-
-void TestResources::soundsAreShortWavs()
-{
-    QFETCH(QString, path);
-    const QByteArray wav = readResource(path);
-    QVERIFY(wav.startsWith("RIFF") && wav.mid(8, 4) == "WAVE");
-    const auto u16 = [&](qsizetype at) { return qFromLittleEndian<quint16>(wav.constData() + at); };
-    const auto u32 = [&](qsizetype at) { return qFromLittleEndian<quint32>(wav.constData() + at); };
-    quint32 rate = 0, bytesPerSecond = 0;
-    QByteArray samples;
-    for (qsizetype at = 12; at + 8 <= wav.size(); at += 8 + ((u32(at + 4) + 1) & ~1u)) {
-        const QByteArray id = wav.mid(at, 4);
-        if (id == "fmt ") {
-            QCOMPARE(u16(at + 8), quint16(1)); // plain PCM
-            rate = u32(at + 12);
-            bytesPerSecond = u32(at + 16);
-            QCOMPARE(u16(at + 22), quint16(16));
-        } else if (id == "data") {
-            samples = wav.mid(at + 8, u32(at + 4));
-            QCOMPARE(samples.size(), qsizetype(u32(at + 4)));
-        }
-    }
-    QCOMPARE(rate, 44100u);
-    QVERIFY(bytesPerSecond > 0 && !samples.isEmpty());
-    QVERIFY(double(samples.size()) / bytesPerSecond < 1.5);
-    int peak = 0;
-    for (qsizetype i = 0; i + 1 < samples.size(); i += 2)
-        peak = std::max(peak, std::abs(int(qFromLittleEndian<qint16>(samples.constData() + i))));
-    QVERIFY2(peak > 3000, "hardly audible");
-}
 
 QTEST_MAIN(TestResources)
 #include "tst_resources.moc"

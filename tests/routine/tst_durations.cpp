@@ -8,112 +8,75 @@ using namespace velmora;
 class DurationsTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void forms_data();
-    void forms();
-    void startButton_data();
-    void startButton();
-    void breakTitle();
+    void forms_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<QString>("longForm");
+        QTest::addColumn<QString>("shortForm");
+        QTest::addColumn<QString>("clock");
+        const auto row = [](int seconds, const char* longForm, const char* shortForm, const char* clock) {
+            QTest::addRow("%d", seconds) << seconds << longForm << shortForm << clock;
+        };
+        row(0, "0 seconds", "", "00:00");
+        row(1, "1 seconds", "1s", "00:01");
+        row(45, "45 seconds", "45s", "00:45");
+        row(59, "59 seconds", "59s", "00:59");
+        row(60, "1 minute", "1m", "01:00");
+        row(75, "1 minute", "1m 15s", "01:15");
+        row(119, "1 minute", "1m 59s", "01:59");
+        row(120, "2 minutes", "2m", "02:00");
+        row(179, "2 minutes", "2m 59s", "02:59");
+        row(3600, "60 minutes", "1h", "00:00");
+        row(3605, "60 minutes", "1h 5s", "00:05");
+        row(3661, "61 minutes", "1h 1m 1s", "01:01");
+        row(3700, "61 minutes", "1h 1m 40s", "01:40");
+        row(5400, "90 minutes", "1h 30m", "30:00");
+        row(7200, "120 minutes", "2h", "00:00");
+        row(-5, "-5 seconds", "", "00:00");
+    }
+
+    void forms()
+    {
+        QFETCH(int, seconds);
+        QFETCH(QString, longForm);
+        QFETCH(QString, shortForm);
+        QFETCH(QString, clock);
+        QCOMPARE(getStringTime(seconds), longForm);
+        if (seconds >= 0)
+            QCOMPARE(getStringTimeFromSeconds(seconds), shortForm);
+        QCOMPARE(clockText(seconds), clock);
+    }
+
+    void startButton_data()
+    {
+        QTest::addColumn<QString>("templ");
+        QTest::addColumn<QString>("expected");
+        const auto row = [](const char* templ, const char* expected) {
+            QTest::newRow(templ) << templ << expected;
+        };
+        row("Start <TIME> <NAME>", "Start 5 minutes Yoga");
+        row("<NAME>: start <NAME>", "Yoga: start Yoga");
+        row("Start <time> <NAME>", "Start <time> Yoga"); // a lower-case marker stays
+        row("Go!", "Go!");
+    }
+
+    void startButton()
+    {
+        QFETCH(QString, templ);
+        QFETCH(QString, expected);
+        TextCatalogue texts;
+        texts.startActivityButtonText = templ;
+        QCOMPARE(getstartActivityButtonText(texts, 300, QStringLiteral("Yoga")), expected);
+    }
+
+    void breakTitle()
+    {
+        TextCatalogue texts;
+        QCOMPARE(getStartBreakActivityTitleText(texts, 90, QStringLiteral("Walk")),
+                 QStringLiteral("It’s time for a break. Do 1 minute of Walk to earn more velmora."));
+    }
 };
-
-void DurationsTest::forms_data()
-{
-    QTest::addColumn<int>("seconds");
-    QTest::addColumn<QString>("longForm");
-    QTest::addColumn<QString>("shortForm");
-    QTest::addColumn<QString>("clock");
-    QTest::newRow("0") << 0 << "0 seconds"
-                       << ""
-                       << "00:00";
-    QTest::newRow("1") << 1 << "1 seconds"
-                       << "1s"
-                       << "00:01";
-    QTest::newRow("45") << 45 << "45 seconds"
-                        << "45s"
-                        << "00:45";
-    QTest::newRow("59") << 59 << "59 seconds"
-                        << "59s"
-                        << "00:59";
-    QTest::newRow("60") << 60 << "1 minute"
-                        << "1m"
-                        << "01:00";
-    QTest::newRow("75") << 75 << "1 minute"
-                        << "1m 15s"
-                        << "01:15";
-    QTest::newRow("119") << 119 << "1 minute"
-                         << "1m 59s"
-                         << "01:59";
-    QTest::newRow("120") << 120 << "2 minutes"
-                         << "2m"
-                         << "02:00";
-    QTest::newRow("179") << 179 << "2 minutes"
-                         << "2m 59s"
-                         << "02:59";
-    QTest::newRow("3600") << 3600 << "60 minutes"
-                          << "1h"
-                          << "00:00";
-    QTest::newRow("3605") << 3605 << "60 minutes"
-                          << "1h 5s"
-                          << "00:05";
-    QTest::newRow("3661") << 3661 << "61 minutes"
-                          << "1h 1m 1s"
-                          << "01:01";
-    QTest::newRow("3700") << 3700 << "61 minutes"
-                          << "1h 1m 40s"
-                          << "01:40";
-    QTest::newRow("5400") << 5400 << "90 minutes"
-                          << "1h 30m"
-                          << "30:00";
-    QTest::newRow("7200") << 7200 << "120 minutes"
-                          << "2h"
-                          << "00:00";
-    QTest::newRow("negative") << -5 << "-5 seconds"
-                              << ""
-                              << "00:00";
-}
-
-void DurationsTest::forms()
-{
-    QFETCH(int, seconds);
-    QFETCH(QString, longForm);
-    QFETCH(QString, shortForm);
-    QFETCH(QString, clock);
-    QCOMPARE(getStringTime(seconds), longForm);
-    if (seconds >= 0)
-        QCOMPARE(getStringTimeFromSeconds(seconds), shortForm);
-    QCOMPARE(clockText(seconds), clock);
-}
-
-void DurationsTest::startButton_data()
-{
-    QTest::addColumn<QString>("templ");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("default") << "Start <TIME> <NAME>"
-                             << "Start 5 minutes Yoga";
-    QTest::newRow("name twice") << "<NAME>: start <NAME>"
-                                << "Yoga: start Yoga";
-    QTest::newRow("lower-case marker stays") << "Start <time> <NAME>"
-                                             << "Start <time> Yoga";
-    QTest::newRow("no marker") << "Go!"
-                               << "Go!";
-}
-
-void DurationsTest::startButton()
-{
-    QFETCH(QString, templ);
-    QFETCH(QString, expected);
-    TextCatalogue texts;
-    texts.startActivityButtonText = templ;
-    QCOMPARE(getstartActivityButtonText(texts, 300, QStringLiteral("Yoga")), expected);
-}
-
-void DurationsTest::breakTitle()
-{
-    TextCatalogue texts;
-    QCOMPARE(getStartBreakActivityTitleText(texts, 90, QStringLiteral("Walk")),
-             QStringLiteral("It’s time for a break. Do 1 minute of Walk to earn more velmora."));
-}
 
 QTEST_GUILESS_MAIN(DurationsTest)
 #include "tst_durations.moc"

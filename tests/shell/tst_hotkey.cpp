@@ -128,17 +128,16 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("keyCode");
         QTest::addColumn<QVariant>("modifiers");
 
-        const int j = Qt::Key_J;
-        const int ctrl = Qt::ControlModifier;
-        QTest::newRow("no keyCode") << QVariant() << QVariant(ctrl);
-        QTest::newRow("no modifiers") << QVariant(j) << QVariant();
-        QTest::newRow("keyCode as string") << QVariant(u"74"_qs) << QVariant(ctrl);
-        QTest::newRow("keyCode as bool") << QVariant(true) << QVariant(ctrl);
-        QTest::newRow("negative keyCode") << QVariant(-74) << QVariant(ctrl);
-        QTest::newRow("negative modifiers") << QVariant(j) << QVariant(-1);
-        QTest::newRow("beyond 32 bits") << QVariant(qlonglong(1) << 32) << QVariant(ctrl);
-        QTest::newRow("fraction") << QVariant(74.5) << QVariant(ctrl);
-        QTest::newRow("unknown modifier bits") << QVariant(j) << QVariant(0x1);
+        const QVariant j = int(Qt::Key_J), ctrl = int(Qt::ControlModifier);
+        QTest::newRow("no keyCode") << QVariant() << ctrl;
+        QTest::newRow("no modifiers") << j << QVariant();
+        QTest::newRow("keyCode as string") << QVariant(u"74"_qs) << ctrl;
+        QTest::newRow("keyCode as bool") << QVariant(true) << ctrl;
+        QTest::newRow("negative keyCode") << QVariant(-74) << ctrl;
+        QTest::newRow("negative modifiers") << j << QVariant(-1);
+        QTest::newRow("beyond 32 bits") << QVariant(qlonglong(1) << 32) << ctrl;
+        QTest::newRow("fraction") << QVariant(74.5) << ctrl;
+        QTest::newRow("unknown modifier bits") << j << QVariant(0x1);
     }
 
     void fromDictionaryRefusesBadMaps()

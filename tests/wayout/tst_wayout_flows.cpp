@@ -44,412 +44,380 @@ enum Stage
 class WayOutFlowsTest : public QObject
 {
     Q_OBJECT
-
 private Q_SLOTS:
-    void passwordThenCountDown();
-    void cancelReturnsToTheExactScreen_data();
-    void cancelReturnsToTheExactScreen();
-    void reasonOutcomes_data();
-    void reasonOutcomes();
-    void tooHardStartsSmall();
-    void brokenAppWaitsForTheWebhookAtMostItsTimeOut_data();
-    void brokenAppWaitsForTheWebhookAtMostItsTimeOut();
-    void unreadablePasswordKeepsTheUserAtThePrompt();
-    void shutOffEmergencyUnlock_data();
-    void shutOffEmergencyUnlock();
-    void passwordResetWaitsAcrossRestarts();
+    void passwordThenCountDown()
+    {
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        password::store(f.fakes.preferences, QStringLiteral("letmeout"));
+        ViewController& vc = app.viewController();
+        timerViewcontroller& timer = vc.timerViewcontrollerObj();
+        runToStageAndAbort(f, Running);
+
+        // The habit stands still under the prompt.
+        enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
+        QVERIFY(prompt.isVisible());
+        QVERIFY(vc.isPasswordViewShown());
+        QCOMPARE(vc.currentScreen(), &timer);
+        QCOMPARE(prompt.geometry(), vc.containerView->rect());
+        QVERIFY(prompt.btnResetPassword->isHidden());
+        QVERIFY(!timer.hasLiveTimer());
+        QVERIFY(!f.fakes.displayAwake.held);
+        f.fakes.scheduler.advance(60'000);
+        QCOMPARE(timer.currentTimer, 12);
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+
+        QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("letmein"));
+        click(prompt.btnOk);
+        QVERIFY(prompt.lblError->isVisible());
+        QCOMPARE(prompt.lblError->text(), QStringLiteral("Incorrect password. Please try again."));
+        QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("x"));
+        QVERIFY(prompt.lblError->isHidden());
+
+        // Return on the lock window is OK.
+        prompt.textFieldPassword->setText(QStringLiteral("letmeout"));
+        QTest::keyClick(app.mainWindow().windowHandle(), Qt::Key_Return);
+        QVERIFY(!vc.isPasswordViewShown());
+        abortingCountDownVc& countDown = f.wayOut->abortingCountDownVcObj();
+        QCOMPARE(vc.currentScreen(), &countDown);
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_ABORT_);
+        QVERIFY(vc.btnAbort->isHidden());
+        QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:10"));
+        QCOMPARE(countDown.lblEmailId->text(), app.texts().emailID);
+        f.fakes.scheduler.advance(9'000);
+        QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:01"));
+        f.fakes.scheduler.advance(1'000);
+        QCOMPARE(vc.currentScreen(), &f.wayOut->abortingConfirmVcObj());
+        QCOMPARE(f.wayOut->abortingConfirmVcObj().popUpBtnReasons->count(), 5);
+    }
+
+    void cancelReturnsToTheExactScreen_data()
+    {
+        QTest::addColumn<int>("stage");
+        QTest::addColumn<bool>("withPassword"); // set, and left with its Cancel
+        QTest::newRow("running habit, count-down cancelled") << int(Running) << false;
+        QTest::newRow("running habit, password cancelled") << int(Running) << true;
+        QTest::newRow("progress screen") << int(Over) << false;
+        QTest::newRow("overview") << int(Overview) << false;
+    }
+
+    void cancelReturnsToTheExactScreen()
+    {
+        QFETCH(int, stage);
+        QFETCH(bool, withPassword);
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        if (withPassword)
+            password::store(f.fakes.preferences, QStringLiteral("pw"));
+        ViewController& vc = app.viewController();
+        timerViewcontroller& timer = vc.timerViewcontrollerObj();
+        runToStageAndAbort(f, Stage(stage));
+        const ACTION action = app.state().lastCurrentAction;
+
+        f.fakes.scheduler.advance(4'000);
+        if (withPassword)
+            click(f.wayOut->enterPasswordVcObj().btnCancel);
+        else
+            click(f.wayOut->abortingCountDownVcObj().btnCancelAbort);
+
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+        QCOMPARE(app.state().currentAction, action);
+        QVERIFY(vc.btnAbort->isVisible());
+        QVERIFY(!vc.isPasswordViewShown());
+        switch (Stage(stage)) {
+        case Running:
+            QCOMPARE(vc.currentScreen(), &timer);
+            QCOMPARE(timer.currentTimer, 12);
+            QCOMPARE(timer.lblTimer->text(), QStringLiteral("00:18"));
+            QVERIFY(timer.hasLiveTimer());
+            QVERIFY(f.fakes.displayAwake.held);
+            f.fakes.scheduler.advance(18'000);
+            QCOMPARE(vc.currentScreen(), &vc.thirdVcObj());
+            break;
+        case Over:
+            QCOMPARE(vc.currentScreen(), &vc.thirdVcObj());
+            QVERIFY(vc.thirdVcObj().btnMain->isVisible());
+            break;
+        case Overview:
+            QCOMPARE(vc.currentScreen(), &vc.firstViewControllerObj());
+            QVERIFY(vc.firstViewControllerObj().btnStartFirstHabit->isVisible());
+            break;
+        }
+        // The count-down is gone for good: nothing moves on to the reasons.
+        f.fakes.scheduler.advance(20'000);
+        QVERIFY(vc.currentScreen() != &f.wayOut->abortingConfirmVcObj());
+        QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
+    }
+
+    void reasonOutcomes_data()
+    {
+        QTest::addColumn<int>("reason");
+        QTest::addColumn<QString>("feedback");
+        QTest::addColumn<QString>("row"); // the usage row's reason and feedback
+        QTest::addColumn<bool>("fourHours");
+        QTest::newRow("emergency") << int(abortingConfirmVc::Emergency) << ""
+                                   << "I've got an emergency," << true;
+        QTest::newRow("something else") << int(abortingConfirmVc::SomethingElse) << " "
+                                        << "Something else, " << false;
+        QTest::newRow("no routine at all") << int(abortingConfirmVc::HabitsHard) << "too much"
+                                           << "Deactivate routine + breaks,too much" << false;
+    }
+
+    void reasonOutcomes()
+    {
+        QFETCH(int, reason);
+        QFETCH(QString, feedback);
+        QFETCH(QString, row);
+        QFETCH(bool, fourHours);
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        toReasons(f);
+        ViewController& vc = app.viewController();
+        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+
+        reasons.popUpBtnReasons->setCurrentIndex(reason);
+        if (reason == abortingConfirmVc::Emergency) {
+            QVERIFY(!reasons.popUpBtnReasons->isEnabled());
+            QCOMPARE(reasons.lblTimerEmergency->text(), QStringLiteral("00:05"));
+        } else if (reason == abortingConfirmVc::SomethingElse) {
+            QVERIFY(!reasons.btnDeactivate_boxSomethingElse->isEnabled());
+            QTest::keyClicks(reasons.textViewSomethingElse, feedback);
+            click(reasons.btnDeactivate_boxSomethingElse);
+        } else {
+            click(reasons.btnDontWantRoutine_boxHabit);
+            abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
+            QCOMPARE(vc.currentScreen(), &last);
+            QCOMPARE(last.btnMain->text(), QStringLiteral("Deactivate routine + breaks"));
+            QVERIFY(!last.btnMain->isEnabled());
+            QTest::keyClicks(last.textViewFeedback, feedback);
+            click(last.btnMain);
+        }
+        if (reason != abortingConfirmVc::Emergency)
+            QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
+
+        f.fakes.scheduler.advance(5'000 - 1); // from the click or the choice
+        QCOMPARE(f.fakes.launcher.restarts, 0);
+        f.fakes.scheduler.advance(1);
+        QCOMPARE(f.fakes.launcher.restarts, 1);
+        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
+                 QStringList{QStringLiteral("morning routine abort,morning routine,,,,,,,") + row});
+        QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), std::optional<bool>(false));
+        QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsShowPomodoroView), std::optional<bool>(true));
+        QCOMPARE(f.fakes.preferences.date(keys::kUserdefaults4HourReActivateTime),
+                 fourHours ? std::optional(f.fakes.clock.now().addSecs(4 * 3600)) : std::nullopt);
+        QVERIFY(f.fakes.http.requests.isEmpty());
+    }
+
+    void tooHardStartsSmall()
+    {
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        toReasons(f);
+        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+        reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::HabitsHard);
+        click(reasons.btnStartSmall_boxHabit);
+
+        // The rewrite is done at the click, before any feedback.
+        const QJsonObject saved =
+            QJsonDocument::fromJson(f.fakes.preferences.string(keys::kUserdefaultsSelectedJson)->toUtf8())
+                .object();
+        QCOMPARE(saved.value(QStringLiteral("morningHabits")).toArray().size(), 10);
+        QCOMPARE(app.state().arrAllMorningHabits.size(), 10);
+        QCOMPARE(app.state().arrAllMorningHabits[1].durationSeconds, 30);
+        QCOMPARE(app.state().arrAllEveningHabits[0].durationSeconds, 30);
+
+        abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
+        QCOMPARE(app.viewController().currentScreen(), &last);
+        QVERIFY(
+            last.lblDescription->text().endsWith(QStringLiteral("total morning routine is 5 minutes long")));
+        QCOMPARE(last.btnMain->text(), QStringLiteral("Start shortened routine"));
+        QTest::keyClicks(last.textViewFeedback, QStringLiteral("ten is plenty"));
+        click(last.btnMain);
+        QCOMPARE(f.fakes.launcher.restarts, 1);
+        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
+                 QStringList{QStringLiteral(
+                     "morning routine abort,morning routine,,,,,,,Start shortened routine,ten is plenty")});
+        // Not deactivated: the short routine comes through the gates after the restart.
+        QVERIFY(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled).value_or(true));
+    }
+
+    void brokenAppWaitsForTheWebhookAtMostItsTimeOut_data()
+    {
+        QTest::addColumn<int>("status"); // -1: never answers
+        QTest::addColumn<qint64>("doneScreenAfterMs");
+        QTest::newRow("answers 200") << 200 << qint64(0);
+        QTest::newRow("answers 500") << 500 << qint64(0);
+        QTest::newRow("never answers") << -1 << qint64(FeedbackUpload::kTimeoutMs);
+    }
+
+    void brokenAppWaitsForTheWebhookAtMostItsTimeOut()
+    {
+        QFETCH(int, status);
+        QFETCH(qint64, doneScreenAfterMs);
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        toReasons(f);
+        ViewController& vc = app.viewController();
+        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+        reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::AppBroken);
+        QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
+        QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral("the timer froze"));
+        click(reasons.btnDeactivateAppBroken);
+        // An edit after the click must not arm the button for a second post.
+        QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral(" at noon"));
+        QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
+
+        QCOMPARE(f.fakes.http.requests.size(), 1);
+        const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
+        QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("The app is broken"));
+        QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("the timer froze"));
+        QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
+        QCOMPARE(vc.currentScreen(), &reasons);
+        if (status >= 0)
+            f.fakes.http.answer({.status = status, .body = "1", .error = {}});
+        f.fakes.scheduler.advance(doneScreenAfterMs);
+        QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
+        f.fakes.scheduler.advance(5'000);
+        QCOMPARE(f.fakes.launcher.restarts, 1);
+        QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
+    }
+
+    void unreadablePasswordKeepsTheUserAtThePrompt()
+    {
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.morningUp();
+        f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, QStringLiteral("é not base64 é"));
+        runToStageAndAbort(f, Running);
+        enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
+        for (const QString& attempt : {QStringLiteral("é not base64 é"), QStringLiteral("")}) {
+            prompt.textFieldPassword->setText(attempt);
+            click(prompt.btnOk);
+            QVERIFY(app.viewController().isPasswordViewShown());
+        }
+        QCOMPARE(prompt.lblError->text(),
+                 QStringLiteral("Password cannot be blank. Please enter your password."));
+        // The lock window offers no reset; Cancel is the way back to the habit.
+        QVERIFY(prompt.btnResetPassword->isHidden());
+        click(prompt.btnCancel);
+        QCOMPARE(app.viewController().currentScreen(), &app.viewController().timerViewcontrollerObj());
+    }
+
+    void shutOffEmergencyUnlock_data()
+    {
+        QTest::addColumn<QDateTime>("now");
+        QTest::addColumn<QDateTime>("skippedUntil");
+        QTest::newRow("before midnight") << at(23, QTime(23, 30)) << at(24, QTime(7, 0));
+        QTest::newRow("after midnight") << at(24, QTime(1, 0)) << at(24, QTime(7, 0));
+    }
+
+    void shutOffEmergencyUnlock()
+    {
+        QFETCH(QDateTime, now);
+        QFETCH(QDateTime, skippedUntil);
+        WayOutFixture f(kDocument);
+        f.fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
+        f.nightStagesDone(skippedUntil);
+        AppDelegate& app = f.start(now);
+        ViewController& vc = app.viewController();
+        app.state().currentState = CURRENTSTATE::_NOTHING_;
+        vc.shutOffMac();
+        shutOffTimeVc& screen = f.wayOut->shutOffTimeVcObj();
+        QCOMPARE(vc.currentScreen(), &screen);
+        QVERIFY(screen.lblSubTitle->text().contains(QStringLiteral("from 22:00 to 07:00")));
+
+        // Thirty seconds of reflection; Cancel goes back to rest and drops the text.
+        click(screen.btnGetAccessNow);
+        QCOMPARE(screen.step, int(shutOffTimeVc::Reflecting));
+        QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Cancel"));
+        QTest::keyClicks(screen.textView, QStringLiteral("draft"));
+        f.fakes.scheduler.advance(10'000);
+        click(screen.btnUnlock);
+        QCOMPARE(screen.step, int(shutOffTimeVc::Resting));
+        QVERIFY(screen.btnGetAccessNow->isVisible());
+        QVERIFY(screen.textView->toPlainText().isEmpty());
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
+
+        click(screen.btnGetAccessNow);
+        QCOMPARE(screen.lbltimer->text(), QStringLiteral("00:30"));
+        f.fakes.scheduler.advance(30'000);
+        QCOMPARE(screen.step, int(shutOffTimeVc::Unlocking));
+        QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Unlock"));
+        f.fakes.scheduler.advance(600'000); // it waits without limit
+        QTest::keyClicks(screen.textView, QStringLiteral("server down"));
+        click(screen.btnUnlock);
+        QVERIFY(screen.lblSubTitle->text().endsWith(QStringLiteral("\n\n\nUnlocking in")));
+        QCOMPARE(f.fakes.http.requests.size(), 1);
+        const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
+        QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("Shutdown skipped"));
+        QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
+        QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("server down"));
+
+        // The upload is not waited for.
+        f.fakes.scheduler.advance(4'999);
+        QVERIFY(app.mainWindow().isVisible());
+        f.fakes.scheduler.advance(1);
+        QVERIFY(!app.mainWindow().isVisible());
+        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
+        QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsShutdownAborted), std::optional(skippedUntil));
+        QVERIFY(f.usageRows().isEmpty());
+        // The rest of the night stays open.
+        f.fakes.scheduler.advance(60'000);
+        QVERIFY(!app.mainWindow().isVisible());
+    }
+
+    void passwordResetWaitsAcrossRestarts()
+    {
+        // The reset is asked outside the lock (as from the preferences); the
+        // program restarts twice before its day is over.
+        WayOutFixture f(kDocument);
+        AppDelegate& app = f.start(at(23, QTime(12, 0)));
+        password::store(f.fakes.preferences, QStringLiteral("pw"));
+        {
+            // The prompt, and its own timer, end with this run of the program.
+            enterPasswordVc prompt(
+                {f.fakes.preferences, f.fakes.clock, f.fakes.scheduler, app.debugLog(), app.texts()});
+            prompt.confirm = [](const QString&, const QString&) { return true; };
+            prompt.inform = [](const QString&, const QString&) {};
+            prompt.viewWillAppear(false);
+            prompt.btnResetPasswordClicked();
+        }
+
+        f.start(at(24, QTime(11, 59, 50)));
+        QVERIFY(password::isSet(f.fakes.preferences));
+        f.fakes.scheduler.advance(9'000);
+        QVERIFY(password::isSet(f.fakes.preferences));
+        f.fakes.scheduler.advance(5'000);
+        QVERIFY(!password::isSet(f.fakes.preferences));
+        QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
+        QCOMPARE(f.logCount(QStringLiteral("password is cleard after 24 hours")), 1);
+
+        // A date already past at launch is cleared there.
+        password::store(f.fakes.preferences, QStringLiteral("pw2"));
+        f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(24, QTime(12, 0)));
+        f.start(at(25, QTime(8, 0)));
+        QVERIFY(!password::isSet(f.fakes.preferences));
+    }
 
 private:
-    // The morning routine's overview is up at 07:00:03.
-    AppDelegate& morningUp(WayOutFixture& f);
     // Brings the morning routine to a stage and presses Abort.
-    void runToStageAndAbort(WayOutFixture& f, Stage stage);
-    void toReasons(WayOutFixture& f);
-};
-
-AppDelegate& WayOutFlowsTest::morningUp(WayOutFixture& f)
-{
-    f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-    f.fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
-    f.nightStagesDone(at(23, QTime(7, 0)));
-    AppDelegate& app = f.start(at(23, QTime(6, 59, 58)));
-    f.fakes.scheduler.advanceTo(QTime(7, 0, 3));
-    return app;
-}
-
-void WayOutFlowsTest::runToStageAndAbort(WayOutFixture& f, Stage stage)
-{
-    ViewController& vc = f.app->viewController();
-    f.fakes.scheduler.advance(30'000);
-    if (stage != Overview) {
-        click(vc.firstViewControllerObj().btnStartFirstHabit);
-        f.fakes.scheduler.advance(stage == Running ? 12'000 : 30'000);
-    }
-    click(vc.btnAbort);
-}
-
-void WayOutFlowsTest::toReasons(WayOutFixture& f)
-{
-    runToStageAndAbort(f, Running);
-    f.fakes.scheduler.advance(10'000);
-    QCOMPARE(f.app->viewController().currentScreen(), &f.wayOut->abortingConfirmVcObj());
-}
-
-void WayOutFlowsTest::passwordThenCountDown()
-{
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    password::store(f.fakes.preferences, QStringLiteral("letmeout"));
-    ViewController& vc = app.viewController();
-    timerViewcontroller& timer = vc.timerViewcontrollerObj();
-    runToStageAndAbort(f, Running);
-
-    // The habit stands still under the prompt.
-    enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
-    QVERIFY(prompt.isVisible());
-    QVERIFY(vc.isPasswordViewShown());
-    QCOMPARE(vc.currentScreen(), &timer);
-    QCOMPARE(prompt.geometry(), vc.containerView->rect());
-    QVERIFY(prompt.btnResetPassword->isHidden());
-    QVERIFY(!timer.hasLiveTimer());
-    QVERIFY(!f.fakes.displayAwake.held);
-    f.fakes.scheduler.advance(60'000);
-    QCOMPARE(timer.currentTimer, 12);
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-
-    QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("letmein"));
-    click(prompt.btnOk);
-    QVERIFY(prompt.lblError->isVisible());
-    QCOMPARE(prompt.lblError->text(), QStringLiteral("Incorrect password. Please try again."));
-    QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("x"));
-    QVERIFY(prompt.lblError->isHidden());
-
-    // Return on the lock window is OK.
-    prompt.textFieldPassword->setText(QStringLiteral("letmeout"));
-    QTest::keyClick(app.mainWindow().windowHandle(), Qt::Key_Return);
-    QVERIFY(!vc.isPasswordViewShown());
-    abortingCountDownVc& countDown = f.wayOut->abortingCountDownVcObj();
-    QCOMPARE(vc.currentScreen(), &countDown);
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_ABORT_);
-    QVERIFY(vc.btnAbort->isHidden());
-    QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:10"));
-    QCOMPARE(countDown.lblEmailId->text(), app.texts().emailID);
-    f.fakes.scheduler.advance(9'000);
-    QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:01"));
-    f.fakes.scheduler.advance(1'000);
-    QCOMPARE(vc.currentScreen(), &f.wayOut->abortingConfirmVcObj());
-    QCOMPARE(f.wayOut->abortingConfirmVcObj().popUpBtnReasons->count(), 5);
-}
-
-void WayOutFlowsTest::cancelReturnsToTheExactScreen_data()
-{
-    QTest::addColumn<int>("stage");
-    QTest::addColumn<bool>("withPassword"); // set, and left with its Cancel
-    QTest::newRow("running habit, count-down cancelled") << int(Running) << false;
-    QTest::newRow("running habit, password cancelled") << int(Running) << true;
-    QTest::newRow("progress screen") << int(Over) << false;
-    QTest::newRow("overview") << int(Overview) << false;
-}
-
-void WayOutFlowsTest::cancelReturnsToTheExactScreen()
-{
-    QFETCH(int, stage);
-    QFETCH(bool, withPassword);
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    if (withPassword)
-        password::store(f.fakes.preferences, QStringLiteral("pw"));
-    ViewController& vc = app.viewController();
-    timerViewcontroller& timer = vc.timerViewcontrollerObj();
-    runToStageAndAbort(f, Stage(stage));
-    const ACTION action = app.state().lastCurrentAction;
-
-    f.fakes.scheduler.advance(4'000);
-    if (withPassword)
-        click(f.wayOut->enterPasswordVcObj().btnCancel);
-    else
-        click(f.wayOut->abortingCountDownVcObj().btnCancelAbort);
-
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-    QCOMPARE(app.state().currentAction, action);
-    QVERIFY(vc.btnAbort->isVisible());
-    QVERIFY(!vc.isPasswordViewShown());
-    switch (Stage(stage)) {
-    case Running:
-        QCOMPARE(vc.currentScreen(), &timer);
-        QCOMPARE(timer.currentTimer, 12);
-        QCOMPARE(timer.lblTimer->text(), QStringLiteral("00:18"));
-        QVERIFY(timer.hasLiveTimer());
-        QVERIFY(f.fakes.displayAwake.held);
-        f.fakes.scheduler.advance(18'000);
-        QCOMPARE(vc.currentScreen(), &vc.thirdVcObj());
-        break;
-    case Over:
-        QCOMPARE(vc.currentScreen(), &vc.thirdVcObj());
-        QVERIFY(vc.thirdVcObj().btnMain->isVisible());
-        break;
-    case Overview:
-        QCOMPARE(vc.currentScreen(), &vc.firstViewControllerObj());
-        QVERIFY(vc.firstViewControllerObj().btnStartFirstHabit->isVisible());
-        break;
-    }
-    // The count-down is gone for good: nothing moves on to the reasons.
-    f.fakes.scheduler.advance(20'000);
-    QVERIFY(vc.currentScreen() != &f.wayOut->abortingConfirmVcObj());
-    QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
-}
-
-void WayOutFlowsTest::reasonOutcomes_data()
-{
-    QTest::addColumn<int>("reason");
-    QTest::addColumn<QString>("feedback");
-    QTest::addColumn<QString>("row");           // without its time stamp
-    QTest::addColumn<qint64>("restartAfterMs"); // from the click or the choice
-    QTest::addColumn<bool>("fourHours");
-
-    QTest::newRow("emergency") << int(abortingConfirmVc::Emergency) << QString()
-                               << QStringLiteral(
-                                      "morning routine abort,morning routine,,,,,,,I've got an emergency,")
-                               << qint64(5'000) << true;
-    QTest::newRow("something else") << int(abortingConfirmVc::SomethingElse) << QStringLiteral(" ")
-                                    << QStringLiteral(
-                                           "morning routine abort,morning routine,,,,,,,Something else, ")
-                                    << qint64(5'000) << false;
-    QTest::newRow("no routine at all")
-        << int(abortingConfirmVc::HabitsHard) << QStringLiteral("too much")
-        << QStringLiteral("morning routine abort,morning routine,,,,,,,Deactivate routine + breaks,too much")
-        << qint64(5'000) << false;
-}
-
-void WayOutFlowsTest::reasonOutcomes()
-{
-    QFETCH(int, reason);
-    QFETCH(QString, feedback);
-    QFETCH(QString, row);
-    QFETCH(qint64, restartAfterMs);
-    QFETCH(bool, fourHours);
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    toReasons(f);
-    ViewController& vc = app.viewController();
-    abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
-
-    reasons.popUpBtnReasons->setCurrentIndex(reason);
-    if (reason == abortingConfirmVc::Emergency) {
-        QVERIFY(!reasons.popUpBtnReasons->isEnabled());
-        QCOMPARE(reasons.lblTimerEmergency->text(), QStringLiteral("00:05"));
-    } else if (reason == abortingConfirmVc::SomethingElse) {
-        QVERIFY(!reasons.btnDeactivate_boxSomethingElse->isEnabled());
-        QTest::keyClicks(reasons.textViewSomethingElse, feedback);
-        click(reasons.btnDeactivate_boxSomethingElse);
-    } else {
-        click(reasons.btnDontWantRoutine_boxHabit);
-        abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
-        QCOMPARE(vc.currentScreen(), &last);
-        QCOMPARE(last.btnMain->text(), QStringLiteral("Deactivate routine + breaks"));
-        QVERIFY(!last.btnMain->isEnabled());
-        QTest::keyClicks(last.textViewFeedback, feedback);
-        click(last.btnMain);
-    }
-    if (reason != abortingConfirmVc::Emergency)
-        QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
-
-    f.fakes.scheduler.advance(restartAfterMs - 1);
-    QCOMPARE(f.fakes.launcher.restarts, 0);
-    f.fakes.scheduler.advance(1);
-    QCOMPARE(f.fakes.launcher.restarts, 1);
-    QCOMPARE(f.usageRows().filter(QStringLiteral("abort")), QStringList{row});
-    QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), std::optional<bool>(false));
-    QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsShowPomodoroView), std::optional<bool>(true));
-    QCOMPARE(f.fakes.preferences.date(keys::kUserdefaults4HourReActivateTime),
-             fourHours ? std::optional(f.fakes.clock.now().addSecs(4 * 3600)) : std::nullopt);
-    QVERIFY(f.fakes.http.requests.isEmpty());
-}
-
-void WayOutFlowsTest::tooHardStartsSmall()
-{
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    toReasons(f);
-    abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
-    reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::HabitsHard);
-    click(reasons.btnStartSmall_boxHabit);
-
-    // The rewrite is done at the click, before any feedback.
-    const QJsonObject saved =
-        QJsonDocument::fromJson(f.fakes.preferences.string(keys::kUserdefaultsSelectedJson)->toUtf8())
-            .object();
-    QCOMPARE(saved.value(QStringLiteral("morningHabits")).toArray().size(), 10);
-    QCOMPARE(app.state().arrAllMorningHabits.size(), 10);
-    QCOMPARE(app.state().arrAllMorningHabits[1].durationSeconds, 30);
-    QCOMPARE(app.state().arrAllEveningHabits[0].durationSeconds, 30);
-
-    abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
-    QCOMPARE(app.viewController().currentScreen(), &last);
-    QVERIFY(last.lblDescription->text().endsWith(QStringLiteral("total morning routine is 5 minutes long")));
-    QCOMPARE(last.btnMain->text(), QStringLiteral("Start shortened routine"));
-    QTest::keyClicks(last.textViewFeedback, QStringLiteral("ten is plenty"));
-    click(last.btnMain);
-    QCOMPARE(f.fakes.launcher.restarts, 1);
-    QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
-             QStringList{QStringLiteral(
-                 "morning routine abort,morning routine,,,,,,,Start shortened routine,ten is plenty")});
-    // Not deactivated: the short routine comes through the gates after the restart.
-    QVERIFY(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled).value_or(true));
-}
-
-void WayOutFlowsTest::brokenAppWaitsForTheWebhookAtMostItsTimeOut_data()
-{
-    QTest::addColumn<int>("status"); // -1: never answers
-    QTest::addColumn<qint64>("doneScreenAfterMs");
-    QTest::newRow("answers 200") << 200 << qint64(0);
-    QTest::newRow("answers 500") << 500 << qint64(0);
-    QTest::newRow("never answers") << -1 << qint64(FeedbackUpload::kTimeoutMs);
-}
-
-void WayOutFlowsTest::brokenAppWaitsForTheWebhookAtMostItsTimeOut()
-{
-    QFETCH(int, status);
-    QFETCH(qint64, doneScreenAfterMs);
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    toReasons(f);
-    ViewController& vc = app.viewController();
-    abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
-    reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::AppBroken);
-    QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
-    QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral("the timer froze"));
-    click(reasons.btnDeactivateAppBroken);
-
-    QCOMPARE(f.fakes.http.requests.size(), 1);
-    const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
-    QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("The app is broken"));
-    QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("the timer froze"));
-    QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
-    QCOMPARE(vc.currentScreen(), &reasons);
-    if (status >= 0)
-        f.fakes.http.answer({.status = status, .body = "1", .error = {}});
-    f.fakes.scheduler.advance(doneScreenAfterMs);
-    QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
-    f.fakes.scheduler.advance(5'000);
-    QCOMPARE(f.fakes.launcher.restarts, 1);
-    QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
-}
-
-void WayOutFlowsTest::unreadablePasswordKeepsTheUserAtThePrompt()
-{
-    WayOutFixture f(kDocument);
-    AppDelegate& app = morningUp(f);
-    f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, QStringLiteral("é not base64 é"));
-    runToStageAndAbort(f, Running);
-    enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
-    for (const QString& attempt : {QStringLiteral("é not base64 é"), QStringLiteral("")}) {
-        prompt.textFieldPassword->setText(attempt);
-        click(prompt.btnOk);
-        QVERIFY(app.viewController().isPasswordViewShown());
-    }
-    QCOMPARE(prompt.lblError->text(),
-             QStringLiteral("Password cannot be blank. Please enter your password."));
-    // The lock window offers no reset; Cancel is the way back to the habit.
-    QVERIFY(prompt.btnResetPassword->isHidden());
-    click(prompt.btnCancel);
-    QCOMPARE(app.viewController().currentScreen(), &app.viewController().timerViewcontrollerObj());
-}
-
-void WayOutFlowsTest::shutOffEmergencyUnlock_data()
-{
-    QTest::addColumn<QDateTime>("now");
-    QTest::addColumn<QDateTime>("skippedUntil");
-    QTest::newRow("before midnight") << at(23, QTime(23, 30)) << at(24, QTime(7, 0));
-    QTest::newRow("after midnight") << at(24, QTime(1, 0)) << at(24, QTime(7, 0));
-}
-
-void WayOutFlowsTest::shutOffEmergencyUnlock()
-{
-    QFETCH(QDateTime, now);
-    QFETCH(QDateTime, skippedUntil);
-    WayOutFixture f(kDocument);
-    f.fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
-    f.nightStagesDone(skippedUntil);
-    AppDelegate& app = f.start(now);
-    ViewController& vc = app.viewController();
-    app.state().currentState = CURRENTSTATE::_NOTHING_;
-    vc.shutOffMac();
-    shutOffTimeVc& screen = f.wayOut->shutOffTimeVcObj();
-    QCOMPARE(vc.currentScreen(), &screen);
-    QVERIFY(screen.lblSubTitle->text().contains(QStringLiteral("from 22:00 to 07:00")));
-
-    // Thirty seconds of reflection; Cancel goes back to rest and drops the text.
-    click(screen.btnGetAccessNow);
-    QCOMPARE(screen.step, int(shutOffTimeVc::Reflecting));
-    QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Cancel"));
-    QTest::keyClicks(screen.textView, QStringLiteral("draft"));
-    f.fakes.scheduler.advance(10'000);
-    click(screen.btnUnlock);
-    QCOMPARE(screen.step, int(shutOffTimeVc::Resting));
-    QVERIFY(screen.btnGetAccessNow->isVisible());
-    QVERIFY(screen.textView->toPlainText().isEmpty());
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-
-    click(screen.btnGetAccessNow);
-    QCOMPARE(screen.lbltimer->text(), QStringLiteral("00:30"));
-    f.fakes.scheduler.advance(30'000);
-    QCOMPARE(screen.step, int(shutOffTimeVc::Unlocking));
-    QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Unlock"));
-    f.fakes.scheduler.advance(600'000); // it waits without limit
-    QTest::keyClicks(screen.textView, QStringLiteral("server down"));
-    click(screen.btnUnlock);
-    QVERIFY(screen.lblSubTitle->text().endsWith(QStringLiteral("\n\n\nUnlocking in")));
-    QCOMPARE(f.fakes.http.requests.size(), 1);
-    const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
-    QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("Shutdown skipped"));
-    QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
-    QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("server down"));
-
-    // The upload is not waited for.
-    f.fakes.scheduler.advance(4'999);
-    QVERIFY(app.mainWindow().isVisible());
-    f.fakes.scheduler.advance(1);
-    QVERIFY(!app.mainWindow().isVisible());
-    QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-    QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsShutdownAborted), std::optional(skippedUntil));
-    QVERIFY(f.usageRows().isEmpty());
-    // The rest of the night stays open.
-    f.fakes.scheduler.advance(60'000);
-    QVERIFY(!app.mainWindow().isVisible());
-}
-
-void WayOutFlowsTest::passwordResetWaitsAcrossRestarts()
-{
-    // The reset is asked outside the lock (as from the preferences); the
-    // program restarts twice before its day is over.
-    WayOutFixture f(kDocument);
-    AppDelegate& app = f.start(at(23, QTime(12, 0)));
-    password::store(f.fakes.preferences, QStringLiteral("pw"));
+    void runToStageAndAbort(WayOutFixture& f, Stage stage)
     {
-        // The prompt, and its own timer, end with this run of the program.
-        enterPasswordVc prompt(
-            {f.fakes.preferences, f.fakes.clock, f.fakes.scheduler, app.debugLog(), app.texts()});
-        prompt.confirm = [](const QString&, const QString&) { return true; };
-        prompt.inform = [](const QString&, const QString&) {};
-        prompt.viewWillAppear(false);
-        prompt.btnResetPasswordClicked();
+        ViewController& vc = f.app->viewController();
+        f.fakes.scheduler.advance(30'000);
+        if (stage != Overview) {
+            click(vc.firstViewControllerObj().btnStartFirstHabit);
+            f.fakes.scheduler.advance(stage == Running ? 12'000 : 30'000);
+        }
+        click(vc.btnAbort);
     }
 
-    f.start(at(24, QTime(11, 59, 50)));
-    QVERIFY(password::isSet(f.fakes.preferences));
-    f.fakes.scheduler.advance(9'000);
-    QVERIFY(password::isSet(f.fakes.preferences));
-    f.fakes.scheduler.advance(5'000);
-    QVERIFY(!password::isSet(f.fakes.preferences));
-    QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
-
-    // A date already past at launch is cleared there.
-    password::store(f.fakes.preferences, QStringLiteral("pw2"));
-    f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(24, QTime(12, 0)));
-    f.start(at(25, QTime(8, 0)));
-    QVERIFY(!password::isSet(f.fakes.preferences));
-}
+    void toReasons(WayOutFixture& f)
+    {
+        runToStageAndAbort(f, Running);
+        f.fakes.scheduler.advance(10'000);
+        QCOMPARE(f.app->viewController().currentScreen(), &f.wayOut->abortingConfirmVcObj());
+    }
+};
 
 QTEST_MAIN(WayOutFlowsTest)
 #include "tst_wayout_flows.moc"

@@ -13,7 +13,9 @@ void ProcessLauncher::restartSoon()
         return;
     QStringList command = QCoreApplication::arguments().mid(1);
     command.prepend(QCoreApplication::applicationFilePath());
-    QProcess::startDetached(u"/bin/sh"_s, {u"-c"_s, u"sleep 1; exec "_s + shellQuoted(command)});
+    // The new copy waits, a bounded time, for this one to let go of the single-instance name.
+    QProcess::startDetached(u"/bin/sh"_s, {u"-c"_s, u"sleep 1; "_s + QLatin1String(kRestartMarker) +
+                                                        u"=1 exec "_s + shellQuoted(command)});
 }
 
 void ProcessLauncher::run(const QString& program, const QStringList& arguments)

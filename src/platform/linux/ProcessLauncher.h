@@ -20,6 +20,8 @@ public:
     // applies. A program started from a terminal that runs under systemd only
     // inherits INVOCATION_ID and does not count.
     static bool startedBySystemd(const QProcessEnvironment& environment, qint64 processId);
+    // Set in the environment of a copy that restartSoon started.
+    static constexpr const char* kRestartMarker = "VELMORA_RESTARTED";
     // The words as one POSIX shell command line, each quoted.
     static QString shellQuoted(const QStringList& words);
 };

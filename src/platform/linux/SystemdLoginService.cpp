@@ -88,11 +88,22 @@ QString SystemdLoginService::autostartFilePath()
 
 bool SystemdLoginService::install()
 {
-    if (!writeAtomically(unitFilePath(), unitText()))
+    // Both always: the autostart entry starts the program at login whatever the
+    // desktop, and the program hands itself over to the unit where systemd runs.
+    const bool unit = writeAtomically(unitFilePath(), unitText());
+    return writeAtomically(autostartFilePath(), autostartText()) && unit;
+}
+
+bool SystemdLoginService::handOverToUserManager() const
+{
+    if (!hasSystemdUserSession())
         return false;
-    if (hasSystemdUserSession())
-        return true;
-    return writeAtomically(autostartFilePath(), autostartText());
+    systemctl({u"daemon-reload"_s});
+    systemctl({u"import-environment"_s, u"DISPLAY"_s, u"XAUTHORITY"_s, u"WAYLAND_DISPLAY"_s,
+               u"XDG_CURRENT_DESKTOP"_s});
+    bool started = false;
+    systemctl({u"start"_s, UnitName}, &started);
+    return started;
 }
 
 void SystemdLoginService::enable()
@@ -147,8 +158,10 @@ NoDisplay=true
 )"_s.arg(desktopExecWord(m_programPath));
 }
 
-QString SystemdLoginService::systemctl(const QStringList& arguments) const
+QString SystemdLoginService::systemctl(const QStringList& arguments, bool* succeeded) const
 {
+    if (succeeded)
+        *succeeded = false;
     const QString program = QStandardPaths::findExecutable(u"systemctl"_s);
     if (program.isEmpty())
         return {};
@@ -160,6 +173,8 @@ QString SystemdLoginService::systemctl(const QStringList& arguments) const
         process.waitForFinished(1000);
         return {};
     }
+    if (succeeded)
+        *succeeded = process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
     return QString::fromLocal8Bit(process.readAllStandardOutput());
 }
 

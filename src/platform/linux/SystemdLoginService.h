@@ -7,10 +7,10 @@
 
 namespace velmora {
 
-// A systemd user service, velmora.service, that starts the program with the
-// graphical session and restarts it whenever it ends, except when it exits with
-// QuitExitStatus. Where no systemd user manager runs, an XDG autostart entry
-// starts it at login instead.
+// An XDG autostart entry starts the program at login on every desktop. A systemd
+// user service, velmora.service, keeps it alive: it restarts the program whenever
+// it ends, except when it exits with QuitExitStatus. A copy started outside the
+// service, where a user manager answers, hands over to the service and ends.
 class SystemdLoginService : public LoginService
 {
 public:
@@ -24,6 +24,10 @@ public:
     static QString autostartFilePath();
 
     bool install() override;
+    // Where a systemd user manager answers: gives it the session's display variables,
+    // starts the service and answers true, so that the caller ends and the supervised
+    // copy runs. False where there is none, or it would not start the service.
+    bool handOverToUserManager() const;
     void enable() override;
     void disable() override;
 
@@ -33,7 +37,7 @@ private:
     QString autostartText() const;
     // Runs "systemctl --user <arguments>" and answers its standard output; empty
     // when systemctl is missing, fails to start or takes too long.
-    QString systemctl(const QStringList& arguments) const;
+    QString systemctl(const QStringList& arguments, bool* succeeded = nullptr) const;
 
     QString m_programPath;
 };

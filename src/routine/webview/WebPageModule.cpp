@@ -11,13 +11,27 @@ extern "C" Q_DECL_EXPORT QWidget* velmoraCreateWebView(QWidget* parent)
 {
     auto* view = new QWebEngineView(parent);
     view->setContextMenuPolicy(Qt::NoContextMenu);
+    QObject::connect(view, &QWebEngineView::loadFinished, view,
+                     [view] { view->setProperty("velmoraLoading", false); });
     return view;
 }
 
 extern "C" Q_DECL_EXPORT void velmoraLoadPage(QWidget* view, const QUrl& url)
 {
-    if (auto* page = qobject_cast<QWebEngineView*>(view))
+    if (auto* page = qobject_cast<QWebEngineView*>(view)) {
+        page->setProperty("velmoraLoading", true);
         page->load(url);
+    }
+}
+
+extern "C" Q_DECL_EXPORT bool velmoraStopLoading(QWidget* view)
+{
+    auto* page = qobject_cast<QWebEngineView*>(view);
+    if (!page || !page->property("velmoraLoading").toBool())
+        return false;
+    page->setProperty("velmoraLoading", false);
+    page->stop();
+    return true;
 }
 
 // The settings page talks to the program through one object under the name

@@ -1,5 +1,6 @@
 #include "AppDelegate.h"
 
+#include "AppBlocker.h"
 #include "FeedbackUpload.h"
 #include "focusSummaryVc.h"
 #include "FocusTypes.h"
@@ -13,7 +14,9 @@
 #include "SettingsLoader.h"
 #include "StatusItem.h"
 #include "timerViewcontroller.h"
+#include "TypeListBlockHost.h"
 #include "uninstallVc.h"
+#include "UrlBlocker.h"
 #include "ViewController.h"
 #include "WayOut.h"
 
@@ -95,11 +98,39 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
                        *this, m_random},
         *mainViewControllerObj, *m_feedback, m_paths.packagedSettings, [this] { quitAndRestartApp(); });
     installFocusSummary();
+    installBlockers();
     shareTheKeyboardWithOurWindows();
     chooseExportFolder = [](const QString& prompt) {
         return QFileDialog::getExistingDirectory(nullptr, prompt, QDir::homePath(),
                                                  QFileDialog::ShowDirsOnly);
     };
+}
+
+// The blockers judge every change of the front application from the start; the
+// block they read is, for now, the focus-type list itself.
+void AppDelegate::installBlockers()
+{
+    if (!m_ports.workspace)
+        return;
+    m_blockHost = std::make_unique<TypeListBlockHost>(m_state);
+    m_urlBlocker = std::make_unique<UrlBlocker>(
+        UrlBlocker::Deps{m_state, *m_ports.scheduler, *m_ports.workspace, m_ports.browserTabs,
+                         *m_ports.notifier, m_texts, m_log, *m_blockHost});
+    m_appBlocker = std::make_unique<AppBlocker>(
+        AppBlocker::Deps{m_state, *m_ports.scheduler, *m_ports.workspace, *m_ports.notifier, m_texts, m_log,
+                         *m_blockHost, *m_urlBlocker, QStringLiteral("Velmora")});
+}
+
+void AppDelegate::startTimerActivitiesAllowedApp()
+{
+    if (m_appBlocker)
+        m_appBlocker->startTimerActivitiesAllowedApp();
+}
+
+void AppDelegate::itemAllowListsOver()
+{
+    if (m_appBlocker)
+        m_appBlocker->itemAllowListsOver();
 }
 
 // The evening opens with the day's focus blocks and activities, read back from
@@ -220,6 +251,8 @@ void AppDelegate::prepareDataFolder()
          {QStringLiteral("afterMorningRoutine.wav"), QStringLiteral("everyActivity.wav")})
         refreshFromPackage(QStringLiteral(":/sounds/") + sound, QStringLiteral("sounds/") + sound);
     blockWebUrlString = QUrl::fromLocalFile(folder.filePath(QStringLiteral("vlmr-focus.html"))).toString();
+    if (m_urlBlocker)
+        m_urlBlocker->setBlockWebUrlString(blockWebUrlString);
 }
 
 // Copies a packaged file out to the data folder, replacing the old copy, so that
@@ -631,6 +664,8 @@ void AppDelegate::focusModeFinishedFromShutOff()
         type = map;
     }
     m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+    if (m_appBlocker)
+        m_appBlocker->focusModeEnded();
 }
 
 bool AppDelegate::isShutOffTimeGoing() const

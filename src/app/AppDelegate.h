@@ -21,7 +21,10 @@ class QKeyEvent;
 
 namespace velmora {
 
+class AppBlocker;
 class CustomWindow;
+class TypeListBlockHost;
+class UrlBlocker;
 class FeedbackUpload;
 class WayOut;
 class focusSummaryVc;
@@ -98,6 +101,9 @@ public:
     const DebugLog& debugLog() const { return m_log; }
     const UsageLog& usageLog() const { return m_usage; }
     QRandomGenerator& random() { return m_random; }
+    // The application and address blockers; none without a workspace.
+    AppBlocker* appBlocker() { return m_appBlocker.get(); }
+    UrlBlocker* urlBlocker() { return m_urlBlocker.get(); }
     bool isTickRunning() const;
     bool isReactivationWatchRunning() const;
 
@@ -131,6 +137,8 @@ private:
     void bringToFront() override;
     bool isShutOffTimeGoing() const override;
     bool isPreventUserIdleDisplaySleepOn() override;
+    void startTimerActivitiesAllowedApp() override;
+    void itemAllowListsOver() override;
 
     void loadFocusTypes();
     void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
@@ -147,6 +155,7 @@ private:
     QUrl configServer() const;
     void leaveForGood();
     void keepOurWindowsAboveTheLock();
+    void installBlockers();
 
     Ports m_ports;
     AppPaths m_paths;
@@ -170,6 +179,9 @@ private:
     std::unique_ptr<menuViewController> m_menu;
     std::unique_ptr<preferencesWindowController> m_preferencesWindow;
     std::unique_ptr<quittingWindow> m_quittingWindow;
+    std::unique_ptr<TypeListBlockHost> m_blockHost;
+    std::unique_ptr<UrlBlocker> m_urlBlocker;
+    std::unique_ptr<AppBlocker> m_appBlocker;
 
     std::optional<TimerId> timerBackgroundThread;
     std::optional<TimerId> timerCheckReactivateTime;

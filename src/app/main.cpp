@@ -2,6 +2,7 @@
 #include "CrashLog.h"
 #include "DebugLog.h"
 #include "DesktopNotifier.h"
+#include "LocalBrowserTabs.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
@@ -86,11 +87,18 @@ int main(int argc, char* argv[])
     SystemdLoginService loginService;
     X11HotKeys hotKeys;
     X11Workspace workspace;
+    LocalBrowserTabs browserTabs;
     Ports ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
-                &http,  &launcher,  &loginService, &hotKeys, &workspace};
+                &http,  &launcher,  &loginService, &hotKeys, &workspace,    &browserTabs};
 
     AppDelegate delegate(ports, paths);
-    workspace.setLog([&delegate](const QString& line) { delegate.debugLog().addLog(line); });
     delegate.applicationWillFinishLaunching();
+    const auto log = [&delegate](const QString& line) { delegate.debugLog().addLog(line); };
+    workspace.setLog(log);
+    browserTabs.setLog(log);
+    // The browsers start our host per connection; their manifests say where it is.
+    browserTabs.writeHostManifests(QDir::homePath(), QApplication::applicationDirPath() +
+                                                         QStringLiteral("/velmora-browser-host"));
+    browserTabs.listen(runtime);
     return app.exec();
 }

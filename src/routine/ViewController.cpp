@@ -307,6 +307,7 @@ void ViewController::itemOverCommon()
     }
     c.state.currentHabitPlaying.reset();
     c.state.currentActivityPlaying.reset();
+    c.host.itemAllowListsOver();
     btnAbort->show();
     clearContainer();
 }

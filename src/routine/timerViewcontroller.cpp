@@ -136,6 +136,7 @@ void timerViewcontroller::startTimerHabit(int durationSeconds, const std::option
         // The item is done away from the lock, in the programs it allows.
         c.state.currentHabitPlaying = currentHabit;
         c.host.setMainWindowVisible(false);
+        c.host.startTimerActivitiesAllowedApp();
         c.host.hideBlankWindowInSecondaryMonitor();
     } else {
         c.state.currentHabitPlaying.reset();
@@ -156,6 +157,7 @@ void timerViewcontroller::startTimerActivity(int durationInSeconds, const QStrin
     if (currentActivity.openSpecificApps) {
         c.state.currentActivityPlaying = currentActivity;
         c.host.setMainWindowVisible(false);
+        c.host.startTimerActivitiesAllowedApp();
         c.host.hideBlankWindowInSecondaryMonitor();
     } else {
         c.state.currentActivityPlaying.reset();

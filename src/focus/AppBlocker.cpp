@@ -46,6 +46,7 @@ AppBlocker::AppBlocker(Deps deps, QObject* parent)
     , d(std::move(deps))
 {
     connect(&d.workspace, &Workspace::frontApplicationChanged, this, &AppBlocker::frontApplicationChanged);
+    connect(&d.urls, &UrlBlocker::browsersChanged, this, &AppBlocker::frontApplicationChanged);
 }
 
 void AppBlocker::stop(std::optional<TimerId>& timer)

@@ -35,8 +35,10 @@ UrlBlocker::UrlBlocker(Deps deps, QObject* parent)
     : QObject(parent)
     , d(deps)
 {
-    if (d.tabs)
-        connect(d.tabs, &BrowserTabs::tabChanged, this, &UrlBlocker::judgeReported);
+    if (!d.tabs)
+        return;
+    connect(d.tabs, &BrowserTabs::tabChanged, this, &UrlBlocker::judgeReported);
+    connect(d.tabs, &BrowserTabs::connectionsChanged, this, &UrlBlocker::browsersChanged);
 }
 
 QString UrlBlocker::connectedBrowser(const Application& application) const

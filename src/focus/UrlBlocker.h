@@ -75,6 +75,11 @@ public:
     // Address fragments never refused in a block or an item.
     static const QStringList defaultAllowedUrl;
 
+Q_SIGNALS:
+    // A browser's extension connected or went away: the browser in front may have
+    // become one we can see.
+    void browsersChanged();
+
 private:
     // The family of the browser in front, or where the front application cannot
     // be read, the browser whose window has the focus. Empty: no browser.

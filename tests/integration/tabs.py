@@ -1,0 +1,47 @@
+#!/usr/bin/python3
+"""Chromium's tabs through its DevTools HTTP endpoint: tabs.py PORT COMMAND.
+
+  open URL         opens URL in a new tab and prints the tab's id
+  url ID           prints the address the tab shows now
+  wait ID PREFIX SECONDS
+                   waits until the tab's address starts with PREFIX; prints the
+                   milliseconds it took, or fails"""
+import json
+import sys
+import time
+import urllib.parse
+import urllib.request
+
+port, command = sys.argv[1], sys.argv[2]
+base = "http://127.0.0.1:%s/json" % port
+
+
+def tabs():
+    with urllib.request.urlopen(base + "/list", timeout=5) as reply:
+        return json.load(reply)
+
+
+def url_of(tab_id):
+    for tab in tabs():
+        if tab.get("id") == tab_id:
+            return tab.get("url", "")
+    return None
+
+
+if command == "open":
+    request = urllib.request.Request(base + "/new?" + urllib.parse.quote(sys.argv[3], safe=":/?&=%"), method="PUT")
+    with urllib.request.urlopen(request, timeout=5) as reply:
+        print(json.load(reply)["id"])
+elif command == "url":
+    print(url_of(sys.argv[3]) or "")
+elif command == "wait":
+    tab_id, prefix, seconds = sys.argv[3], sys.argv[4], float(sys.argv[5])
+    start = time.monotonic()
+    while time.monotonic() - start < seconds:
+        url = url_of(tab_id)
+        if url is not None and url.startswith(prefix):
+            print("%.1f" % ((time.monotonic() - start) * 1000))
+            sys.exit(0)
+        time.sleep(0.005)
+    print("tab %s still at %s" % (tab_id, url_of(tab_id)), file=sys.stderr)
+    sys.exit(1)

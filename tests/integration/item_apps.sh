@@ -1,0 +1,45 @@
+# Shared by the item test and the benchmark (sourced after lib.sh): two applications
+# with desktop entries, Alpha and Beta, whose windows are plain X11 windows, and a
+# morning routine whose one habit allows only Alpha. Starts the program just before
+# 07:00 and starts the habit when its button comes; sets $alpha, the window the
+# program launched.
+# item_apps_start SECONDS
+item_apps_start() {
+    local seconds=$1 here
+    here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+    mkdir -p "$XDG_DATA_HOME/applications"
+    local name
+    for name in Alpha Beta; do
+        cat >"$XDG_DATA_HOME/applications/${name,,}.desktop" <<EOS
+[Desktop Entry]
+Type=Application
+Name=$name
+Exec=$VELMORA_IT_PYTHON $here/testwin.py $name
+StartupWMClass=$name
+EOS
+    done
+    prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
+    local day
+    day="$(date -d tomorrow +%F)"
+    prefs set-string kUserdefaultsSelectedJson "{
+        \"morningHabits\": [{\"name\": \"Writing\", \"durationSeconds\": $seconds, \"videoUrl\": [],
+                             \"logQuantity\": false, \"allowedUrls\": [], \"allowedApps\": [\"Alpha\"]}],
+        \"eveningHabits\": [], \"breakActivities\": [], \"breakAfterMinutes\": 50,
+        \"startTime\": \"07:00\", \"shutOffTime\": \"22:00\"}"
+    prefs set-bool kUserdefaultsFirstRun true
+    prefs set-bool kUserdefaultsPromptToRememberHabit false
+    for key in kUserdefaultsFocusSummaryShowedTillDate kUserdefaultsEveningHabitsShowedTillDate \
+        kUserdefaultsShutdownAborted; do
+        prefs set-date "$key" "$day 07:00:00"
+    done
+    start_accessibility
+    start_velmora "$day 06:59:55"
+    poll 30 "the morning routine is shown" grep -q 'Showing morning habits\.' "$VELMORA_LOG"
+    seen="a11y names button" poll 45 "the habit's start button comes" a11y has button "Start $seconds seconds Writing"
+    a11y press "Start $seconds seconds Writing"
+    poll 15 "the habit's allowed application Alpha was launched" xdotool search --onlyvisible --class '^Alpha$'
+    alpha="$(xdotool search --onlyvisible --class '^Alpha$' | head -n1)"
+}
+
+# True when the window is iconified (ICCCM WM_STATE Iconic).
+iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }

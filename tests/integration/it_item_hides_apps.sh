@@ -9,7 +9,7 @@ set -euo pipefail
 
 [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
 
-item_apps_start 25
+item_apps_start 25 "25 seconds"
 poll 10 "the lock is down while the habit runs" bash -c "! xdotool search --onlyvisible --name '^Velmora lock$'"
 screenshot 1-habit-started
 

@@ -3,9 +3,9 @@
 # morning routine whose one habit allows only Alpha. Starts the program just before
 # 07:00 and starts the habit when its button comes; sets $alpha, the window the
 # program launched.
-# item_apps_start SECONDS
+# item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes")
 item_apps_start() {
-    local seconds=$1 here
+    local seconds=$1 spoken=$2 here
     here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
     mkdir -p "$XDG_DATA_HOME/applications"
     local name
@@ -35,8 +35,8 @@ EOS
     start_accessibility
     start_velmora "$day 06:59:55"
     poll 30 "the morning routine is shown" grep -q 'Showing morning habits\.' "$VELMORA_LOG"
-    seen="a11y names button" poll 45 "the habit's start button comes" a11y has button "Start $seconds seconds Writing"
-    a11y press "Start $seconds seconds Writing"
+    seen="a11y names button" poll 45 "the habit's start button comes" a11y has button "Start $spoken Writing"
+    a11y press "Start $spoken Writing"
     poll 15 "the habit's allowed application Alpha was launched" xdotool search --onlyvisible --class '^Alpha$'
     alpha="$(xdotool search --onlyvisible --class '^Alpha$' | head -n1)"
 }

@@ -4,9 +4,9 @@
 #include "DebugLog.h"
 #include "FakeBrowserTabs.h"
 #include "FakePorts.h"
-#include "FocusBlockHost.h"
 #include "RunState.h"
 #include "TextCatalogue.h"
+#include "TypeListBlockHost.h"
 #include "UrlBlocker.h"
 
 #include <QtTest>
@@ -15,25 +15,6 @@ using namespace velmora;
 using namespace velmora::test;
 
 namespace {
-
-struct FakeBlock : FocusBlockHost
-{
-    bool on = false;
-    bool allApps = false;
-    bool allUrls = false;
-    QStringList apps;
-    QStringList urls;
-    bool isFocusModeOn() const override { return on; }
-    QStringList onFocusTypeNames() const override
-    {
-        return on ? QStringList{QStringLiteral("Deep")} : QStringList();
-    }
-    QStringList allowAppsPath() const override { return apps; }
-    bool isAllowedAllAppsInFocus() const override { return allApps; }
-    QStringList allowUrl() const override { return urls; }
-    bool isAllowedAllUrlsInFocus() const override { return allUrls; }
-    std::optional<QDateTime> focusModeEndTime() const override { return std::nullopt; }
-};
 
 Application app(const QString& name, const QString& shown)
 {
@@ -55,14 +36,19 @@ class TestAppBlocker : public QObject
 {
     Q_OBJECT
 
-    FakePorts p;
-    FakeBrowserTabs tabs;
-    RunState state;
-    TextCatalogue texts;
-    DebugLog log{p.clock, {}};
-    FakeBlock block;
-    std::unique_ptr<UrlBlocker> urls;
-    std::unique_ptr<AppBlocker> blocker;
+    // Fresh fakes for every test.
+    struct World
+    {
+        FakePorts p;
+        FakeBrowserTabs tabs;
+        RunState state;
+        TextCatalogue texts;
+        DebugLog log{p.clock, {}};
+        TypeListBlockHost block{state};
+        UrlBlocker urls{{state, p.scheduler, p.workspace, &tabs, p.notifier, texts, log, block}};
+        AppBlocker blocker{{state, p.scheduler, p.workspace, p.notifier, texts, log, block, urls, "Velmora"}};
+    };
+    std::unique_ptr<World> w;
     const Application alpha = app(QStringLiteral("alpha"), QStringLiteral("Alpha"));
     const Application beta = app(QStringLiteral("beta"), QStringLiteral("Beta"));
     const Application chromium = app(QStringLiteral("chromium"), QStringLiteral("Chromium"));
@@ -70,52 +56,36 @@ class TestAppBlocker : public QObject
 
     void enter(Situation situation, const QStringList& itemApps = {}, const QStringList& itemUrls = {})
     {
-        block.on = situation == Focus || situation == FocusAllApps;
-        block.allApps = situation == FocusAllApps;
-        if (situation == Activity || situation == MorningHabit) {
-            state.currentState =
-                situation == Activity ? CURRENTSTATE::_ACTIVITY_ : CURRENTSTATE::_MORNING_HABIT_;
-            state.currentAction = ACTION::_RUNNING_;
-            habit item;
-            item.allowApps = itemApps;
-            item.allowUrls = itemUrls;
-            item.openSpecificApps = !itemApps.isEmpty();
-            if (situation == Activity) {
-                breakActivity activity;
-                activity.allowApps = itemApps;
-                activity.allowUrls = itemUrls;
-                state.currentActivityPlaying = activity;
-            } else {
-                state.currentHabitPlaying = item;
-            }
+        // The type that is on allows Alpha and Chromium, and docs.test.
+        if (situation == Focus || situation == FocusAllApps)
+            w->state.arrFocusType = {
+                QVariantMap{{"name", "Deep"},
+                            {"isOn", true},
+                            {"isAllowedAllApps", situation == FocusAllApps},
+                            {"appsArray", QStringList{"/usr/share/applications/alpha.desktop",
+                                                      "/usr/share/applications/chromium.desktop"}},
+                            {"urlsArray", QStringList{"docs.test"}}}};
+        w->state.currentAction = ACTION::_RUNNING_;
+        if (situation == Activity) {
+            w->state.currentState = CURRENTSTATE::_ACTIVITY_;
+            w->state.currentActivityPlaying = breakActivity{};
+            w->state.currentActivityPlaying->allowApps = itemApps;
+            w->state.currentActivityPlaying->allowUrls = itemUrls;
+        } else if (situation == MorningHabit) {
+            w->state.currentState = CURRENTSTATE::_MORNING_HABIT_;
+            w->state.currentHabitPlaying = habit{{}, 0, {}, false, {}, true, itemUrls, itemApps};
         }
     }
 
 private Q_SLOTS:
     void init()
     {
-        state = RunState();
-        block = FakeBlock();
-        block.apps = {QStringLiteral("/usr/share/applications/alpha.desktop"),
-                      QStringLiteral("/usr/share/applications/chromium.desktop")};
-        block.urls = {QStringLiteral("docs.test")};
-        state.arrBlockedUrls = {QStringLiteral("news.test")};
-        p.workspace.installed = {alpha, beta, chromium, chrome};
-        p.workspace.front = {};
-        p.workspace.hidden.clear();
-        p.workspace.launched.clear();
-        p.workspace.opened.clear();
-        p.notifier.notifications.clear();
-        tabs.connected = {QStringLiteral("chromium")};
-        tabs.active.clear();
-        tabs.active.insert(QStringLiteral("chromium"),
-                           {QStringLiteral("chromium"), 1, QStringLiteral("http://news.test/")});
-        tabs.blocked.clear();
-        urls = std::make_unique<UrlBlocker>(
-            UrlBlocker::Deps{state, p.scheduler, p.workspace, &tabs, p.notifier, texts, log, block});
-        blocker =
-            std::make_unique<AppBlocker>(AppBlocker::Deps{state, p.scheduler, p.workspace, p.notifier, texts,
-                                                          log, block, *urls, QStringLiteral("Velmora")});
+        w = std::make_unique<World>();
+        w->state.arrBlockedUrls = {QStringLiteral("news.test")};
+        w->p.workspace.installed = {alpha, beta, chromium, chrome};
+        w->tabs.connected = {QStringLiteral("chromium")};
+        w->tabs.active.insert(QStringLiteral("chromium"),
+                              {QStringLiteral("chromium"), 1, QStringLiteral("http://news.test/")});
     }
 
     void frontApplicationChanged_data()
@@ -173,80 +143,72 @@ private Q_SLOTS:
         QFETCH(QStringList, notified);
         QFETCH(QString, blockQuery);
         enter(Situation(situation), itemApps);
-        Application frontApp = p.workspace.applicationFor(front);
+        Application frontApp = w->p.workspace.applicationFor(front);
         if (!frontApp.isValid() && !front.isEmpty())
             frontApp = {front, front, {}, {}};
-        p.workspace.activate(frontApp);
-        QCOMPARE(p.workspace.hidden.contains(front), hidden);
-        QCOMPARE(p.notifier.notifications, notified);
-        QCOMPARE(tabs.blocked.isEmpty() ? QString() : tabs.blocked.last().second, blockQuery);
+        w->p.workspace.activate(frontApp);
+        QCOMPARE(w->p.workspace.hidden.contains(front), hidden);
+        QCOMPARE(w->p.notifier.notifications, notified);
+        QCOMPARE(w->tabs.blocked.isEmpty() ? QString() : w->tabs.blocked.last().second, blockQuery);
     }
 
     void reportedOncePerBlockAndAgainInTheNext()
     {
         enter(Focus);
-        blocker->focusModeStartted();
-        p.workspace.activate(beta);
-        p.scheduler.advance(3000); // comes back to the front at every tick
-        QCOMPARE(p.workspace.hidden.count(QStringLiteral("beta")), 4);
-        QCOMPARE(p.notifier.notifications.size(), 1);
-        blocker->focusModeEnded();
-        p.scheduler.advance(3000);
-        QCOMPARE(p.workspace.hidden.count(QStringLiteral("beta")), 4);
-        blocker->focusModeStartted();
-        QCOMPARE(p.notifier.notifications.size(), 2);
+        w->blocker.focusModeStartted();
+        w->p.workspace.activate(beta);
+        w->p.scheduler.advance(3000); // comes back to the front at every tick
+        QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
+        QCOMPARE(w->p.notifier.notifications.size(), 1);
+        w->blocker.focusModeEnded();
+        w->p.scheduler.advance(3000);
+        QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
+        w->blocker.focusModeStartted();
+        QCOMPARE(w->p.notifier.notifications.size(), 2);
     }
 
     void screenLockerNeverReported()
     {
         enter(Focus);
-        p.workspace.activate({QStringLiteral("light-locker"), QStringLiteral("Light-Locker"), {}, {}});
-        blocker->showFocusAppBlockNotification(QStringLiteral("loginwindow"));
-        QVERIFY(p.notifier.notifications.isEmpty());
+        w->p.workspace.activate({QStringLiteral("light-locker"), QStringLiteral("Light-Locker"), {}, {}});
+        w->blocker.showFocusAppBlockNotification(QStringLiteral("loginwindow"));
+        QVERIFY(w->p.notifier.notifications.isEmpty());
     }
 
     void itemLaunchesItsApplicationsAndFirstAddress()
     {
         enter(Activity, {QStringLiteral("Alpha"), QStringLiteral("Google Chrome"), QStringLiteral("Safari")},
               {QStringLiteral("docs.test/start"), QStringLiteral("https://second.test")});
-        blocker->startTimerActivitiesAllowedApp();
-        QCOMPARE(p.workspace.launched, (QStringList{"alpha", "google-chrome", "alpha"}));
-        QCOMPARE(p.workspace.opened, QStringList{"http://docs.test/start"});
-        p.workspace.front = beta;
-        p.scheduler.advance(1000);
-        QCOMPARE(p.workspace.hidden, QStringList{"beta"});
-        blocker->itemAllowListsOver();
-        QVERIFY(!blocker->isCheckingItem());
-        p.scheduler.advance(3000);
-        QCOMPARE(p.workspace.hidden.size(), 1);
-    }
-
-    void itemCheckEndsWithTheItem()
-    {
-        enter(Activity, {QStringLiteral("Alpha")});
-        blocker->startTimerActivitiesAllowedApp();
-        state.currentActivityPlaying.reset();
-        p.scheduler.advance(1000);
-        QVERIFY(!blocker->isCheckingItem());
+        w->blocker.startTimerActivitiesAllowedApp();
+        QCOMPARE(w->p.workspace.launched, (QStringList{"alpha", "google-chrome", "alpha"}));
+        QCOMPARE(w->p.workspace.opened, QStringList{"http://docs.test/start"});
+        w->p.workspace.front = beta;
+        w->p.scheduler.advance(1000);
+        QCOMPARE(w->p.workspace.hidden, QStringList{"beta"});
+        w->state.currentActivityPlaying.reset(); // the item is over: the check ends by itself
+        w->p.scheduler.advance(1000);
+        QVERIFY(!w->blocker.isCheckingItem());
+        w->p.scheduler.advance(3000);
+        QCOMPARE(w->p.workspace.hidden.size(), 1);
     }
 
     void navigationJudgedAtOnce()
     {
         enter(Idle);
-        tabs.active.clear();
-        p.workspace.activate(chromium);
-        QVERIFY(tabs.blocked.isEmpty());
-        tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://www.news.test/today"));
-        QCOMPARE(tabs.blocked.size(), 1);
+        w->tabs.active.clear();
+        w->p.workspace.activate(chromium);
+        QVERIFY(w->tabs.blocked.isEmpty());
+        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://www.news.test/today"));
+        QCOMPARE(w->tabs.blocked.size(), 1);
         // The block page and the browser's own pages are left alone.
-        tabs.navigate(QStringLiteral("chromium"),
-                      QStringLiteral("chrome-extension://id/vlmr-focus.html?old_url=news.test"));
-        tabs.navigate(QStringLiteral("chromium"), QStringLiteral("chrome://settings/news.test"));
-        QCOMPARE(tabs.blocked.size(), 1);
+        w->tabs.navigate(QStringLiteral("chromium"),
+                         QStringLiteral("chrome-extension://id/vlmr-focus.html?old_url=news.test"));
+        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("chrome://settings/news.test"));
+        QCOMPARE(w->tabs.blocked.size(), 1);
         // Leaving the browser stops its check.
-        p.workspace.activate(beta);
-        tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
-        QCOMPARE(tabs.blocked.size(), 1);
+        w->p.workspace.activate(beta);
+        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
+        QCOMPARE(w->tabs.blocked.size(), 1);
     }
 };
 

@@ -1,8 +1,6 @@
-# Shared by the browser test and the benchmark (sourced after lib.sh): a loopback web
-# server that answers for every *.test name, the program at midday with no lock and
-# "news.test" on its always-blocked list, and Debian's Chromium in a window with our
-# extension loaded and the host manifest the program wrote. Sets $extension_id, $port,
-# $devtools, $work and $browser (the active Chromium window), and defines `tabs`.
+# Sourced after lib.sh: a loopback web server for every *.test name, the program at midday
+# with "news.test" always blocked, and Chromium in front with our extension and the host
+# manifest the program wrote. Sets $extension_id, $devtools, $work, $browser; defines `tabs`.
 browser_start() {
     [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
     command -v chromium >/dev/null || fail "chromium is not installed (apt-get install chromium)"
@@ -25,8 +23,7 @@ browser_start() {
     prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
     prefs set-string kUserdefaultsArrBlockedUrls "news.test"
 
-    # The browser has been used before: its configuration folder is there, and the
-    # program writes its host's manifest into it at launch.
+    # A browser used before: the program writes its host's manifest into its folder at launch.
     profile="$HOME/.config/chromium"
     mkdir -p "$profile"
     start_velmora "$day 12:00:00"

@@ -1,8 +1,5 @@
-# Shared by the item test and the benchmark (sourced after lib.sh): two applications
-# with desktop entries, Alpha and Beta, whose windows are plain X11 windows, and a
-# morning routine whose one habit allows only Alpha. Starts the program just before
-# 07:00 and starts the habit when its button comes; sets $alpha, the window the
-# program launched.
+# Sourced after lib.sh: desktop entries for Alpha and Beta (plain X11 windows), and a
+# morning habit that allows only Alpha, started at 07:00; sets $alpha, the launched window.
 # item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes")
 item_apps_start() {
     local seconds=$1 spoken=$2 here
@@ -18,19 +15,18 @@ Exec=$VELMORA_IT_PYTHON $here/testwin.py $name
 StartupWMClass=$name
 EOS
     done
-    prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
     local day
     day="$(date -d tomorrow +%F)"
-    prefs set-string kUserdefaultsSelectedJson "{
+    "$VELMORA_PREFS" "$VELMORA_CONF" set-string kUserdefaultsSelectedJson "{
         \"morningHabits\": [{\"name\": \"Writing\", \"durationSeconds\": $seconds, \"videoUrl\": [],
                              \"logQuantity\": false, \"allowedUrls\": [], \"allowedApps\": [\"Alpha\"]}],
         \"eveningHabits\": [], \"breakActivities\": [], \"breakAfterMinutes\": 50,
         \"startTime\": \"07:00\", \"shutOffTime\": \"22:00\"}"
-    prefs set-bool kUserdefaultsFirstRun true
-    prefs set-bool kUserdefaultsPromptToRememberHabit false
+    "$VELMORA_PREFS" "$VELMORA_CONF" set-bool kUserdefaultsFirstRun true
+    "$VELMORA_PREFS" "$VELMORA_CONF" set-bool kUserdefaultsPromptToRememberHabit false
     for key in kUserdefaultsFocusSummaryShowedTillDate kUserdefaultsEveningHabitsShowedTillDate \
         kUserdefaultsShutdownAborted; do
-        prefs set-date "$key" "$day 07:00:00"
+        "$VELMORA_PREFS" "$VELMORA_CONF" set-date "$key" "$day 07:00:00"
     done
     start_accessibility
     start_velmora "$day 06:59:55"

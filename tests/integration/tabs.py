@@ -1,11 +1,5 @@
 #!/usr/bin/python3
-"""Chromium's tabs through its DevTools HTTP endpoint: tabs.py PORT COMMAND.
-
-  open URL         opens URL in a new tab and prints the tab's id
-  url ID           prints the address the tab shows now
-  wait ID PREFIX SECONDS
-                   waits until the tab's address starts with PREFIX; prints the
-                   milliseconds it took, or fails"""
+"""Chromium's tabs through DevTools: tabs.py PORT open URL | url ID | wait ID PREFIX SECONDS"""
 import json
 import sys
 import time

@@ -1,8 +1,5 @@
 #!/usr/bin/python3
-"""A plain X11 application window for the tests: testwin.py CLASS [TITLE].
-
-Sets WM_CLASS (instance and class), WM_NAME and _NET_WM_PID like any toolkit does,
-maps the window and waits. Prints "mapped <window id>" once the window is shown."""
+"""testwin.py CLASS [TITLE]: a plain X11 application window with WM_CLASS and _NET_WM_PID."""
 import os
 import sys
 

@@ -1,8 +1,5 @@
 #!/usr/bin/python3
-"""A loopback web server for the browser tests: webserver.py WORK-FOLDER.
-
-Answers every GET with a small page naming the host and path, logs each request
-as "host path" to WORK/requests.log, and writes its port to WORK/port."""
+"""webserver.py WORK: answers every GET on loopback, logs "host path" to WORK/requests.log."""
 import http.server
 import os
 import sys

@@ -21,7 +21,6 @@ public:
     QString focusedBrowser() const override { return focused; }
     void showBlockPage(const BrowserTab& tab, const QString& query) override { blocked.append({tab, query}); }
 
-    // The active tab of the browser goes to the address, as the extension reports.
     void navigate(const QString& browser, const QString& address)
     {
         const BrowserTab tab{browser, 1, address};

@@ -18,7 +18,7 @@ packages=(
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
   x11-utils python3-xlib
-  chromium  # the browser-bridge tests load our extension into it
+  chromium firefox-esr  # the browser-bridge tests load our extension into them
 )
 
 missing=()
@@ -26,13 +26,18 @@ for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
 
-if [ ${#missing[@]} -eq 0 ]; then
-  echo "install-deps: everything is installed"
-  exit 0
-fi
-
 SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 export DEBIAN_FRONTEND=noninteractive
-$SUDO apt-get update -q
-$SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+if [ ${#missing[@]} -eq 0 ]; then
+  echo "install-deps: every Debian package is installed"
+else
+  $SUDO apt-get update -q
+  $SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
+
+# web-ext (npm) runs Firefox with the extension loaded for the browser tests.
+if ! command -v web-ext >/dev/null; then
+  command -v npm >/dev/null || $SUDO apt-get install -y -q --no-install-recommends npm
+  $SUDO npm install -g --no-audit --no-fund web-ext@8
+fi

@@ -1,32 +1,32 @@
-# Sourced after lib.sh: a loopback web server for every *.test name, the program at midday
-# with "news.test" always blocked, and Chromium in front with our extension and the host
-# manifest the program wrote. Sets $extension_id, $devtools, $work, $browser; defines `tabs`.
-browser_start() {
+# Sourced after lib.sh. program_start ENTRY: a loopback web server (port $port), the
+# program at midday with ENTRY always blocked; the browser folders exist, so the program
+# writes its host's manifests into them at launch. browser_start: that with "news.test",
+# and Chromium in front with our extension, *.test names resolving to the server. Sets
+# $extension, $extension_id, $devtools, $work, $browser; defines `tabs`.
+program_start() {
     [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
-    command -v chromium >/dev/null || fail "chromium is not installed (apt-get install chromium)"
     prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
     here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
     extension="$(cd "$here/../../browser/extension" && pwd)"
-    extension_id=lhpgjbdeclclangdcipdeabmekkljheh
     work="$VELMORA_IT_DIR/browser"
-    mkdir -p "$work"
-
+    mkdir -p "$work" "$HOME/.config/chromium" "$HOME/.mozilla"
     start_helper "$VELMORA_IT_PYTHON" "$here/webserver.py" "$work"
     poll 10 "the web server is listening" test -s "$work/port"
     port="$(cat "$work/port")"
-
-    # Midday, the morning routine done, no breaks: nothing covers the screen.
-    day="$(date -d tomorrow +%F)"
+    day="$(date -d tomorrow +%F)" # the morning routine done, no breaks: nothing covers the screen
     prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [{"name": "Water", "durationSeconds": 60}],
         "breakActivities": [], "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
     prefs set-bool kUserdefaultsFirstRun true
     prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
-    prefs set-string kUserdefaultsArrBlockedUrls "news.test"
-
-    # A browser used before: the program writes its host's manifest into its folder at launch.
-    profile="$HOME/.config/chromium"
-    mkdir -p "$profile"
+    prefs set-string kUserdefaultsArrBlockedUrls "$1"
     start_velmora "$day 12:00:00"
+}
+
+browser_start() {
+    command -v chromium >/dev/null || fail "chromium is not installed (apt-get install chromium)"
+    program_start news.test
+    extension_id=lhpgjbdeclclangdcipdeabmekkljheh
+    profile="$HOME/.config/chromium"
     manifest="$profile/NativeMessagingHosts/app.velmora.host.json"
     poll 15 "the program wrote the host manifest" test -s "$manifest"
     grep -q "chrome-extension://$extension_id/" "$manifest" || fail "the manifest does not allow our extension: $(cat "$manifest")"

@@ -270,12 +270,38 @@ void UrlBlocker::checkInBackgroundForActivity(const std::optional<BrowserTab>& r
 
 void UrlBlocker::judgeReported(const BrowserTab& tab)
 {
-    if (timerBlockUrl)
-        blockUrlsInBackground(tab);
-    if (timerAllowUrl)
-        checkInBackground(tab);
-    if (timerAllowUrlForActivity)
+    if (timerBlockUrl || timerAllowUrl || timerAllowUrlForActivity) {
+        if (timerBlockUrl)
+            blockUrlsInBackground(tab);
+        if (timerAllowUrl)
+            checkInBackground(tab);
+        if (timerAllowUrlForActivity)
+            checkInBackgroundForActivity(tab);
+        return;
+    }
+    // Where the front application cannot be read (a Wayland session) no timer is
+    // ever started: the browser whose window has the focus is the one in front, and
+    // its navigations are judged by the mode of the moment.
+    if (d.workspace.frontmostApplication().isValid() || d.tabs->focusedBrowser() != tab.browser)
+        return;
+    if (d.state.currentActivityPlaying || d.state.currentHabitPlaying)
         checkInBackgroundForActivity(tab);
+    else if (!d.host.isFocusModeOn())
+        blockUrlsInBackground(tab);
+    else if (isAllowedInFocus(tab.browser))
+        checkInBackground(tab);
+}
+
+bool UrlBlocker::isAllowedInFocus(const QString& browser) const
+{
+    if (d.host.isAllowedAllAppsInFocus())
+        return true;
+    for (const QString& path : d.host.allowAppsPath()) {
+        const Application entry = d.workspace.applicationFor(path);
+        if (BrowserTabs::familyOfApplication(entry.name) == browser)
+            return true;
+    }
+    return false;
 }
 
 } // namespace velmora

@@ -93,6 +93,8 @@ private:
     static bool matchesAny(const QString& address, const QStringList& list);
     void redirect(const BrowserTab& tab, const QString& query);
     void judgeReported(const BrowserTab& tab);
+    // Whether the type that is on lets the browser's application in front.
+    bool isAllowedInFocus(const QString& browser) const;
     void stop(std::optional<TimerId>& timer);
 
     Deps d;

@@ -106,6 +106,8 @@ private Q_SLOTS:
         QTest::newRow("block refuses what the type does not list")
             << int(Focus) << none << "beta" << true
             << QStringList{"Beta isn't allowed in the Deep focus mode."} << noBlock;
+        QTest::newRow("the screen locker is hidden, never reported")
+            << int(Focus) << none << "light-locker" << true << none << noBlock;
         QTest::newRow("block allows a listed desktop entry")
             << int(Focus) << none << "alpha" << false << none << noBlock;
         QTest::newRow("block: allowed browser's address is checked at once")
@@ -167,14 +169,6 @@ private Q_SLOTS:
         QCOMPARE(w->p.notifier.notifications.size(), 2);
     }
 
-    void screenLockerNeverReported()
-    {
-        enter(Focus);
-        w->p.workspace.activate({QStringLiteral("light-locker"), QStringLiteral("Light-Locker"), {}, {}});
-        w->blocker.showFocusAppBlockNotification(QStringLiteral("loginwindow"));
-        QVERIFY(w->p.notifier.notifications.isEmpty());
-    }
-
     void itemLaunchesItsApplicationsAndFirstAddress()
     {
         enter(Activity, {QStringLiteral("Alpha"), QStringLiteral("Google Chrome"), QStringLiteral("Safari")},
@@ -207,6 +201,13 @@ private Q_SLOTS:
         QCOMPARE(w->tabs.blocked.size(), 1);
         // Leaving the browser stops its check.
         w->p.workspace.activate(beta);
+        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
+        QCOMPARE(w->tabs.blocked.size(), 1);
+    }
+
+    void unreadableFrontMeansTheFocusedBrowser()
+    {
+        w->tabs.focused = QStringLiteral("chromium"); // a Wayland session: no front application
         w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
         QCOMPARE(w->tabs.blocked.size(), 1);
     }

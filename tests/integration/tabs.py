@@ -1,10 +1,6 @@
 #!/usr/bin/python3
 """Chromium's tabs through DevTools: tabs.py PORT open URL | url ID | wait ID PREFIX SECONDS"""
-import json
-import sys
-import time
-import urllib.parse
-import urllib.request
+import json, sys, time, urllib.parse, urllib.request
 
 port, command = sys.argv[1], sys.argv[2]
 base = "http://127.0.0.1:%s/json" % port
@@ -16,10 +12,7 @@ def tabs():
 
 
 def url_of(tab_id):
-    for tab in tabs():
-        if tab.get("id") == tab_id:
-            return tab.get("url", "")
-    return None
+    return next((tab.get("url", "") for tab in tabs() if tab.get("id") == tab_id), None)
 
 
 if command == "open":

@@ -1,8 +1,6 @@
 #!/usr/bin/python3
 """webserver.py WORK: answers every GET on loopback, logs "host path" to WORK/requests.log."""
-import http.server
-import os
-import sys
+import http.server, os, sys
 
 work = sys.argv[1]
 

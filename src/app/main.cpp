@@ -97,8 +97,9 @@ int main(int argc, char* argv[])
     workspace.setLog(log);
     browserTabs.setLog(log);
     // The browsers start our host per connection; their manifests say where it is.
-    browserTabs.writeHostManifests(QDir::homePath(), QApplication::applicationDirPath() +
-                                                         QStringLiteral("/velmora-browser-host"));
+    browserTabs.writeHostManifests(
+        QDir::homePath(), QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+        QApplication::applicationDirPath() + QStringLiteral("/velmora-browser-host"));
     browserTabs.listen(runtime);
     return app.exec();
 }

@@ -9,7 +9,7 @@ program_start() {
     here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
     extension="$(cd "$here/../../browser/extension" && pwd)"
     work="$VELMORA_IT_DIR/browser"
-    mkdir -p "$work" "$HOME/.config/chromium" "$HOME/.mozilla"
+    mkdir -p "$work" "$XDG_CONFIG_HOME/chromium" "$HOME/.mozilla"
     start_helper "$VELMORA_IT_PYTHON" "$here/webserver.py" "$work"
     poll 10 "the web server is listening" test -s "$work/port"
     port="$(cat "$work/port")"
@@ -26,7 +26,7 @@ browser_start() {
     command -v chromium >/dev/null || fail "chromium is not installed (apt-get install chromium)"
     program_start news.test
     extension_id=lhpgjbdeclclangdcipdeabmekkljheh
-    profile="$HOME/.config/chromium"
+    profile="$XDG_CONFIG_HOME/chromium"
     manifest="$profile/NativeMessagingHosts/app.velmora.host.json"
     poll 15 "the program wrote the host manifest" test -s "$manifest"
     grep -q "chrome-extension://$extension_id/" "$manifest" || fail "the manifest does not allow our extension: $(cat "$manifest")"

@@ -164,7 +164,8 @@ private Q_SLOTS:
         QTemporaryDir home;
         QDir(home.path()).mkpath(QStringLiteral(".config/chromium"));
         QDir(home.path()).mkpath(QStringLiteral(".mozilla"));
-        m_tabs->writeHostManifests(home.path(), QStringLiteral("/opt/velmora/velmora-browser-host"));
+        m_tabs->writeHostManifests(home.path(), home.path() + QStringLiteral("/.config"),
+                                   QStringLiteral("/opt/velmora/velmora-browser-host"));
         QVERIFY(QFileInfo::exists(
             home.path() + QStringLiteral("/.config/chromium/NativeMessagingHosts/app.velmora.host.json")));
         QFile firefox(home.path() + QStringLiteral("/.mozilla/native-messaging-hosts/app.velmora.host.json"));

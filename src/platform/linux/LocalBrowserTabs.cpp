@@ -29,21 +29,20 @@ QString text(const QJsonObject& message, const char* key)
 
 struct BrowserFolder
 {
-    const char* family;
-    const char* folder; // under the home folder
+    const char* folder; // under the configuration folder, or for Firefox the home folder
     bool firefoxForm;
 };
 
 constexpr BrowserFolder BrowserFolders[] = {
-    {"chromium", ".config/chromium", false},
-    {"google-chrome", ".config/google-chrome", false},
-    {"google-chrome", ".config/google-chrome-beta", false},
-    {"google-chrome", ".config/google-chrome-unstable", false},
-    {"brave", ".config/BraveSoftware/Brave-Browser", false},
-    {"edge", ".config/microsoft-edge", false},
-    {"edge", ".config/microsoft-edge-beta", false},
-    {"vivaldi", ".config/vivaldi", false},
-    {"firefox", ".mozilla", true},
+    {"chromium", false},
+    {"google-chrome", false},
+    {"google-chrome-beta", false},
+    {"google-chrome-unstable", false},
+    {"BraveSoftware/Brave-Browser", false},
+    {"microsoft-edge", false},
+    {"microsoft-edge-beta", false},
+    {"vivaldi", false},
+    {".mozilla", true},
 };
 
 } // namespace
@@ -93,10 +92,12 @@ bool LocalBrowserTabs::listen(const QString& runtimeFolder)
     return true;
 }
 
-void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& hostProgram)
+void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& configHome,
+                                          const QString& hostProgram)
 {
     for (const BrowserFolder& browser : BrowserFolders) {
-        const QString root = home + u'/' + QLatin1StringView(browser.folder);
+        const QString root =
+            (browser.firefoxForm ? home : configHome) + u'/' + QLatin1StringView(browser.folder);
         if (!QFileInfo(root).isDir())
             continue;
         const QString folder = root + (browser.firefoxForm ? QStringLiteral("/native-messaging-hosts")
@@ -169,7 +170,14 @@ bool LocalBrowserTabs::isSameUser(QLocalSocket* socket) const
 
 void LocalBrowserTabs::readFrom(Connection* connection)
 {
-    QLocalSocket* socket = connection->socket;
+    // What a message sets off (a block order to a host that stopped reading) may
+    // drop this very connection: keep it alive until the loop below is done.
+    std::shared_ptr<Connection> keep;
+    for (const auto& known : std::as_const(m_connections)) {
+        if (known.get() == connection)
+            keep = known;
+    }
+    QLocalSocket* socket = keep ? connection->socket : nullptr;
     if (!socket)
         return;
     connection->reader.feed(socket->readAll());
@@ -293,6 +301,8 @@ void LocalBrowserTabs::forget(QLocalSocket* socket)
         if (m_connections.at(i)->socket != socket)
             continue;
         const bool announced = !m_connections.at(i)->browser.isEmpty();
+        m_connections.at(i)->hang->stop();
+        m_connections.at(i)->hang->disconnect(this);
         m_connections.at(i)->socket = nullptr;
         m_connections.removeAt(i);
         socket->disconnect(this);

@@ -37,9 +37,10 @@ public:
     // Listens at <runtime folder>/velmora/browser.sock.
     bool listen(const QString& runtimeFolder);
     QString socketPath() const;
-    // Writes the host's manifest into every browser folder under home that exists,
-    // and says where a sandboxed browser cannot use it.
-    void writeHostManifests(const QString& home, const QString& hostProgram);
+    // Writes the host's manifest into every browser folder that exists (Chromium's
+    // family under the configuration folder, Firefox's under home), and says where
+    // a sandboxed browser cannot use it.
+    void writeHostManifests(const QString& home, const QString& configHome, const QString& hostProgram);
 
     void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
     // Limits, changeable so that a test need not send thousands of frames.

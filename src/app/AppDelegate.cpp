@@ -665,7 +665,7 @@ void AppDelegate::focusModeFinishedFromShutOff()
     }
     m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
     if (m_appBlocker)
-        m_appBlocker->focusModeEnded();
+        m_appBlocker->blockEnded();
 }
 
 bool AppDelegate::isShutOffTimeGoing() const

@@ -90,16 +90,16 @@ bool AppBlocker::isInItemList(const Application& application, const QStringList&
     return false;
 }
 
-void AppBlocker::focusModeStartted()
+void AppBlocker::blockStarted()
 {
     arrNotificationShownForApps.clear();
-    d.urls.focusModeStarted();
+    d.urls.blockStarted();
     stop(timerCheckAllowedApps);
     timerCheckAllowedApps = d.scheduler.repeating(kTickMs, this, [this] { checkAllowedApp(); });
     frontApplicationChanged();
 }
 
-void AppBlocker::focusModeEnded()
+void AppBlocker::blockEnded()
 {
     stop(timerCheckAllowedApps);
     d.urls.stopAllowUrlTimer();

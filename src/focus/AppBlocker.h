@@ -44,9 +44,9 @@ public:
 
     // A block starts: names are reported again, the repeating check runs, and the
     // front application is judged at once.
-    void focusModeStartted();
+    void blockStarted();
     // The block ends: the repeating check and the block's address check stop.
-    void focusModeEnded();
+    void blockEnded();
 
     // The event handler of the workspace; also called at the start of a block.
     void frontApplicationChanged();

@@ -52,7 +52,7 @@ public:
     // restricts addresses: the user is told how to connect it, once per block.
     void tellHowToConnectOnce(const Application& application);
     // A new block: the browser notice may be shown again.
-    void focusModeStarted() { m_toldThisBlock.clear(); }
+    void blockStarted() { m_toldThisBlock.clear(); }
 
     void startBlockUrlTimer();
     void stopBlockUrlTimer();

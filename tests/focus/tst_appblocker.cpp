@@ -157,15 +157,15 @@ private Q_SLOTS:
     void reportedOncePerBlockAndAgainInTheNext()
     {
         enter(Focus);
-        w->blocker.focusModeStartted();
+        w->blocker.blockStarted();
         w->p.workspace.activate(beta);
         w->p.scheduler.advance(3000); // comes back to the front at every tick
         QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
         QCOMPARE(w->p.notifier.notifications.size(), 1);
-        w->blocker.focusModeEnded();
+        w->blocker.blockEnded();
         w->p.scheduler.advance(3000);
         QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
-        w->blocker.focusModeStartted();
+        w->blocker.blockStarted();
         QCOMPARE(w->p.notifier.notifications.size(), 2);
     }
 

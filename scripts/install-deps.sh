@@ -18,6 +18,7 @@ packages=(
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
   x11-utils python3-xlib
+  chromium  # a real browser window for the meeting suggestion
 )
 
 missing=()

@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 
 #include "FeedbackUpload.h"
+#include "FocusEngine.h"
 #include "focusSummaryVc.h"
 #include "FocusTypes.h"
 #include "HotKey.h"
@@ -95,6 +96,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
                        *this, m_random},
         *mainViewControllerObj, *m_feedback, m_paths.packagedSettings, [this] { quitAndRestartApp(); });
     installFocusSummary();
+    installFocusEngine();
     shareTheKeyboardWithOurWindows();
     chooseExportFolder = [](const QString& prompt) {
         return QFileDialog::getExistingDirectory(nullptr, prompt, QDir::homePath(),
@@ -117,6 +119,18 @@ void AppDelegate::installFocusSummary()
                 m_schedule->todayStartInstant().value_or(m_ports.clock->now().addDays(-1));
             m_focusSummary->viewWillAppear(m_usage.path(), boundary);
         });
+}
+
+// The focus blocks, their windows and the meeting suggestion; the panel's rows
+// lead into them.
+void AppDelegate::installFocusEngine()
+{
+    m_focus = std::make_unique<FocusEngine>(FocusContext{m_state, *m_ports.preferences, *m_ports.clock,
+                                                         *m_ports.scheduler, m_log, m_usage, m_texts, *this},
+                                            *m_ports.media, m_ports.workspace);
+    m_menu->onFocusRow = [this](int index) { m_focus->focusRowClicked(index); };
+    m_menu->onStartPomodoro = [this] { m_focus->menuShowPomodoroModeView(); };
+    m_menu->focusEndTime = [this] { return m_focus->session().endFocusModeTime; };
 }
 
 AppDelegate::~AppDelegate()
@@ -323,9 +337,11 @@ void AppDelegate::initialWork()
         m_state.isAppEnable = *enabled;
         if (!*enabled) {
             statusbutton->setOffLook(m_texts.buttonStatusStateOffText);
+            showPomodoroIfOwed();
             m_log.addLog(QStringLiteral("App started in Deactivated state"));
         } else {
             checkWindowState();
+            showPomodoroIfOwed();
         }
     } else {
         m_log.addLog(QStringLiteral("kUserdefaultsIsAppEnabled is not a bool; activation left as it was"));
@@ -335,6 +351,16 @@ void AppDelegate::initialWork()
         return;
     statusbutton->setClickable(true);
     qApp->installEventFilter(this);
+}
+
+// A restart after a given-up morning routine still owes the user the pomodoro
+// window.
+void AppDelegate::showPomodoroIfOwed()
+{
+    if (!m_ports.preferences->contains(keys::kUserdefaultsShowPomodoroView))
+        return;
+    m_ports.preferences->remove(keys::kUserdefaultsShowPomodoroView);
+    showAutoPomodoroModeView();
 }
 
 // A temporary deactivation that has run out restarts the program activated.
@@ -598,40 +624,54 @@ void AppDelegate::setCallLook()
     statusbutton->setCallLook(m_texts.buttonStatusStateCallText);
 }
 
-// The status part of meeting detection: the tray turns blue while the microphone
-// or a camera is in use, and goes back when the call has ended.
 void AppDelegate::checkIsMeetingsGoingOn()
 {
-    const bool live = m_ports.media->isMicOn() || m_ports.media->isACameraOn();
-    if (!live) {
-        if (m_callLookShown && statusbutton->look() == StatusItem::Look::Call)
-            statusbutton->setNormalLook();
-        m_callLookShown = false;
-        return;
-    }
-    if (isFocusModeOn())
-        return;
-    m_log.addLog(QStringLiteral("Mic/Camera Is On"));
-    setCallLook();
-    m_callLookShown = true;
+    m_focus->meetingWatch().checkIsMeetingsGoingOn();
 }
 
 bool AppDelegate::isFocusModeOn() const
 {
-    return focus::isFocusModeOn(m_state.arrFocusType);
+    return m_focus->session().isFocusModeOn();
 }
 
 void AppDelegate::focusModeFinishedFromShutOff()
 {
-    // Focus blocks cannot be started yet in this version, so none can be running
-    // at the shut-off time; clear the flag defensively so the gate never stalls.
-    for (QVariant& type : m_state.arrFocusType) {
-        QVariantMap map = type.toMap();
-        map.insert(QStringLiteral("isOn"), false);
-        type = map;
-    }
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+    m_focus->session().focusModeFinished(true);
+    focusPreferencesFollowBlock();
 }
+
+void AppDelegate::showAutoPomodoroModeView()
+{
+    m_focus->showAutoPomodoroModeView();
+}
+
+// --- the focus engine's host -----------------------------------------------------------
+
+void AppDelegate::setFocusLook(const QColor& color)
+{
+    statusbutton->setFocusLook(m_texts.buttonStatusStateFocusText, color);
+}
+
+void AppDelegate::setPlainLook()
+{
+    statusbutton->setNormalLook();
+}
+
+bool AppDelegate::isCallLookShown() const
+{
+    return statusbutton->look() == StatusItem::Look::Call;
+}
+
+void AppDelegate::focusPreferencesFollowBlock() {}
+
+void AppDelegate::showFocusPreferences()
+{
+    m_preferencesWindow->menuItem_Preferences();
+}
+
+void AppDelegate::armBlockers() {}
+
+void AppDelegate::disarmBlockers() {}
 
 bool AppDelegate::isShutOffTimeGoing() const
 {
@@ -651,7 +691,8 @@ namespace velmora {
 
 void AppDelegate::togglePopover()
 {
-    if (!statusbutton->isClickable())
+    // While the discouraging sheet is up the tray does nothing.
+    if (!statusbutton->isClickable() || m_focus->isDiscourageDefaultFocusVcVisible())
         return;
     if (m_menu->isVisible()) {
         m_menu->hide();

@@ -2,6 +2,7 @@
 
 #include "DaySchedule.h"
 #include "DebugLog.h"
+#include "FocusHost.h"
 #include "GateHost.h"
 #include "Ports.h"
 #include "RoutineHost.h"
@@ -23,6 +24,7 @@ namespace velmora {
 
 class CustomWindow;
 class FeedbackUpload;
+class FocusEngine;
 class WayOut;
 class focusSummaryVc;
 class HotKey;
@@ -45,7 +47,7 @@ struct AppPaths
 
 // Takes every outside event (launch, screens, the tray, the timers) and owns the
 // objects that live for the whole process.
-class AppDelegate : public QObject, private GateHost, private RoutineHost
+class AppDelegate : public QObject, private GateHost, private RoutineHost, private FocusHost
 {
     Q_OBJECT
 
@@ -94,6 +96,7 @@ public:
     FeedbackUpload& feedbackUpload() { return *m_feedback; }
     WayOut& wayOut() { return *m_wayOut; }
     focusSummaryVc& focusSummary() { return *m_focusSummary; }
+    FocusEngine& focusEngine() { return *m_focus; }
     const TextCatalogue& texts() const { return m_texts; }
     const DebugLog& debugLog() const { return m_log; }
     const UsageLog& usageLog() const { return m_usage; }
@@ -131,6 +134,15 @@ private:
     void bringToFront() override;
     bool isShutOffTimeGoing() const override;
     bool isPreventUserIdleDisplaySleepOn() override;
+    void showAutoPomodoroModeView() override;
+    // FocusHost
+    void setFocusLook(const QColor& color) override;
+    void setPlainLook() override;
+    bool isCallLookShown() const override;
+    void focusPreferencesFollowBlock() override;
+    void showFocusPreferences() override;
+    void armBlockers() override;
+    void disarmBlockers() override;
 
     void loadFocusTypes();
     void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
@@ -140,6 +152,8 @@ private:
     void installResetHotKey();
     void tellOnceWhenThereIsNoTray();
     void installFocusSummary();
+    void installFocusEngine();
+    void showPomodoroIfOwed();
     void shareTheKeyboardWithOurWindows();
     void configurationArrived(std::optional<QJsonObject> catalogue);
     bool reactivateIfDue();
@@ -167,6 +181,7 @@ private:
     std::unique_ptr<FeedbackUpload> m_feedback;
     std::unique_ptr<WayOut> m_wayOut;
     focusSummaryVc* m_focusSummary = nullptr;
+    std::unique_ptr<FocusEngine> m_focus;
     std::unique_ptr<menuViewController> m_menu;
     std::unique_ptr<preferencesWindowController> m_preferencesWindow;
     std::unique_ptr<quittingWindow> m_quittingWindow;
@@ -174,7 +189,6 @@ private:
     std::optional<TimerId> timerBackgroundThread;
     std::optional<TimerId> timerCheckReactivateTime;
     std::optional<TimerId> timerCheckClearPasswordTime;
-    bool m_callLookShown = false;
     QString blockWebUrlString;
 };
 

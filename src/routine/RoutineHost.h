@@ -16,6 +16,8 @@ public:
     virtual void setCallLook() = 0;
     virtual bool isShutOffTimeGoing() const = 0;
     virtual bool isPreventUserIdleDisplaySleepOn() = 0;
+    // The pomodoro window, unless a block, a call or the shut-off is on.
+    virtual void showAutoPomodoroModeView() = 0;
 };
 
 } // namespace velmora

@@ -14,7 +14,7 @@
 #include "rememberNextHabitVc.h"
 #include "RoutineHost.h"
 #include "RoutineRows.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
 #include "thirdVc.h"

@@ -13,6 +13,7 @@
 #include "SystemClock.h"
 #include "SystemdLoginService.h"
 #include "X11HotKeys.h"
+#include "X11Workspace.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -84,10 +85,12 @@ int main(int argc, char* argv[])
     ProcessLauncher launcher;
     SystemdLoginService loginService;
     X11HotKeys hotKeys;
-    Ports ports{&clock,    &scheduler, &preferences, &media,        &displayAwake,
-                &notifier, &http,      &launcher,    &loginService, &hotKeys};
+    X11Workspace workspace;
+    Ports ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
+                &http,  &launcher,  &loginService, &hotKeys, &workspace};
 
     AppDelegate delegate(ports, paths);
+    workspace.setLog([&delegate](const QString& line) { delegate.debugLog().addLog(line); });
     delegate.applicationWillFinishLaunching();
     return app.exec();
 }

@@ -2,7 +2,7 @@
 
 #include "FeedbackUpload.h"
 #include "focusSummaryVc.h"
-#include "FocusTypes.h"
+#include "FocusTypeList.h"
 #include "HotKey.h"
 #include "HotKeysController.h"
 #include "LockWindows.h"
@@ -50,6 +50,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     , m_usage(*ports.clock, {})
     , m_sync(*ports.preferences, *ports.clock)
 {
+    m_focusTypes = new FocusTypeList(m_state.arrFocusType, *m_ports.preferences, m_log, this);
     m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
                                                                  *m_ports.clock, m_log, *m_ports.media,
                                                                  *m_ports.notifier, m_texts, m_sync, *this});
@@ -75,7 +76,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         std::make_unique<FeedbackUpload>(*m_ports.http, *m_ports.preferences, m_texts, *m_ports.clock,
                                          m_paths.packagedSettings, m_log, *m_ports.scheduler);
     const PreferencesContext preferencesContext{
-        m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_texts};
+        m_state, *m_ports.preferences, *m_ports.clock,   *m_ports.scheduler, m_log,
+        m_texts, m_focusTypes,         m_ports.workspace};
     m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
         preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
     m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);
@@ -155,7 +157,7 @@ void AppDelegate::applicationWillFinishLaunching()
         m_ports.scheduler->post(this, [this] { m_lock->screenChanged(); });
     });
 
-    loadFocusTypes();
+    m_focusTypes->load();
     if (const auto blocked = m_ports.preferences->stringList(keys::kUserdefaultsArrBlockedUrls))
         m_state.arrBlockedUrls = *blocked;
     if (!m_ports.preferences->contains(keys::kUserdefaultsFirstRunDate))
@@ -181,14 +183,6 @@ void AppDelegate::applicationWillFinishLaunching()
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
         configurationArrived(std::move(catalogue));
     });
-}
-
-void AppDelegate::loadFocusTypes()
-{
-    const QVariantList stored =
-        m_ports.preferences->mapList(keys::kUserdefaultsArrFocusTypes).value_or(QVariantList());
-    m_state.arrFocusType = focus::repairAtLaunch(stored);
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
 }
 
 void AppDelegate::seedBoolPreference(const QString& key, bool fallback, bool* mirror)
@@ -618,19 +612,14 @@ void AppDelegate::checkIsMeetingsGoingOn()
 
 bool AppDelegate::isFocusModeOn() const
 {
-    return focus::isFocusModeOn(m_state.arrFocusType);
+    return m_focusTypes->isFocusModeOn();
 }
 
 void AppDelegate::focusModeFinishedFromShutOff()
 {
     // Focus blocks cannot be started yet in this version, so none can be running
     // at the shut-off time; clear the flag defensively so the gate never stalls.
-    for (QVariant& type : m_state.arrFocusType) {
-        QVariantMap map = type.toMap();
-        map.insert(QStringLiteral("isOn"), false);
-        type = map;
-    }
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+    m_focusTypes->setAllOff();
 }
 
 bool AppDelegate::isShutOffTimeGoing() const

@@ -23,6 +23,7 @@ namespace velmora {
 
 class CustomWindow;
 class FeedbackUpload;
+class FocusTypeList;
 class WayOut;
 class focusSummaryVc;
 class HotKey;
@@ -83,6 +84,7 @@ public:
     void applicationWillTerminate();
 
     RunState& state() { return m_state; }
+    FocusTypeList& focusTypes() { return *m_focusTypes; }
     DaySchedule& schedule() { return *m_schedule; }
     ViewController& viewController() { return *mainViewControllerObj; }
     CustomWindow& mainWindow() { return *m_mainWindow; }
@@ -132,7 +134,6 @@ private:
     bool isShutOffTimeGoing() const override;
     bool isPreventUserIdleDisplaySleepOn() override;
 
-    void loadFocusTypes();
     void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
     void prepareDataFolder();
     void refreshFromPackage(const QString& resource, const QString& fileName);
@@ -157,6 +158,7 @@ private:
     UsageLog m_usage;
     SyncTimestamps m_sync;
     std::unique_ptr<DaySchedule> m_schedule;
+    FocusTypeList* m_focusTypes = nullptr;
 
     ViewController* mainViewControllerObj = nullptr;
     std::unique_ptr<CustomWindow> m_mainWindow;

@@ -9,9 +9,11 @@ namespace velmora {
 
 class Clock;
 class DebugLog;
+class FocusTypeList;
 class Preferences;
 class Scheduler;
 class TextCatalogue;
+class Workspace;
 struct RunState;
 
 // What the preferences window and the panel share. One per application object.
@@ -23,6 +25,11 @@ struct PreferencesContext
     Scheduler& scheduler;
     const DebugLog& log;
     const TextCatalogue& texts;
+    // The focus types; the program always gives them, a test of another tab may not.
+    FocusTypeList* focusTypes = nullptr;
+    // The installed applications for the focus types' chooser; without it only a
+    // desktop file can be chosen.
+    Workspace* workspace = nullptr;
 };
 
 // A question with two answers; true for the first.

@@ -2,8 +2,9 @@
 
 #include "FeedbackUpload.h"
 #include "FocusEngine.h"
+#include "focusPreferencesVc.h"
 #include "focusSummaryVc.h"
-#include "FocusTypes.h"
+#include "FocusTypeList.h"
 #include "HotKey.h"
 #include "HotKeysController.h"
 #include "LockWindows.h"
@@ -32,6 +33,7 @@
 #include <QSaveFile>
 #include <QScreen>
 #include <QSessionManager>
+#include <QTabWidget>
 #include <QTextStream>
 #include <QUrl>
 #include <QWindow>
@@ -51,6 +53,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     , m_usage(*ports.clock, {})
     , m_sync(*ports.preferences, *ports.clock)
 {
+    m_focusTypes = new FocusTypeList(m_state.arrFocusType, *m_ports.preferences, m_log, this);
     m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
                                                                  *m_ports.clock, m_log, *m_ports.media,
                                                                  *m_ports.notifier, m_texts, m_sync, *this});
@@ -76,7 +79,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         std::make_unique<FeedbackUpload>(*m_ports.http, *m_ports.preferences, m_texts, *m_ports.clock,
                                          m_paths.packagedSettings, m_log, *m_ports.scheduler);
     const PreferencesContext preferencesContext{
-        m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_texts};
+        m_state, *m_ports.preferences, *m_ports.clock,   *m_ports.scheduler, m_log,
+        m_texts, m_focusTypes,         m_ports.workspace};
     m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
         preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
     m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);
@@ -125,12 +129,21 @@ void AppDelegate::installFocusSummary()
 // lead into them.
 void AppDelegate::installFocusEngine()
 {
-    m_focus = std::make_unique<FocusEngine>(FocusContext{m_state, *m_ports.preferences, *m_ports.clock,
-                                                         *m_ports.scheduler, m_log, m_usage, m_texts, *this},
+    m_focus = std::make_unique<FocusEngine>(FocusContext{m_state, *m_focusTypes, *m_ports.preferences,
+                                                         *m_ports.clock, *m_ports.scheduler, m_log, m_usage,
+                                                         m_texts, *this},
                                             *m_ports.media, m_ports.workspace);
     m_menu->onFocusRow = [this](int index) { m_focus->focusRowClicked(index); };
     m_menu->onStartPomodoro = [this] { m_focus->menuShowPomodoroModeView(); };
     m_menu->focusEndTime = [this] { return m_focus->session().endFocusModeTime; };
+    if (focusPreferencesVc* prefs = m_preferencesWindow->focusPreferencesVcObj) {
+        prefs->showStartingFocusMode = [this](int index, const QString& type) {
+            m_focus->showStartingFocusMode(index, type);
+        };
+        prefs->showAbortingFocusModeVc = [this] { m_focus->showAbortingFocusModeVc(); };
+        prefs->isDiscourageSheetShown = [this] { return m_focus->isDiscourageDefaultFocusVcVisible(); };
+        prefs->focusTypesRenumbered = [this] { m_focus->focusTypesChanged(); };
+    }
 }
 
 AppDelegate::~AppDelegate()
@@ -169,7 +182,7 @@ void AppDelegate::applicationWillFinishLaunching()
         m_ports.scheduler->post(this, [this] { m_lock->screenChanged(); });
     });
 
-    loadFocusTypes();
+    m_focusTypes->load();
     if (const auto blocked = m_ports.preferences->stringList(keys::kUserdefaultsArrBlockedUrls))
         m_state.arrBlockedUrls = *blocked;
     if (!m_ports.preferences->contains(keys::kUserdefaultsFirstRunDate))
@@ -195,14 +208,6 @@ void AppDelegate::applicationWillFinishLaunching()
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
         configurationArrived(std::move(catalogue));
     });
-}
-
-void AppDelegate::loadFocusTypes()
-{
-    const QVariantList stored =
-        m_ports.preferences->mapList(keys::kUserdefaultsArrFocusTypes).value_or(QVariantList());
-    m_state.arrFocusType = focus::repairAtLaunch(stored);
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
 }
 
 void AppDelegate::seedBoolPreference(const QString& key, bool fallback, bool* mirror)
@@ -662,16 +667,36 @@ bool AppDelegate::isCallLookShown() const
     return statusbutton->look() == StatusItem::Look::Call;
 }
 
-void AppDelegate::focusPreferencesFollowBlock() {}
+void AppDelegate::focusPreferencesFollowBlock()
+{
+    focusPreferencesVc* prefs = m_preferencesWindow->focusPreferencesVcObj;
+    if (!prefs || !m_preferencesWindow->isVisible() ||
+        m_preferencesWindow->preferencesTabViewController->currentIndex() !=
+            preferencesWindowController::Focus)
+        return;
+    if (isFocusModeOn())
+        prefs->focusModeStarted();
+    else
+        prefs->focusModeFinished();
+}
 
 void AppDelegate::showFocusPreferences()
 {
     m_preferencesWindow->menuItem_Preferences();
+    m_preferencesWindow->preferencesTabViewController->setCurrentIndex(preferencesWindowController::Focus);
 }
 
-void AppDelegate::armBlockers() {}
+// The blockers read the lists of the type that is on; with none on they are empty.
+void AppDelegate::armBlockers()
+{
+    m_focusTypes->fillAllowUrlArray();
+    m_focusTypes->fillAllowAppArray();
+}
 
-void AppDelegate::disarmBlockers() {}
+void AppDelegate::disarmBlockers()
+{
+    armBlockers();
+}
 
 bool AppDelegate::isShutOffTimeGoing() const
 {

@@ -25,6 +25,7 @@ namespace velmora {
 class CustomWindow;
 class FeedbackUpload;
 class FocusEngine;
+class FocusTypeList;
 class WayOut;
 class focusSummaryVc;
 class HotKey;
@@ -85,6 +86,7 @@ public:
     void applicationWillTerminate();
 
     RunState& state() { return m_state; }
+    FocusTypeList& focusTypes() { return *m_focusTypes; }
     DaySchedule& schedule() { return *m_schedule; }
     ViewController& viewController() { return *mainViewControllerObj; }
     CustomWindow& mainWindow() { return *m_mainWindow; }
@@ -144,7 +146,6 @@ private:
     void armBlockers() override;
     void disarmBlockers() override;
 
-    void loadFocusTypes();
     void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
     void prepareDataFolder();
     void refreshFromPackage(const QString& resource, const QString& fileName);
@@ -171,6 +172,7 @@ private:
     UsageLog m_usage;
     SyncTimestamps m_sync;
     std::unique_ptr<DaySchedule> m_schedule;
+    FocusTypeList* m_focusTypes = nullptr;
 
     ViewController* mainViewControllerObj = nullptr;
     std::unique_ptr<CustomWindow> m_mainWindow;

@@ -5,6 +5,7 @@
 #include "discourageDefaultFocusVc.h"
 #include "focusCompletedVc.h"
 #include "FocusHost.h"
+#include "FocusTypeList.h"
 #include "MediaMonitor.h"
 #include "pomodoroVc.h"
 #include "RunState.h"
@@ -93,8 +94,7 @@ void FocusEngine::buildWindows()
 
 bool FocusEngine::isDefaultType(int index) const
 {
-    return index >= 0 && index < c.state.arrFocusType.size() &&
-           c.state.arrFocusType.at(index).toMap().value(QStringLiteral("isDefault")).toBool();
+    return c.types.isDefault(index);
 }
 
 void FocusEngine::bringUp(QWidget* window)
@@ -123,12 +123,11 @@ bool FocusEngine::isPomodoroWindowVisible() const
 
 void FocusEngine::focusRowClicked(int index)
 {
-    if (index < 0 || index >= c.state.arrFocusType.size()) {
+    if (!c.types.isValidRow(index)) {
         c.log.addLog(QStringLiteral("No focus type at row %1").arg(index));
         return;
     }
-    const QVariantMap type = c.state.arrFocusType.at(index).toMap();
-    if (type.value(QStringLiteral("isOn")).toBool()) {
+    if (c.types.isOn(index)) {
         showAbortingFocusModeVc();
         return;
     }
@@ -139,7 +138,7 @@ void FocusEngine::focusRowClicked(int index)
                            "to start a new one.")));
         return;
     }
-    showStartingFocusMode(index, type.value(QStringLiteral("name")).toString());
+    showStartingFocusMode(index, c.types.name(index));
 }
 
 void FocusEngine::showStartingFocusMode(int focusModeIndex, const QString& focusType)

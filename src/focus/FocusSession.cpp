@@ -3,11 +3,8 @@
 #include "Clock.h"
 #include "DebugLog.h"
 #include "FocusHost.h"
-#include "FocusTypes.h"
-#include "PreferenceKeys.h"
-#include "Preferences.h"
+#include "FocusTypeList.h"
 #include "RecordFormats.h"
-#include "RunState.h"
 #include "UsageLog.h"
 
 #include <QLocale>
@@ -16,7 +13,6 @@ namespace velmora {
 
 namespace {
 const QString kFocusBlock = QStringLiteral("focus block");
-const QString kIsOn = QStringLiteral("isOn");
 } // namespace
 
 FocusSession::FocusSession(FocusContext ctx, SessionScreens& screens, QObject* parent)
@@ -28,7 +24,7 @@ FocusSession::FocusSession(FocusContext ctx, SessionScreens& screens, QObject* p
 
 bool FocusSession::isFocusModeOn() const
 {
-    return focus::isFocusModeOn(c.state.arrFocusType);
+    return c.types.isFocusModeOn();
 }
 
 bool FocusSession::isTimerRunning() const
@@ -36,41 +32,17 @@ bool FocusSession::isTimerRunning() const
     return timerForFocusMode && c.scheduler.isActive(*timerForFocusMode);
 }
 
-QColor FocusSession::colorFromString(const QString& text)
-{
-    QString digits = text.trimmed();
-    while (digits.startsWith(u'#'))
-        digits.remove(0, 1);
-    if (digits.startsWith(QLatin1String("0x"), Qt::CaseInsensitive))
-        digits.remove(0, 2);
-    // The leading run of hexadecimal digits counts, as a scanner reads it.
-    int end = 0;
-    while (end < digits.size() && end < 8 &&
-           (digits.at(end).isDigit() || QStringLiteral("abcdefABCDEF").contains(digits.at(end))))
-        ++end;
-    bool ok = false;
-    const uint value = digits.left(end).toUInt(&ok, 16);
-    if (!ok)
-        return QColor(Qt::black);
-    return QColor((value >> 16) & 0xFF, (value >> 8) & 0xFF, value & 0xFF);
-}
-
 bool FocusSession::showRunningTypeLook()
 {
-    bool shown = false;
-    for (const QVariant& item : std::as_const(c.state.arrFocusType)) {
-        const QVariantMap type = item.toMap();
-        if (type.value(kIsOn).toBool()) {
-            c.host.setFocusLook(colorFromString(type.value(QStringLiteral("color")).toString()));
-            shown = true;
-        }
-    }
-    return shown;
+    const int on = c.types.indexOfTypeOn();
+    if (on >= 0)
+        c.host.setFocusLook(c.types.color(on));
+    return on >= 0;
 }
 
 void FocusSession::start(int index, std::optional<int> minutes, const QString& intention, Origin origin)
 {
-    if (index < 0 || index >= c.state.arrFocusType.size()) {
+    if (!c.types.isValidRow(index)) {
         c.log.addLog(QStringLiteral("No focus type at index %1; the block was not started").arg(index));
         return;
     }
@@ -84,20 +56,11 @@ void FocusSession::start(int index, std::optional<int> minutes, const QString& i
         endFocusModeTime = now.addSecs(qint64(*minutes) * 60);
     startFocusModeTime = now;
 
-    for (int i = 0; i < c.state.arrFocusType.size(); ++i) {
-        QVariantMap type = c.state.arrFocusType[i].toMap();
-        if (i == index)
-            type.insert(kIsOn, true);
-        else if (origin == Origin::Pomodoro)
-            type.insert(kIsOn, false);
-        else
-            continue;
-        c.state.arrFocusType[i] = type;
-    }
+    // Only one type is ever on; the list is written with it.
+    c.types.setOn(index, true);
     if (origin != Origin::Pomodoro)
         c.host.focusPreferencesFollowBlock();
-    const QVariantMap type = c.state.arrFocusType.at(index).toMap();
-    c.host.setFocusLook(colorFromString(type.value(QStringLiteral("color")).toString()));
+    c.host.setFocusLook(c.types.color(index));
 
     stopTimer();
     isFocusTimeType = FocusModeTimeType::Timed;
@@ -107,7 +70,6 @@ void FocusSession::start(int index, std::optional<int> minutes, const QString& i
         focusModeMinutesToPerform = 0;
     isFocusModeStartedFromPomodoroMode = origin == Origin::Pomodoro;
     focusModeStartted();
-    writeList();
     whatToAchieveInFocusBlock = intention;
     if (origin == Origin::Pomodoro)
         c.host.focusPreferencesFollowBlock();
@@ -168,16 +130,9 @@ void FocusSession::focusModeFinished(bool fromShutOff)
     endFocusModeTime.reset();
     stopTimer();
     setActualDuration();
-    QString name;
-    for (QVariant& item : c.state.arrFocusType) {
-        QVariantMap type = item.toMap();
-        if (!type.value(kIsOn).toBool())
-            continue;
-        type.insert(kIsOn, false);
-        name = type.value(QStringLiteral("name")).toString();
-        item = type;
-    }
-    // The stored list keeps "isOn" until the next change; a launch clears it anyway.
+    const int on = c.types.indexOfTypeOn();
+    const QString name = on >= 0 ? c.types.name(on) : QString();
+    c.types.setAllOff();
     c.host.setPlainLook();
     isFocusTimeType = FocusModeTimeType::None;
     c.host.disarmBlockers();
@@ -208,11 +163,7 @@ void FocusSession::focusModeAborted()
     endFocusModeTime.reset();
     stopTimer();
     setActualDuration();
-    for (QVariant& item : c.state.arrFocusType) {
-        QVariantMap type = item.toMap();
-        type.insert(kIsOn, false);
-        item = type;
-    }
+    c.types.setAllOff();
     c.host.setPlainLook();
     isFocusTimeType = FocusModeTimeType::None;
     c.host.disarmBlockers();
@@ -254,11 +205,6 @@ void FocusSession::writeAbortRow(const QString& focusName, const QString& reason
                            .startTime = startTimeText(),
                            .workAchieved = workAchieved,
                            .abortReason = reason});
-}
-
-void FocusSession::writeList()
-{
-    c.preferences.setValue(keys::kUserdefaultsArrFocusTypes, c.state.arrFocusType);
 }
 
 } // namespace velmora

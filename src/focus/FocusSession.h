@@ -13,6 +13,7 @@ namespace velmora {
 class Clock;
 class DebugLog;
 class FocusHost;
+class FocusTypeList;
 class Preferences;
 class TextCatalogue;
 class UsageLog;
@@ -34,6 +35,7 @@ public:
 struct FocusContext
 {
     RunState& state;
+    FocusTypeList& types;
     Preferences& preferences;
     const Clock& clock;
     Scheduler& scheduler;
@@ -53,7 +55,8 @@ enum class FocusModeTimeType : quint8
 
 // One focus block at a time: its start, its timer and its three ends (the time
 // runs out, the user aborts, the shut-off cuts it). The running type is the one
-// whose "isOn" is true; this class keeps the rest of the block's state.
+// whose "isOn" is true in the type list; this class keeps the rest of the
+// block's state.
 class FocusSession : public QObject
 {
     Q_OBJECT
@@ -84,9 +87,6 @@ public:
     void writeAbortRow(const QString& focusName, const QString& reason, const QString& workAchieved);
 
     bool isFocusModeOn() const;
-    // The colour of a stored colour string: "#" is skipped, a string that is no
-    // hexadecimal number gives black.
-    static QColor colorFromString(const QString& text);
     // The tray icon shows the type that is on, if any.
     bool showRunningTypeLook();
 
@@ -107,7 +107,6 @@ private:
     void focusModeStartted();
     void setActualDuration();
     void stopTimer();
-    void writeList();
     QString startTimeText() const;
 
     FocusContext c;

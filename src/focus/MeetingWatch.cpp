@@ -2,6 +2,7 @@
 
 #include "DebugLog.h"
 #include "FocusHost.h"
+#include "FocusTypeList.h"
 #include "MediaMonitor.h"
 #include "RunState.h"
 #include "TextCatalogue.h"
@@ -70,20 +71,12 @@ void MeetingWatch::callEnded()
 
 std::optional<std::pair<int, QString>> MeetingWatch::runningMeetingProgram()
 {
-    m_meetingsIndex = -1;
-    QStringList apps;
-    for (int i = 0; i < c.state.arrFocusType.size(); ++i) {
-        const QVariantMap type = c.state.arrFocusType.at(i).toMap();
-        if (!type.value(QStringLiteral("isMeetings")).toBool())
-            continue;
-        apps = type.value(QStringLiteral("appsArray")).toStringList();
-        if (apps.isEmpty())
-            return std::nullopt;
-        m_meetingsIndex = i;
-        break;
-    }
-    if (m_meetingsIndex < 0)
+    m_meetingsIndex = c.types.meetingsIndex();
+    const QStringList apps = c.types.appsArray(m_meetingsIndex);
+    if (m_meetingsIndex < 0 || apps.isEmpty()) {
+        m_meetingsIndex = -1;
         return std::nullopt;
+    }
     if (!m_workspace) {
         if (!m_toldNoWorkspace)
             c.log.addLog(
@@ -152,7 +145,7 @@ void MeetingWatch::keepOtherApps()
 void MeetingWatch::blockEverythingElse()
 {
     closeAlert();
-    if (m_meetingsIndex < 0 || m_meetingsIndex >= c.state.arrFocusType.size() || m_session.isFocusModeOn())
+    if (!c.types.isValidRow(m_meetingsIndex) || m_session.isFocusModeOn())
         return;
     const QString app = m_session.appUsedInAutoMeetingFocusMode;
     m_session.start(m_meetingsIndex, std::nullopt, QString(), FocusSession::Origin::Meeting);

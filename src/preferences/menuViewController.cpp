@@ -1,7 +1,6 @@
 #include "menuViewController.h"
 
 #include "DebugLog.h"
-#include "FocusSession.h"
 #include "FocusTypes.h"
 #include "Http.h"
 #include "PreferenceKeys.h"
@@ -205,7 +204,7 @@ void menuViewController::reloadFocusRows()
     for (int i = 0; i < types.size(); ++i) {
         const QVariantMap type = types.at(i).toMap();
         QPixmap swatch(12, 12);
-        swatch.fill(FocusSession::colorFromString(type.value(QStringLiteral("color")).toString()));
+        swatch.fill(focus::colorFromString(type.value(QStringLiteral("color")).toString()));
         focusRows[i]->setIcon(QIcon(swatch));
         focusRows[i]->setText(type.value(QStringLiteral("name")).toString());
         if (type.value(QStringLiteral("isOn")).toBool())

@@ -36,7 +36,6 @@ done
 # A focus row pressed through the bus opens its start dialog.
 a11y press "Meetings" || fail "the Meetings row could not be pressed"
 seen="a11y names label" poll 10 "the start dialog of Meetings is up" a11y has label "Starting Focus type - Meetings"
-a11y has button "Start Focus" || fail "the start dialog has no Start Focus button"
 a11y press "Start Focus" || fail "Start Focus could not be pressed"
 poll 10 "the block started" grep -q "focus mode Started until" "$VELMORA_LOG"
 
@@ -55,4 +54,3 @@ a11y press "Cancel" || fail "the abort dialog's Cancel could not be pressed"
 seen="a11y names button" poll 20 "the panel opens a third time" open_panel
 xdotool key Tab Tab Return
 poll 10 "Tab, Tab, Return opens the preferences" mapped_titled "Velmora preferences"
-screenshot 2-preferences

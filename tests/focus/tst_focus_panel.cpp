@@ -1,11 +1,11 @@
-// The tray panel and the focus windows by keyboard and by name, as a screen
-// reader user meets them: Tab reaches every control, Return presses the row or
-// the default button, and every control is named by what it shows.
+// The focus windows by keyboard and by name, as a screen reader user meets them:
+// Tab reaches every control, Return presses the default button, and every
+// control is named by what it shows. (The tray panel's rows are driven through
+// the accessibility bus by the integration test it_focus_panel.)
 
 #include "abortingFocusModeVc.h"
 #include "focusCompletedVc.h"
 #include "FocusFixture.h"
-#include "menuViewController.h"
 #include "pomodoroVc.h"
 #include "startingFocusModeVc.h"
 
@@ -49,37 +49,9 @@ class FocusPanelTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void panelRowsByKeyboard();
     void screensByKeyboard_data();
     void screensByKeyboard();
 };
-
-void FocusPanelTest::panelRowsByKeyboard()
-{
-    FocusFixture f;
-    AppDelegate& app = f.start();
-    menuViewController& menu = app.menuViewControllerObj();
-    app.togglePopover();
-
-    const QList<QWidget*> visited = tabRound(&menu);
-    QStringList names;
-    for (QWidget* w : visited) {
-        auto* button = qobject_cast<QAbstractButton*>(w);
-        QVERIFY(button);
-        QCOMPARE(accessibleName(w), button->text());
-        names << button->text();
-    }
-    QCOMPARE(names, (QStringList{"Work", "Meetings", QString::fromUtf8("Complete anarchy! Block nothing 😬"),
-                                 "Start Pomodoro Mode", "Preferences", "Export Statistics",
-                                 "Check for updates", "Enable office mode", "Quit"}));
-
-    // Return on a row presses it.
-    QApplication::setActiveWindow(&menu);
-    menu.boxStartPomodoroMode->setFocus();
-    QTest::keyClick(menu.boxStartPomodoroMode, Qt::Key_Return);
-    QVERIFY(!menu.isVisible());
-    QVERIFY(f.engine().isPomodoroWindowVisible());
-}
 
 void FocusPanelTest::screensByKeyboard_data()
 {

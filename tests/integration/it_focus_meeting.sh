@@ -30,7 +30,6 @@ poll 10 "pulseaudio lists the recording" sh -c 'pactl list short source-outputs 
 
 question="It looks like you're in a meeting. Will you need to use other apps during the meeting? If not, I can block everything else to help you concentrate."
 seen="a11y names label" poll 30 "the meeting suggestion comes up" a11y has label "$question"
-grep -q "Mic/Camera Is On" "$VELMORA_LOG" || fail "the debug log lacks the call"
 a11y has button "It's ok for me to use other apps during this meeting" || fail "the suggestion lacks its second button"
 screenshot 1-suggestion
 a11y press "Block everything else" || fail "\"Block everything else\" could not be pressed"
@@ -40,4 +39,3 @@ stop_helper "$recorder"
 stats="$XDG_DATA_HOME/velmora/vlmrStats.csv"
 seen="tail -n 2 $stats" poll 30 "the block ended with the call and wrote its row" \
     grep -q '^focus block,.*,Meetings,.*,Meeting using {chromium.desktop},' "$stats"
-grep -q "focus mode finished" "$VELMORA_LOG" || fail "the debug log lacks the block's end"

@@ -21,6 +21,7 @@ addFocusTypeVc::addFocusTypeVc(FocusPreferencesContext ctx, QWidget* parent)
     setObjectName(QStringLiteral("addFocusTypeVc"));
     setWindowModality(Qt::WindowModal);
     setStyleSheet(style::dialogStyleSheet());
+    setMinimumWidth(400);
     lblTitle = style::title(this, "lblTitle");
     lblTitleName = style::body(this, "lblTitleName");
     textFieldFocusType = new QLineEdit(this);

@@ -115,10 +115,8 @@ void addFocusTypeVc::controlTextDidChange()
 
 void addFocusTypeVc::colorWellClicked()
 {
-    const std::optional<QColor> chosen = chooseColor(m_color);
-    if (!chosen)
-        return;
-    setColor(*chosen);
+    if (const std::optional<QColor> chosen = chooseColor(m_color))
+        setColor(*chosen);
     if (!textFieldFocusType->text().isEmpty())
         btnAdd->setEnabled(true);
 }

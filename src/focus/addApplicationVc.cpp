@@ -120,6 +120,9 @@ void addApplicationVc::filter(const QString& search)
 
 void addApplicationVc::btnSelectClicked()
 {
+    // Return on a row both activates it and presses the default button.
+    if (!isVisible())
+        return;
     QStringList files;
     for (int i = 0; i < tblViewApplications->count(); ++i) {
         const QListWidgetItem* item = tblViewApplications->item(i);

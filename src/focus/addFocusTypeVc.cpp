@@ -21,6 +21,7 @@ addFocusTypeVc::addFocusTypeVc(FocusPreferencesContext ctx, QWidget* parent)
     setObjectName(QStringLiteral("addFocusTypeVc"));
     setWindowModality(Qt::WindowModal);
     setStyleSheet(style::dialogStyleSheet());
+    setMinimumWidth(400);
     lblTitle = style::title(this, "lblTitle");
     lblTitleName = style::body(this, "lblTitleName");
     textFieldFocusType = new QLineEdit(this);
@@ -114,10 +115,8 @@ void addFocusTypeVc::controlTextDidChange()
 
 void addFocusTypeVc::colorWellClicked()
 {
-    const std::optional<QColor> chosen = chooseColor(m_color);
-    if (!chosen)
-        return;
-    setColor(*chosen);
+    if (const std::optional<QColor> chosen = chooseColor(m_color))
+        setColor(*chosen);
     if (!textFieldFocusType->text().isEmpty())
         btnAdd->setEnabled(true);
 }

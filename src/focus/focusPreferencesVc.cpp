@@ -34,6 +34,8 @@ QListWidget* makeList(QWidget* parent, const char* objectName)
     list->setObjectName(QLatin1String(objectName));
     list->setSelectionMode(QAbstractItemView::SingleSelection);
     list->setIconSize(QSize(18, 18));
+    list->setTextElideMode(Qt::ElideRight);
+    list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     return list;
 }
 
@@ -77,7 +79,7 @@ focusPreferencesVc::focusPreferencesVc(FocusPreferencesContext ctx, QWidget* par
     auto* layout = new QHBoxLayout(this);
     auto* side = new QWidget(this);
     buildTypeList(side);
-    layout->addWidget(side, 2);
+    layout->addWidget(side, 3);
     buildDetail();
     layout->addWidget(detailView, 5);
     layout->addWidget(boxEmptyFocusType, 5);
@@ -140,8 +142,10 @@ void focusPreferencesVc::buildDetail()
     detailView->setObjectName(QStringLiteral("detailView"));
     lblTitleFocusType = style::body(detailView, "lblTitleFocusType");
     lblSelectedFocusType = style::title(detailView, "lblSelectedFocusType");
-    for (QLabel* label : {lblTitleFocusType, lblSelectedFocusType})
+    for (QLabel* label : {lblTitleFocusType, lblSelectedFocusType}) {
         label->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        label->setWordWrap(false);
+    }
     toggleButton = new QCheckBox(detailView);
     toggleButton->setObjectName(QStringLiteral("toggleButton"));
 

@@ -25,7 +25,7 @@ preferencesWindowController::preferencesWindowController(PreferencesContext ctx,
 {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(QStringLiteral("Velmora preferences"));
-    resize(720, 480);
+    resize(860, 620);
 
     preferencesTabViewController = new QTabWidget(this);
     generalVcObj = new generalVc(c, preferencesTabViewController);

@@ -51,7 +51,8 @@ QString dialogStyleSheet()
         QLabel[role="title"] { font-size: 20px; font-weight: 600; }
         QLabel[role="body"] { font-size: 15px; color: #c9d2dc; }
         QPushButton { background: #2a323b; border: 1px solid #4a545e; border-radius: 6px; padding: 6px 14px; }
-        QPushButton:focus, QLineEdit:focus, QListWidget:focus, QCheckBox:focus, QComboBox:focus {
+        QPushButton:focus, QLineEdit:focus, QListWidget:focus, QCheckBox:focus, QRadioButton:focus,
+        QComboBox:focus {
             border: 1px solid #7fb8a2; }
         QPushButton[role="primary"] { background: #3d8b6e; color: white; border: 1px solid #3d8b6e;
             font-weight: 600; }
@@ -64,7 +65,14 @@ QString dialogStyleSheet()
         QListWidget, QTableWidget { background: #262d35; border: 1px solid #4a545e; border-radius: 6px;
             alternate-background-color: #2a323b; }
         QListWidget::item:selected, QTableWidget::item:selected { background: #33594b; color: white; }
-        QCheckBox { background: transparent; border: 1px solid transparent; padding: 2px; }
+        QCheckBox, QRadioButton { background: transparent; border: 1px solid transparent; padding: 2px; }
+        QCheckBox::indicator, QRadioButton::indicator { width: 14px; height: 14px;
+            border: 1px solid #7f8a96; background: #2a323b; }
+        QCheckBox::indicator { border-radius: 3px; }
+        QRadioButton::indicator { border-radius: 8px; }
+        QCheckBox::indicator:checked, QRadioButton::indicator:checked { background: #3d8b6e;
+            border: 1px solid #7fb8a2; }
+        QCheckBox::indicator:disabled, QRadioButton::indicator:disabled { border: 1px solid #3a424b; }
     )");
 }
 

@@ -17,7 +17,6 @@ struct FocusFixture : AppFixture
     FocusFixture()
     {
         fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
-        // The launch repair gives the keys left out their usual values.
         const QVariantMap work{{"name", "Work"}, {"color", "3366CC"}};
         fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{work});
     }

@@ -1,7 +1,5 @@
-// The focus windows by keyboard and by name, as a screen reader user meets them:
-// Tab reaches every control, Return presses the default button, and every
-// control is named by what it shows. (The tray panel's rows are driven through
-// the accessibility bus by the integration test it_focus_panel.)
+// The focus windows as a screen reader user meets them: Tab reaches every
+// control, Return presses the default button, every control is named by its text.
 
 #include "abortingFocusModeVc.h"
 #include "focusCompletedVc.h"

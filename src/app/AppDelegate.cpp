@@ -693,6 +693,7 @@ void AppDelegate::armBlockers()
     m_focusTypes->fillAllowAppArray();
 }
 
+// With no type on, the lists come back empty.
 void AppDelegate::disarmBlockers()
 {
     armBlockers();

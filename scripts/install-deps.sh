@@ -18,7 +18,7 @@ packages=(
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
   x11-utils python3-xlib
-  chromium firefox-esr  # the browser-bridge tests load our extension into them
+  chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
 )
 
 missing=()

@@ -3,7 +3,6 @@
 #include <optional>
 #include <QDateTime>
 #include <QStringList>
-#include <QVariantList>
 
 namespace velmora {
 
@@ -17,27 +16,16 @@ public:
     virtual bool isFocusModeOn() const = 0;
     // "name" of every type whose "isOn" is true, in list order: normally one.
     virtual QStringList onFocusTypeNames() const = 0;
-    // As fillAllowAppArray() leaves them: the desktop-file paths of the type that
+    // As FocusTypeList::fillAllowAppArray() leaves them: the desktop-file paths of the type that
     // is on, and whether it allows every application.
     virtual QStringList allowAppsPath() const = 0;
     virtual bool isAllowedAllAppsInFocus() const = 0;
-    // As fillAllowUrlArray() leaves them.
+    // As FocusTypeList::fillAllowUrlArray() leaves them.
     virtual QStringList allowUrl() const = 0;
     virtual bool isAllowedAllUrlsInFocus() const = 0;
     // When the block ends: the chosen end, or today's shut-off time for a block
     // that runs until then; nothing for a block without an end (a meeting).
     virtual std::optional<QDateTime> focusModeEndTime() const = 0;
 };
-
-// The allow-lists of the types that are on, as fillAllowAppArray() and
-// fillAllowUrlArray() compute them: a later type that is on overrides an
-// earlier one's list, while "allow all" of any of them holds.
-struct AllowList
-{
-    bool allowAll = false;
-    QStringList entries;
-};
-AllowList fillAllowAppArray(const QVariantList& arrFocusType);
-AllowList fillAllowUrlArray(const QVariantList& arrFocusType);
 
 } // namespace velmora

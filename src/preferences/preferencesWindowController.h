@@ -8,7 +8,9 @@ class QTabWidget;
 
 namespace velmora {
 
+class blockedUrlsVc;
 class enterPasswordVc;
+class focusPreferencesVc;
 class generalVc;
 class passwordVc;
 class uninstallVc;
@@ -21,7 +23,8 @@ class preferencesWindowController : public QWidget
 public:
     enum Tab
     {
-        General = 0
+        General = 0,
+        Focus = 1
     };
 
     explicit preferencesWindowController(PreferencesContext ctx, QWidget* parent = nullptr);
@@ -37,6 +40,9 @@ public:
     generalVc* generalVcObj = nullptr;
     passwordVc* passwordVcObj = nullptr;
     uninstallVc* uninstallVcObj = nullptr;
+    // The focus tabs, present when the context carries the focus types.
+    focusPreferencesVc* focusPreferencesVcObj = nullptr;
+    blockedUrlsVc* blockedUrlsVcObj = nullptr;
     enterPasswordVc* enterPasswordVcObj = nullptr;
 
 protected:
@@ -46,6 +52,7 @@ protected:
 private:
     void tabView_didSelect(int index);
     void removePasswordView();
+    void addFocusTabs();
 
     PreferencesContext c;
     int m_lastTab = General;

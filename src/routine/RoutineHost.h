@@ -20,6 +20,8 @@ public:
     virtual void startTimerActivitiesAllowedApp() = 0;
     // Any item is over: the watch over its applications and addresses ends.
     virtual void itemAllowListsOver() = 0;
+    // The pomodoro window, unless a block, a call or the shut-off is on.
+    virtual void showAutoPomodoroModeView() = 0;
 };
 
 } // namespace velmora

@@ -4,9 +4,10 @@
 #include "DebugLog.h"
 #include "FakeBrowserTabs.h"
 #include "FakePorts.h"
+#include "FocusBlockHost.h"
+#include "FocusTypeList.h"
 #include "RunState.h"
 #include "TextCatalogue.h"
-#include "TypeListBlockHost.h"
 #include "UrlBlocker.h"
 
 #include <QtTest>
@@ -20,6 +21,23 @@ Application app(const QString& name, const QString& shown)
 {
     return {name, shown, QStringLiteral("/usr/share/applications/%1.desktop").arg(name), {}};
 }
+
+// The block as the focus session answers it, without its end time.
+struct TypeListBlock : FocusBlockHost
+{
+    FocusTypeList& t;
+    explicit TypeListBlock(FocusTypeList& types)
+        : t(types)
+    {
+    }
+    bool isFocusModeOn() const override { return t.isFocusModeOn(); }
+    QStringList onFocusTypeNames() const override { return {t.name(t.indexOfTypeOn())}; }
+    QStringList allowAppsPath() const override { return t.allowAppsPath(); }
+    bool isAllowedAllAppsInFocus() const override { return t.isAllowedAllAppsInFocus(); }
+    QStringList allowUrl() const override { return t.allowUrl(); }
+    bool isAllowedAllUrlsInFocus() const override { return t.isAllowedAllUrlsInFocus(); }
+    std::optional<QDateTime> focusModeEndTime() const override { return std::nullopt; }
+};
 
 enum Situation
 {
@@ -44,7 +62,8 @@ class TestAppBlocker : public QObject
         RunState state;
         TextCatalogue texts;
         DebugLog log{p.clock, {}};
-        TypeListBlockHost block{state};
+        FocusTypeList types{state.arrFocusType, p.preferences, log};
+        TypeListBlock block{types};
         UrlBlocker urls{{state, p.scheduler, p.workspace, &tabs, p.notifier, texts, log, block}};
         AppBlocker blocker{{state, p.scheduler, p.workspace, p.notifier, texts, log, block, urls, "Velmora"}};
     };
@@ -65,6 +84,8 @@ class TestAppBlocker : public QObject
                             {"appsArray", QStringList{"/usr/share/applications/alpha.desktop",
                                                       "/usr/share/applications/chromium.desktop"}},
                             {"urlsArray", QStringList{"docs.test"}}}};
+        w->types.fillAllowAppArray();
+        w->types.fillAllowUrlArray();
         w->state.currentAction = ACTION::_RUNNING_;
         if (situation == Activity) {
             w->state.currentState = CURRENTSTATE::_ACTIVITY_;

@@ -1,0 +1,120 @@
+#include "blockedUrlsVc.h"
+
+#include "addWebUrlVc.h"
+#include "PreferenceKeys.h"
+#include "Preferences.h"
+#include "Style.h"
+#include "TextCatalogue.h"
+
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace velmora {
+
+blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
+    : QWidget(parent)
+    , c(ctx)
+{
+    setObjectName(QStringLiteral("blockedUrlsVc"));
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(style::dialogStyleSheet());
+    lblTitle = style::title(this, "lblTitle");
+    lblTitle->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    tblViewBlockedUrls = new QListWidget(this);
+    tblViewBlockedUrls->setObjectName(QStringLiteral("tblViewBlockedUrls"));
+    tblViewBlockedUrls->setIconSize(QSize(18, 18));
+    btnAddUrl = style::quietButton(this, "btnAddUrl");
+    btnRemoveUrl = style::quietButton(this, "btnRemoveUrl");
+    addWebUrlVcObj = new addWebUrlVc(c, this);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(btnAddUrl);
+    buttons->addWidget(btnRemoveUrl);
+    buttons->addStretch();
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(lblTitle);
+    layout->addWidget(tblViewBlockedUrls, 1);
+    layout->addLayout(buttons);
+
+    connect(tblViewBlockedUrls, &QListWidget::itemSelectionChanged, this,
+            [this] { btnRemoveUrl->setEnabled(!tblViewBlockedUrls->selectedItems().isEmpty()); });
+    connect(tblViewBlockedUrls, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
+        tableRowAllowedUrlsDoubleClicked(tblViewBlockedUrls->row(item));
+    });
+    connect(btnAddUrl, &QPushButton::clicked, this, [this] { btnAddUrlClicked(); });
+    connect(btnRemoveUrl, &QPushButton::clicked, this, [this] { btnRemoveUrlClicked(); });
+    connect(addWebUrlVcObj, &addWebUrlVc::urlSaved, this, [this](int row) {
+        reloadData();
+        tblViewBlockedUrls->setCurrentRow(row);
+        tblViewBlockedUrls->scrollToItem(tblViewBlockedUrls->item(row));
+    });
+}
+
+void blockedUrlsVc::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    viewWillAppear();
+}
+
+void blockedUrlsVc::viewWillAppear()
+{
+    style::setText(lblTitle,
+                   c.texts.text("blockedUrlsViewInfo", "title", QStringLiteral("Always Blocked URLs")));
+    tblViewBlockedUrls->setAccessibleName(lblTitle->text());
+    const QString add = c.texts.text("focusPreferencesInfo", "toolTipAdd", QStringLiteral("Add"));
+    const QString remove = c.texts.text("focusPreferencesInfo", "toolTipRemove", QStringLiteral("Remove"));
+    style::setText(btnAddUrl, add);
+    btnAddUrl->setToolTip(add);
+    style::setText(btnRemoveUrl, remove);
+    btnRemoveUrl->setToolTip(remove);
+    reloadData();
+}
+
+void blockedUrlsVc::reloadData()
+{
+    tblViewBlockedUrls->clear();
+    const QIcon icon = QIcon::fromTheme(QStringLiteral("applications-internet"),
+                                        style()->standardIcon(QStyle::SP_DriveNetIcon));
+    for (const QString& url : std::as_const(c.arrBlockedUrls)) {
+        auto* item = new QListWidgetItem(icon, url, tblViewBlockedUrls);
+        item->setData(Qt::AccessibleTextRole, url);
+    }
+    btnRemoveUrl->setEnabled(false);
+}
+
+void blockedUrlsVc::openSheet(bool isAdding, int row)
+{
+    addWebUrlVcObj->viewLoddedFromFocusType = false;
+    addWebUrlVcObj->isAdding = isAdding;
+    addWebUrlVcObj->currentRow = row;
+    addWebUrlVcObj->viewWillAppear();
+    addWebUrlVcObj->open();
+}
+
+void blockedUrlsVc::btnAddUrlClicked()
+{
+    openSheet(true, qMax(0, tblViewBlockedUrls->currentRow()));
+}
+
+void blockedUrlsVc::tableRowAllowedUrlsDoubleClicked(int row)
+{
+    if (row >= 0 && row < c.arrBlockedUrls.size())
+        openSheet(false, row);
+}
+
+void blockedUrlsVc::btnRemoveUrlClicked()
+{
+    const int row = tblViewBlockedUrls->currentRow();
+    if (row < 0 || row >= c.arrBlockedUrls.size() || tblViewBlockedUrls->selectedItems().isEmpty())
+        return;
+    c.arrBlockedUrls.removeAt(row);
+    c.preferences.setValue(keys::kUserdefaultsArrBlockedUrls, c.arrBlockedUrls);
+    reloadData();
+}
+
+} // namespace velmora

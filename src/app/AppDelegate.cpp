@@ -81,8 +81,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         std::make_unique<FeedbackUpload>(*m_ports.http, *m_ports.preferences, m_texts, *m_ports.clock,
                                          m_paths.packagedSettings, m_log, *m_ports.scheduler);
     const PreferencesContext preferencesContext{
-        m_state, *m_ports.preferences, *m_ports.clock,   *m_ports.scheduler, m_log,
-        m_texts, m_focusTypes,         m_ports.workspace};
+        m_state, *m_ports.preferences, *m_ports.clock,    *m_ports.scheduler, m_log,
+        m_texts, m_focusTypes,         m_ports.workspace, m_ports.browserTabs};
     m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
         preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
     m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);

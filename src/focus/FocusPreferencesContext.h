@@ -4,6 +4,7 @@
 
 namespace velmora {
 
+class BrowserTabs;
 class DebugLog;
 class FocusTypeList;
 class Preferences;
@@ -21,6 +22,8 @@ struct FocusPreferencesContext
     const DebugLog& log;
     // The installed applications; null where the desktop cannot be read.
     Workspace* workspace = nullptr;
+    // The browsers' extensions; null where the bridge is not running.
+    BrowserTabs* browserTabs = nullptr;
 };
 
 } // namespace velmora

@@ -1,6 +1,7 @@
 #include "blockedUrlsVc.h"
 
 #include "addWebUrlVc.h"
+#include "BrowserTabs.h"
 #include "PreferenceKeys.h"
 #include "Preferences.h"
 #include "Style.h"
@@ -31,6 +32,10 @@ blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
     btnAddUrl = style::quietButton(this, "btnAddUrl");
     btnRemoveUrl = style::quietButton(this, "btnRemoveUrl");
     addWebUrlVcObj = new addWebUrlVc(c, this);
+    lblBrowsers = new QLabel(this);
+    tblViewBrowsers = new QListWidget(this);
+    tblViewBrowsers->setObjectName(QStringLiteral("tblViewBrowsers"));
+    tblViewBrowsers->setFixedHeight(6 * 22);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(btnAddUrl);
@@ -40,6 +45,13 @@ blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
     layout->addWidget(lblTitle);
     layout->addWidget(tblViewBlockedUrls, 1);
     layout->addLayout(buttons);
+    layout->addWidget(lblBrowsers);
+    layout->addWidget(tblViewBrowsers);
+    if (c.browserTabs)
+        connect(c.browserTabs, &BrowserTabs::connectionsChanged, this, [this] {
+            if (isVisible())
+                reloadBrowsers();
+        });
 
     connect(tblViewBlockedUrls, &QListWidget::itemSelectionChanged, this,
             [this] { btnRemoveUrl->setEnabled(!tblViewBlockedUrls->selectedItems().isEmpty()); });
@@ -73,6 +85,32 @@ void blockedUrlsVc::viewWillAppear()
     style::setText(btnRemoveUrl, remove);
     btnRemoveUrl->setToolTip(remove);
     reloadData();
+    reloadBrowsers();
+}
+
+void blockedUrlsVc::reloadBrowsers()
+{
+    static const QList<std::pair<QString, QString>> browsers = {
+        {QStringLiteral("firefox"), QStringLiteral("Firefox")},
+        {QStringLiteral("chromium"), QStringLiteral("Chromium")},
+        {QStringLiteral("google-chrome"), QStringLiteral("Google Chrome")},
+        {QStringLiteral("brave"), QStringLiteral("Brave")},
+        {QStringLiteral("edge"), QStringLiteral("Microsoft Edge")},
+        {QStringLiteral("vivaldi"), QStringLiteral("Vivaldi")}};
+    const QString title = c.texts.text("blockedUrlsViewInfo", "browsersTitle",
+                                       QStringLiteral("Browsers with the Velmora extension"));
+    lblBrowsers->setText(title);
+    tblViewBrowsers->setAccessibleName(title);
+    const QStringList connected = c.browserTabs ? c.browserTabs->connectedBrowsers() : QStringList();
+    const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
+    const QString no = c.texts.text("blockedUrlsViewInfo", "browserNotConnected",
+                                    QStringLiteral("not connected (see “Browsers” in the README)"));
+    tblViewBrowsers->clear();
+    for (const auto& [family, name] : browsers) {
+        const QString text = name + QStringLiteral(": ") + (connected.contains(family) ? yes : no);
+        auto* item = new QListWidgetItem(text, tblViewBrowsers);
+        item->setData(Qt::AccessibleTextRole, text);
+    }
 }
 
 void blockedUrlsVc::reloadData()

@@ -25,12 +25,16 @@ public:
     void btnAddUrlClicked();
     void tableRowAllowedUrlsDoubleClicked(int row);
     void btnRemoveUrlClicked();
+    // Whether each browser's extension is connected, as it is now.
+    void reloadBrowsers();
 
     QLabel* lblTitle = nullptr;
     QListWidget* tblViewBlockedUrls = nullptr;
     QPushButton* btnAddUrl = nullptr;
     QPushButton* btnRemoveUrl = nullptr;
     addWebUrlVc* addWebUrlVcObj = nullptr;
+    QLabel* lblBrowsers = nullptr;
+    QListWidget* tblViewBrowsers = nullptr;
 
 protected:
     void showEvent(QShowEvent* event) override;

@@ -9,6 +9,7 @@ class QWidget;
 
 namespace velmora {
 
+class BrowserTabs;
 class Clock;
 class DebugLog;
 class FocusTypeList;
@@ -32,6 +33,8 @@ struct PreferencesContext
     // The installed applications for the focus types' chooser; without it only a
     // desktop file can be chosen.
     Workspace* workspace = nullptr;
+    // Which browsers' extensions are connected.
+    BrowserTabs* browserTabs = nullptr;
 };
 
 } // namespace velmora

@@ -49,7 +49,7 @@ void preferencesWindowController::addFocusTabs()
     if (!c.focusTypes)
         return;
     const FocusPreferencesContext focus{*c.focusTypes, c.state.arrBlockedUrls, c.preferences, c.texts, c.log,
-                                        c.workspace};
+                                        c.workspace,   c.browserTabs};
     focusPreferencesVcObj = new focusPreferencesVc(focus, preferencesTabViewController);
     blockedUrlsVcObj = new blockedUrlsVc(focus, preferencesTabViewController);
     preferencesTabViewController->insertTab(Focus, focusPreferencesVcObj, QStringLiteral("Focus"));

@@ -2,7 +2,8 @@
 # program at midday with ENTRY always blocked; the browser folders exist, so the program
 # writes its host's manifests into them at launch. browser_start: that with "news.test",
 # and Chromium in front with our extension, *.test names resolving to the server. Sets
-# $extension, $extension_id, $devtools, $work, $browser; defines `tabs`.
+# $extension, $extension_id, $devtools, $work, $browser; defines `tabs`. A function
+# before_launch, when defined, runs just before the program starts.
 program_start() {
     [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
     prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
@@ -19,12 +20,17 @@ program_start() {
     prefs set-bool kUserdefaultsFirstRun true
     prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
     prefs set-string kUserdefaultsArrBlockedUrls "$1"
+    ! declare -F before_launch >/dev/null || before_launch
     start_velmora "$day 12:00:00"
 }
 
 browser_start() {
     command -v chromium >/dev/null || fail "chromium is not installed (apt-get install chromium)"
     program_start news.test
+    chromium_start
+}
+
+chromium_start() {
     extension_id=lhpgjbdeclclangdcipdeabmekkljheh
     profile="$XDG_CONFIG_HOME/chromium"
     manifest="$profile/NativeMessagingHosts/app.velmora.host.json"

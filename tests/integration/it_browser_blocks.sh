@@ -3,11 +3,17 @@
 # extension loaded and the host manifest the program wrote at launch: with no block
 # running, an address of the always-blocked list lands on the extension's block page
 # with block_type=always-blocked before the page is shown, and an address outside the
-# list stays. Pages come from a web server on loopback; *.test names resolve to it.
+# list stays. Then a focus block whose type allows Chromium and docs.test: another
+# address lands on the block page with the old address, the block's end time and the
+# type's name; docs.test stays. Pages come from a web server on loopback; *.test names
+# resolve to it.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
-
 . "$(dirname "$0")/browser_setup.sh"
+. "$(dirname "$0")/focus_block.sh"
+
+# The pomodoro window waits behind the browser until the block is started.
+before_launch() { focus_block_prefs '["/usr/share/applications/chromium.desktop"]' '["docs.test"]'; }
 browser_start
 screenshot 1-browser
 
@@ -22,7 +28,16 @@ shown="$(tabs url "$tab")"
 screenshot 2-blocked
 ! grep -q '^news.test ' "$work/requests.log" || note "news.test was requested, though never shown"
 
-# An address outside the list stays.
+focus_block_start
+tab="$(tabs open "http://news.test/today")"
+tabs wait "$tab" "chrome-extension://$extension_id/vlmr-focus.html" 10 >/dev/null ||
+    fail "news.test was not sent to the block page in the block (tab shows $(tabs url "$tab"))"
+shown="$(tabs url "$tab")"
+# 25 minutes from about 12:00 on the program's clock, on a 12-hour clock.
+[[ "$shown" == *"?old_url=http:%2F%2Fnews.test%2Ftoday&focus_mode_end_time=${day}T12:2"?":"??"&focus_mode=Deep" ]] ||
+    fail "the block page in the block has the wrong query: $shown"
+
+# An address the type allows stays.
 tab="$(tabs open "http://docs.test/guide")"
 tabs wait "$tab" "http://docs.test/guide" 10 >/dev/null || fail "docs.test did not load (tab shows $(tabs url "$tab"))"
 sleep 2.5 # two ticks of the one-second check

@@ -1,9 +1,13 @@
 #!/usr/bin/env bash
 # A restart owes the user the pomodoro window (the morning routine was given up before
-# it): it comes up at launch, "Let's do it" starts a 25-minute block, and the tray icon
-# takes the colour of the block's type.
+# it): it comes up at launch, "Let's do it" starts a 25-minute block of the first type,
+# and the tray icon takes the colour of the block's type. That type allows only Alpha:
+# Beta is iconified each time it comes to the front and reported by one desktop
+# notification for the whole block; Alpha stays.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/item_apps.sh"
+. "$(dirname "$0")/focus_block.sh"
 
 [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
 prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
@@ -13,9 +17,11 @@ prefs set-string kUserdefaultsSelectedJson \
     '{"morningHabits": [{"name": "Water", "durationSeconds": 120}], "startTime": "07:00", "shutOffTime": "22:00"}'
 prefs set-bool kUserdefaultsFirstRun true
 prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
-prefs set-bool kUserdefaultsShowPomodoroView true
+item_apps_entries
+focus_block_prefs "[\"$XDG_DATA_HOME/applications/alpha.desktop\"]" '[]'
+notifications="$VELMORA_IT_DIR/notifications.log"
+watch_notifications "$notifications"
 
-start_accessibility
 start_velmora "$day 10:00:00"
 poll 30 "the status icon is embedded in the tray" xutil tray-icons velmora
 icon="$(xutil tray-icons velmora | head -n1 | cut -d' ' -f1)"
@@ -25,11 +31,26 @@ a11y has label "It's time to focus" || fail "the pomodoro window lacks its title
 grep -q "kUserdefaultsShowPomodoroView" "$VELMORA_CONF" && fail "the marker was not removed at launch"
 screenshot 1-pomodoro
 
-# The first type of a fresh list is the meetings type, in the built-in orange.
-a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
-poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
+focus_block_start
 grep -q "focus mode Started until - 10:25 AM" "$VELMORA_LOG" || fail "the block does not end at 10:25 AM"
 lets_do_it_gone() { ! a11y has button "Let's do it"; }
 icon_coloured() { xutil colours "$icon" | grep -q "^$1 "; }
 seen="a11y names button" poll 10 "the pomodoro window is gone" lets_do_it_gone
-seen="xutil colours $icon" poll 10 "the tray icon shows the type's colour D0963C" icon_coloured D0963C
+seen="xutil colours $icon" poll 10 "the tray icon shows the type's colour 3366CC" icon_coloured 3366CC
+
+for name in Alpha Beta; do
+    start_helper "$VELMORA_IT_PYTHON" "$(dirname "$0")/testwin.py" "$name"
+    poll 10 "$name's window exists" xdotool search --class "^$name\$"
+done
+alpha="$(xdotool search --class '^Alpha$' | head -n1)"
+beta="$(xdotool search --class '^Beta$' | head -n1)"
+for round in 1 2 3; do
+    xdotool windowactivate "$beta" 2>/dev/null || true
+    seen="xprop -id $beta WM_STATE" poll 5 "Beta is iconified at activation $round" iconic "$beta"
+    xdotool windowactivate "$alpha" 2>/dev/null || true
+    sleep 1.2 # a tick of the one-second check
+    ! iconic "$alpha" || fail "the allowed Alpha was iconified (round $round)"
+done
+screenshot 2-beta-hidden
+reports="$(grep -c "string \"Beta isn't allowed in the Deep focus mode.\"" "$notifications" || true)"
+[ "$reports" = 1 ] || fail "Beta was reported $reports times, not once: $(grep -A4 Notify "$notifications")"

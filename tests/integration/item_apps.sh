@@ -1,11 +1,10 @@
 # Sourced after lib.sh: desktop entries for Alpha and Beta (plain X11 windows), and a
 # morning habit that allows only Alpha, started at 07:00; sets $alpha, the launched window.
-# item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes")
-item_apps_start() {
-    local seconds=$1 spoken=$2 here
+# item_apps_entries: the two desktop entries alone.
+item_apps_entries() {
+    local here name
     here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
     mkdir -p "$XDG_DATA_HOME/applications"
-    local name
     for name in Alpha Beta; do
         cat >"$XDG_DATA_HOME/applications/${name,,}.desktop" <<EOS
 [Desktop Entry]
@@ -15,7 +14,12 @@ Exec=$VELMORA_IT_PYTHON $here/testwin.py $name
 StartupWMClass=$name
 EOS
     done
-    local day
+}
+
+# item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes")
+item_apps_start() {
+    local seconds=$1 spoken=$2 day
+    item_apps_entries
     day="$(date -d tomorrow +%F)"
     "$VELMORA_PREFS" "$VELMORA_CONF" set-string kUserdefaultsSelectedJson "{
         \"morningHabits\": [{\"name\": \"Writing\", \"durationSeconds\": $seconds, \"videoUrl\": [],

@@ -3,6 +3,7 @@
 #include "addWebUrlVc.h"
 #include "blockedUrlsVc.h"
 #include "DebugLog.h"
+#include "FakeBrowserTabs.h"
 #include "FakePorts.h"
 #include "focusPreferencesVc.h"
 #include "FocusTypeList.h"
@@ -64,6 +65,7 @@ private Q_SLOTS:
     void typeSheetRefusesClashingNames();
     void urlSheetRules_data();
     void urlSheetRules();
+    void browsersFollowTheirExtension();
     void switchLeadsToTheDialogsOfTheBlock_data();
     void switchLeadsToTheDialogsOfTheBlock();
     void applicationsComeFromTheDesktop();
@@ -162,6 +164,20 @@ void FocusPreferencesTest::urlSheetRules_data()
         << false << -1 << u"Example.ORG"_s << u"Example.ORG already exists in the list."_s;
     QTest::newRow("editing without a change") << false << 0 << u"example.org"_s << QString();
     QTest::newRow("blanks pass") << true << -1 << u"   "_s << QString();
+}
+
+void FocusPreferencesTest::browsersFollowTheirExtension()
+{
+    Screens s;
+    FakeBrowserTabs tabs;
+    s.ctx.browserTabs = &tabs;
+    blockedUrlsVc blockedTab(s.ctx);
+    blockedTab.show();
+    QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(),
+             u"Chromium: not connected (see “Browsers” in the README)"_s);
+    tabs.connected = {u"chromium"_s};
+    Q_EMIT tabs.connectionsChanged();
+    QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(), u"Chromium: connected"_s);
 }
 
 void FocusPreferencesTest::urlSheetRules()

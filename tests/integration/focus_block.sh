@@ -14,10 +14,3 @@ focus_block_start() {
     a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
     poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
 }
-
-# Records every desktop notification sent on the session bus into $1.
-watch_notifications() {
-    dbus-monitor --session "type='method_call',interface='org.freedesktop.Notifications',member='Notify'" \
-        >"$1" 2>&1 &
-    it_helpers+=("$!")
-}

@@ -20,7 +20,8 @@ prefs set-date UserdefaultsLastHabitShowDate "$day 07:00:00"
 item_apps_entries
 focus_block_prefs "[\"$XDG_DATA_HOME/applications/alpha.desktop\"]" '[]'
 notifications="$VELMORA_IT_DIR/notifications.log"
-watch_notifications "$notifications"
+dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
+it_helpers+=("$!")
 
 start_velmora "$day 10:00:00"
 poll 30 "the status icon is embedded in the tray" xutil tray-icons velmora
@@ -44,13 +45,7 @@ for name in Alpha Beta; do
 done
 alpha="$(xdotool search --class '^Alpha$' | head -n1)"
 beta="$(xdotool search --class '^Beta$' | head -n1)"
-for round in 1 2 3; do
-    xdotool windowactivate "$beta" 2>/dev/null || true
-    seen="xprop -id $beta WM_STATE" poll 5 "Beta is iconified at activation $round" iconic "$beta"
-    xdotool windowactivate "$alpha" 2>/dev/null || true
-    sleep 1.2 # a tick of the one-second check
-    ! iconic "$alpha" || fail "the allowed Alpha was iconified (round $round)"
-done
+beta_hidden_alpha_stays
 screenshot 2-beta-hidden
 reports="$(grep -c "string \"Beta isn't allowed in the Deep focus mode.\"" "$notifications" || true)"
 [ "$reports" = 1 ] || fail "Beta was reported $reports times, not once: $(grep -A4 Notify "$notifications")"

@@ -18,13 +18,7 @@ start_helper "$VELMORA_IT_PYTHON" "$(dirname "$0")/testwin.py" Beta
 poll 10 "Beta's window exists" xdotool search --class '^Beta$'
 beta="$(xdotool search --class '^Beta$' | head -n1)"
 
-for round in 1 2 3; do
-    xdotool windowactivate "$beta" 2>/dev/null || true
-    seen="xprop -id $beta WM_STATE _NET_WM_STATE" poll 5 "Beta is iconified at activation $round" iconic "$beta"
-    xdotool windowactivate "$alpha" 2>/dev/null || true
-    sleep 1.2 # a tick of the one-second check
-    ! iconic "$alpha" || fail "the allowed Alpha was iconified (round $round)"
-done
+beta_hidden_alpha_stays
 screenshot 2-beta-hidden
 
 # The habit ends: the lock comes back and the watch ends with it.

@@ -41,5 +41,17 @@ item_apps_start() {
     alpha="$(xdotool search --onlyvisible --class '^Alpha$' | head -n1)"
 }
 
+# Three times: Beta ($beta) is iconified when activated, Alpha ($alpha) is not.
+beta_hidden_alpha_stays() {
+    local round
+    for round in 1 2 3; do
+        xdotool windowactivate "$beta" 2>/dev/null || true
+        seen="xprop -id $beta WM_STATE _NET_WM_STATE" poll 5 "Beta is iconified at activation $round" iconic "$beta"
+        xdotool windowactivate "$alpha" 2>/dev/null || true
+        sleep 1.2 # a tick of the one-second check
+        ! iconic "$alpha" || fail "the allowed Alpha was iconified (round $round)"
+    done
+}
+
 # True when the window is iconified (ICCCM WM_STATE Iconic).
 iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }

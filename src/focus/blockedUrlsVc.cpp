@@ -35,7 +35,6 @@ blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
     lblBrowsers = new QLabel(this);
     tblViewBrowsers = new QListWidget(this);
     tblViewBrowsers->setObjectName(QStringLiteral("tblViewBrowsers"));
-    tblViewBrowsers->setFixedHeight(6 * 22);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(btnAddUrl);
@@ -111,6 +110,9 @@ void blockedUrlsVc::reloadBrowsers()
         auto* item = new QListWidgetItem(text, tblViewBrowsers);
         item->setData(Qt::AccessibleTextRole, text);
     }
+    // Every browser shows without scrolling, whatever the font.
+    tblViewBrowsers->setFixedHeight(tblViewBrowsers->sizeHintForRow(0) * tblViewBrowsers->count() +
+                                    2 * tblViewBrowsers->frameWidth());
 }
 
 void blockedUrlsVc::reloadData()

@@ -12,13 +12,14 @@ packages=(
   # outside world
   libpulse-dev libcanberra-dev libvalijson-dev
   libcanberra-pulse  # libcanberra's sound-server backend (PulseAudio, PipeWire's pulse server)
-  libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-keysyms1-dev libx11-dev libx11-xcb-dev
+  libglib2.0-dev libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-keysyms1-dev libx11-dev libx11-xcb-dev
   # runtime and integration tests
   xvfb x11-xserver-utils openbox tint2 xdotool pulseaudio pulseaudio-utils dbus dbus-x11
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
   x11-utils python3-xlib
   python3-websocket  # the settings page test talks to the web engine's debugging port
+  chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
 )
 
 missing=()
@@ -26,13 +27,18 @@ for p in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
 done
 
-if [ ${#missing[@]} -eq 0 ]; then
-  echo "install-deps: everything is installed"
-  exit 0
-fi
-
 SUDO=""
 [ "$(id -u)" -eq 0 ] || SUDO="sudo"
 export DEBIAN_FRONTEND=noninteractive
-$SUDO apt-get update -q
-$SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+if [ ${#missing[@]} -eq 0 ]; then
+  echo "install-deps: every Debian package is installed"
+else
+  $SUDO apt-get update -q
+  $SUDO apt-get install -y -q --no-install-recommends "${missing[@]}"
+fi
+
+# web-ext (npm) runs Firefox with the extension loaded for the browser tests.
+if ! command -v web-ext >/dev/null; then
+  command -v npm >/dev/null || $SUDO apt-get install -y -q --no-install-recommends npm
+  $SUDO npm install -g --no-audit --no-fund web-ext@8
+fi

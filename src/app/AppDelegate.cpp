@@ -1,8 +1,11 @@
 #include "AppDelegate.h"
 
+#include "AppBlocker.h"
 #include "FeedbackUpload.h"
+#include "FocusEngine.h"
+#include "focusPreferencesVc.h"
 #include "focusSummaryVc.h"
-#include "FocusTypes.h"
+#include "FocusTypeList.h"
 #include "HotKey.h"
 #include "HotKeysController.h"
 #include "LockWindows.h"
@@ -15,6 +18,7 @@
 #include "StatusItem.h"
 #include "timerViewcontroller.h"
 #include "uninstallVc.h"
+#include "UrlBlocker.h"
 #include "ViewController.h"
 #include "WayOut.h"
 
@@ -32,6 +36,7 @@
 #include <QSaveFile>
 #include <QScreen>
 #include <QSessionManager>
+#include <QTabWidget>
 #include <QTextStream>
 #include <QUrl>
 #include <QWindow>
@@ -51,6 +56,7 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     , m_usage(*ports.clock, {})
     , m_sync(*ports.preferences, *ports.clock)
 {
+    m_focusTypes = new FocusTypeList(m_state.arrFocusType, *m_ports.preferences, m_log, this);
     m_schedule = std::make_unique<DaySchedule>(DaySchedule::Deps{m_state, *m_ports.preferences,
                                                                  *m_ports.clock, m_log, *m_ports.media,
                                                                  *m_ports.notifier, m_texts, m_sync, *this});
@@ -76,7 +82,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         std::make_unique<FeedbackUpload>(*m_ports.http, *m_ports.preferences, m_texts, *m_ports.clock,
                                          m_paths.packagedSettings, m_log, *m_ports.scheduler);
     const PreferencesContext preferencesContext{
-        m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_texts};
+        m_state, *m_ports.preferences, *m_ports.clock,    *m_ports.scheduler, m_log,
+        m_texts, m_focusTypes,         m_ports.workspace, m_ports.browserTabs};
     m_menu = std::make_unique<menuViewController>(menuViewController::Deps{
         preferencesContext, *m_ports.http, m_paths.packagedSettings, configServer()});
     m_preferencesWindow = std::make_unique<preferencesWindowController>(preferencesContext);
@@ -97,6 +104,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
                        *this, m_random},
         *mainViewControllerObj, *m_feedback, m_paths.packagedSettings, [this] { quitAndRestartApp(); });
     installFocusSummary();
+    installFocusEngine();
+    installBlockers();
     shareTheKeyboardWithOurWindows();
     chooseExportFolder = [](const QString& prompt) {
         const auto dialog = exportFolderDialog(prompt);
@@ -114,6 +123,33 @@ std::unique_ptr<QFileDialog> AppDelegate::exportFolderDialog(const QString& prom
     return dialog;
 }
 
+// The blockers judge every change of the front application from the start; the
+// focus session tells them about the block that runs.
+void AppDelegate::installBlockers()
+{
+    if (!m_ports.workspace)
+        return;
+    FocusSession& block = m_focus->session();
+    m_urlBlocker = std::make_unique<UrlBlocker>(UrlBlocker::Deps{m_state, *m_ports.scheduler,
+                                                                 *m_ports.workspace, m_ports.browserTabs,
+                                                                 *m_ports.notifier, m_texts, m_log, block});
+    m_appBlocker = std::make_unique<AppBlocker>(
+        AppBlocker::Deps{m_state, *m_ports.scheduler, *m_ports.workspace, *m_ports.notifier, m_texts, m_log,
+                         block, *m_urlBlocker, QStringLiteral("Velmora")});
+}
+
+void AppDelegate::startTimerActivitiesAllowedApp()
+{
+    if (m_appBlocker)
+        m_appBlocker->startTimerActivitiesAllowedApp();
+}
+
+void AppDelegate::itemAllowListsOver()
+{
+    if (m_appBlocker)
+        m_appBlocker->itemAllowListsOver();
+}
+
 // The evening opens with the day's focus blocks and activities, read back from
 // the usage log since this morning's start time.
 void AppDelegate::installFocusSummary()
@@ -129,6 +165,27 @@ void AppDelegate::installFocusSummary()
                 m_schedule->todayStartInstant().value_or(m_ports.clock->now().addDays(-1));
             m_focusSummary->viewWillAppear(m_usage.path(), boundary);
         });
+}
+
+// The focus blocks, their windows and the meeting suggestion; the panel's rows
+// lead into them.
+void AppDelegate::installFocusEngine()
+{
+    m_focus = std::make_unique<FocusEngine>(FocusContext{m_state, *m_focusTypes, *m_ports.preferences,
+                                                         *m_ports.clock, *m_ports.scheduler, m_log, m_usage,
+                                                         m_texts, *this},
+                                            *m_ports.media, m_ports.workspace);
+    m_menu->onFocusRow = [this](int index) { m_focus->focusRowClicked(index); };
+    m_menu->onStartPomodoro = [this] { m_focus->menuShowPomodoroModeView(); };
+    m_menu->focusEndTime = [this] { return m_focus->session().endFocusModeTime; };
+    if (focusPreferencesVc* prefs = m_preferencesWindow->focusPreferencesVcObj) {
+        prefs->showStartingFocusMode = [this](int index, const QString& type) {
+            m_focus->showStartingFocusMode(index, type);
+        };
+        prefs->showAbortingFocusModeVc = [this] { m_focus->showAbortingFocusModeVc(); };
+        prefs->isDiscourageSheetShown = [this] { return m_focus->isDiscourageDefaultFocusVcVisible(); };
+        prefs->focusTypesRenumbered = [this] { m_focus->focusTypesChanged(); };
+    }
 }
 
 AppDelegate::~AppDelegate()
@@ -167,7 +224,7 @@ void AppDelegate::applicationWillFinishLaunching()
         m_ports.scheduler->post(this, [this] { m_lock->screenChanged(); });
     });
 
-    loadFocusTypes();
+    m_focusTypes->load();
     if (const auto blocked = m_ports.preferences->stringList(keys::kUserdefaultsArrBlockedUrls))
         m_state.arrBlockedUrls = *blocked;
     if (!m_ports.preferences->contains(keys::kUserdefaultsFirstRunDate))
@@ -193,14 +250,6 @@ void AppDelegate::applicationWillFinishLaunching()
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
         configurationArrived(std::move(catalogue));
     });
-}
-
-void AppDelegate::loadFocusTypes()
-{
-    const QVariantList stored =
-        m_ports.preferences->mapList(keys::kUserdefaultsArrFocusTypes).value_or(QVariantList());
-    m_state.arrFocusType = focus::repairAtLaunch(stored);
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
 }
 
 void AppDelegate::seedBoolPreference(const QString& key, bool fallback, bool* mirror)
@@ -232,6 +281,8 @@ void AppDelegate::prepareDataFolder()
          {QStringLiteral("afterMorningRoutine.wav"), QStringLiteral("everyActivity.wav")})
         refreshFromPackage(QStringLiteral(":/sounds/") + sound, QStringLiteral("sounds/") + sound);
     blockWebUrlString = QUrl::fromLocalFile(folder.filePath(QStringLiteral("vlmr-focus.html"))).toString();
+    if (m_urlBlocker)
+        m_urlBlocker->setBlockWebUrlString(blockWebUrlString);
 }
 
 // Copies a packaged file out to the data folder, replacing the old copy, so that
@@ -348,9 +399,11 @@ void AppDelegate::initialWork()
         m_state.isAppEnable = *enabled;
         if (!*enabled) {
             statusbutton->setOffLook(m_texts.buttonStatusStateOffText);
+            showPomodoroIfOwed();
             m_log.addLog(QStringLiteral("App started in Deactivated state"));
         } else {
             checkWindowState();
+            showPomodoroIfOwed();
         }
     } else {
         m_log.addLog(QStringLiteral("kUserdefaultsIsAppEnabled is not a bool; activation left as it was"));
@@ -360,6 +413,16 @@ void AppDelegate::initialWork()
         return;
     statusbutton->setClickable(true);
     qApp->installEventFilter(this);
+}
+
+// A restart after a given-up morning routine still owes the user the pomodoro
+// window.
+void AppDelegate::showPomodoroIfOwed()
+{
+    if (!m_ports.preferences->contains(keys::kUserdefaultsShowPomodoroView))
+        return;
+    m_ports.preferences->remove(keys::kUserdefaultsShowPomodoroView);
+    showAutoPomodoroModeView();
 }
 
 // A temporary deactivation that has run out restarts the program activated.
@@ -622,39 +685,73 @@ void AppDelegate::setCallLook()
     statusbutton->setCallLook(m_texts.buttonStatusStateCallText);
 }
 
-// The status part of meeting detection: the tray turns blue while the microphone
-// or a camera is in use, and goes back when the call has ended.
 void AppDelegate::checkIsMeetingsGoingOn()
 {
-    const bool live = m_ports.media->isMicOn() || m_ports.media->isACameraOn();
-    if (!live) {
-        if (m_callLookShown && statusbutton->look() == StatusItem::Look::Call)
-            statusbutton->setNormalLook();
-        m_callLookShown = false;
-        return;
-    }
-    if (isFocusModeOn())
-        return;
-    m_log.addLog(QStringLiteral("Mic/Camera Is On"));
-    setCallLook();
-    m_callLookShown = true;
+    m_focus->meetingWatch().checkIsMeetingsGoingOn();
 }
 
 bool AppDelegate::isFocusModeOn() const
 {
-    return focus::isFocusModeOn(m_state.arrFocusType);
+    return m_focus->session().isFocusModeOn();
 }
 
 void AppDelegate::focusModeFinishedFromShutOff()
 {
-    // Focus blocks cannot be started yet in this version, so none can be running
-    // at the shut-off time; clear the flag defensively so the gate never stalls.
-    for (QVariant& type : m_state.arrFocusType) {
-        QVariantMap map = type.toMap();
-        map.insert(QStringLiteral("isOn"), false);
-        type = map;
-    }
-    m_ports.preferences->setValue(keys::kUserdefaultsArrFocusTypes, m_state.arrFocusType);
+    m_focus->session().focusModeFinished(true);
+    focusPreferencesFollowBlock();
+}
+
+void AppDelegate::showAutoPomodoroModeView()
+{
+    m_focus->showAutoPomodoroModeView();
+}
+
+// --- the focus engine's host -----------------------------------------------------------
+
+void AppDelegate::setFocusLook(const QColor& color)
+{
+    statusbutton->setFocusLook(m_texts.buttonStatusStateFocusText, color);
+}
+
+void AppDelegate::setPlainLook()
+{
+    statusbutton->setNormalLook();
+}
+
+bool AppDelegate::isCallLookShown() const
+{
+    return statusbutton->look() == StatusItem::Look::Call;
+}
+
+void AppDelegate::focusPreferencesFollowBlock()
+{
+    focusPreferencesVc* prefs = m_preferencesWindow->focusPreferencesVcObj;
+    if (!prefs || !m_preferencesWindow->isVisible() ||
+        m_preferencesWindow->preferencesTabViewController->currentIndex() !=
+            preferencesWindowController::Focus)
+        return;
+    if (isFocusModeOn())
+        prefs->focusModeStarted();
+    else
+        prefs->focusModeFinished();
+}
+
+void AppDelegate::showFocusPreferences()
+{
+    m_preferencesWindow->menuItem_Preferences();
+    m_preferencesWindow->preferencesTabViewController->setCurrentIndex(preferencesWindowController::Focus);
+}
+
+void AppDelegate::armBlockers()
+{
+    if (m_appBlocker)
+        m_appBlocker->blockStarted();
+}
+
+void AppDelegate::disarmBlockers()
+{
+    if (m_appBlocker)
+        m_appBlocker->blockEnded();
 }
 
 bool AppDelegate::isShutOffTimeGoing() const
@@ -675,7 +772,8 @@ namespace velmora {
 
 void AppDelegate::togglePopover()
 {
-    if (!statusbutton->isClickable())
+    // While the discouraging sheet is up the tray does nothing.
+    if (!statusbutton->isClickable() || m_focus->isDiscourageDefaultFocusVcVisible())
         return;
     if (m_menu->isVisible()) {
         m_menu->hide();

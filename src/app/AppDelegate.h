@@ -2,6 +2,7 @@
 
 #include "DaySchedule.h"
 #include "DebugLog.h"
+#include "FocusHost.h"
 #include "GateHost.h"
 #include "Ports.h"
 #include "RoutineHost.h"
@@ -22,8 +23,12 @@ class QKeyEvent;
 
 namespace velmora {
 
+class AppBlocker;
 class CustomWindow;
+class UrlBlocker;
 class FeedbackUpload;
+class FocusEngine;
+class FocusTypeList;
 class WayOut;
 class focusSummaryVc;
 class HotKey;
@@ -47,7 +52,7 @@ struct AppPaths
 
 // Takes every outside event (launch, screens, the tray, the timers) and owns the
 // objects that live for the whole process.
-class AppDelegate : public QObject, private GateHost, private RoutineHost
+class AppDelegate : public QObject, private GateHost, private RoutineHost, private FocusHost
 {
     Q_OBJECT
 
@@ -85,6 +90,7 @@ public:
     void applicationWillTerminate();
 
     RunState& state() { return m_state; }
+    FocusTypeList& focusTypes() { return *m_focusTypes; }
     DaySchedule& schedule() { return *m_schedule; }
     ViewController& viewController() { return *mainViewControllerObj; }
     CustomWindow& mainWindow() { return *m_mainWindow; }
@@ -96,10 +102,14 @@ public:
     FeedbackUpload& feedbackUpload() { return *m_feedback; }
     WayOut& wayOut() { return *m_wayOut; }
     focusSummaryVc& focusSummary() { return *m_focusSummary; }
+    FocusEngine& focusEngine() { return *m_focus; }
     const TextCatalogue& texts() const { return m_texts; }
     const DebugLog& debugLog() const { return m_log; }
     const UsageLog& usageLog() const { return m_usage; }
     QRandomGenerator& random() { return m_random; }
+    // The application and address blockers; none without a workspace.
+    AppBlocker* appBlocker() { return m_appBlocker.get(); }
+    UrlBlocker* urlBlocker() { return m_urlBlocker.get(); }
     bool isTickRunning() const;
     bool isReactivationWatchRunning() const;
 
@@ -135,8 +145,18 @@ private:
     void bringToFront() override;
     bool isShutOffTimeGoing() const override;
     bool isPreventUserIdleDisplaySleepOn() override;
+    void startTimerActivitiesAllowedApp() override;
+    void itemAllowListsOver() override;
+    void showAutoPomodoroModeView() override;
+    // FocusHost
+    void setFocusLook(const QColor& color) override;
+    void setPlainLook() override;
+    bool isCallLookShown() const override;
+    void focusPreferencesFollowBlock() override;
+    void showFocusPreferences() override;
+    void armBlockers() override;
+    void disarmBlockers() override;
 
-    void loadFocusTypes();
     void seedBoolPreference(const QString& key, bool fallback, bool* mirror);
     void prepareDataFolder();
     void refreshFromPackage(const QString& resource, const QString& fileName);
@@ -144,6 +164,8 @@ private:
     void installResetHotKey();
     void tellOnceWhenThereIsNoTray();
     void installFocusSummary();
+    void installFocusEngine();
+    void showPomodoroIfOwed();
     void shareTheKeyboardWithOurWindows();
     void configurationArrived(std::optional<QJsonObject> catalogue);
     bool reactivateIfDue();
@@ -152,6 +174,7 @@ private:
     void installSettingsEditor();
     void leaveForGood();
     void keepOurWindowsAboveTheLock();
+    void installBlockers();
 
     Ports m_ports;
     AppPaths m_paths;
@@ -162,6 +185,7 @@ private:
     UsageLog m_usage;
     SyncTimestamps m_sync;
     std::unique_ptr<DaySchedule> m_schedule;
+    FocusTypeList* m_focusTypes = nullptr;
 
     ViewController* mainViewControllerObj = nullptr;
     std::unique_ptr<CustomWindow> m_mainWindow;
@@ -172,14 +196,16 @@ private:
     std::unique_ptr<FeedbackUpload> m_feedback;
     std::unique_ptr<WayOut> m_wayOut;
     focusSummaryVc* m_focusSummary = nullptr;
+    std::unique_ptr<FocusEngine> m_focus;
     std::unique_ptr<menuViewController> m_menu;
     std::unique_ptr<preferencesWindowController> m_preferencesWindow;
     std::unique_ptr<quittingWindow> m_quittingWindow;
+    std::unique_ptr<UrlBlocker> m_urlBlocker;
+    std::unique_ptr<AppBlocker> m_appBlocker;
 
     std::optional<TimerId> timerBackgroundThread;
     std::optional<TimerId> timerCheckReactivateTime;
     std::optional<TimerId> timerCheckClearPasswordTime;
-    bool m_callLookShown = false;
     QString blockWebUrlString;
 };
 

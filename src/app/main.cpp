@@ -4,6 +4,7 @@
 #include "DesktopNotifier.h"
 #include "IdleMemory.h"
 #include "LockWindows.h"
+#include "LocalBrowserTabs.h"
 #include "NetworkHttp.h"
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
@@ -15,6 +16,7 @@
 #include "SystemClock.h"
 #include "SystemdLoginService.h"
 #include "X11HotKeys.h"
+#include "X11Workspace.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -120,8 +122,10 @@ int main(int argc, char* argv[])
     ProcessLauncher launcher;
     SystemdLoginService loginService;
     X11HotKeys hotKeys;
-    Ports ports{&clock,    &scheduler, &preferences, &media,        &displayAwake,
-                &notifier, &http,      &launcher,    &loginService, &hotKeys};
+    X11Workspace workspace;
+    LocalBrowserTabs browserTabs;
+    Ports ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
+                &http,  &launcher,  &loginService, &hotKeys, &workspace,    &browserTabs};
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
@@ -133,5 +137,13 @@ int main(int argc, char* argv[])
     LockHiddenWatch lockHidden([&idle] { idle.start(); });
     delegate.mainWindow().installEventFilter(&lockHidden);
     idle.start();
+    const auto log = [&delegate](const QString& line) { delegate.debugLog().addLog(line); };
+    workspace.setLog(log);
+    browserTabs.setLog(log);
+    // The browsers start our host per connection; their manifests say where it is.
+    browserTabs.writeHostManifests(
+        QDir::homePath(), QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
+        QApplication::applicationDirPath() + QStringLiteral("/velmora-browser-host"));
+    browserTabs.listen(runtime);
     return app.exec();
 }

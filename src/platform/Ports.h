@@ -1,5 +1,6 @@
 #pragma once
 
+#include "BrowserTabs.h"
 #include "Clock.h"
 #include "DisplayAwake.h"
 #include "HotKeys.h"
@@ -28,6 +29,8 @@ struct Ports
     LoginService* loginService = nullptr;
     HotKeys* hotKeys = nullptr;
     Workspace* workspace = nullptr;
+    // None: no browser is looked at.
+    BrowserTabs* browserTabs = nullptr;
 };
 
 } // namespace velmora

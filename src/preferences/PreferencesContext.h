@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Alerts.h"
+
 #include <functional>
 #include <QString>
 
@@ -7,11 +9,14 @@ class QWidget;
 
 namespace velmora {
 
+class BrowserTabs;
 class Clock;
 class DebugLog;
+class FocusTypeList;
 class Preferences;
 class Scheduler;
 class TextCatalogue;
+class Workspace;
 struct RunState;
 
 // What the preferences window and the panel share. One per application object.
@@ -23,15 +28,13 @@ struct PreferencesContext
     Scheduler& scheduler;
     const DebugLog& log;
     const TextCatalogue& texts;
+    // The focus types; the program always gives them, a test of another tab may not.
+    FocusTypeList* focusTypes = nullptr;
+    // The installed applications for the focus types' chooser; without it only a
+    // desktop file can be chosen.
+    Workspace* workspace = nullptr;
+    // Which browsers' extensions are connected.
+    BrowserTabs* browserTabs = nullptr;
 };
-
-// A question with two answers; true for the first.
-using AskAlert = std::function<bool(const QString& text, const QString& yes, const QString& no)>;
-// A notice with one button.
-using InformAlert = std::function<void(const QString& title, const QString& text)>;
-
-// The modal boxes behind the two, kept above the lock windows.
-bool askModally(QWidget* parent, const QString& text, const QString& yes, const QString& no);
-void informModally(QWidget* parent, const QString& title, const QString& text, const QString& ok);
 
 } // namespace velmora

@@ -1,6 +1,7 @@
 #include "menuViewController.h"
 
 #include "DebugLog.h"
+#include "FocusTypes.h"
 #include "Http.h"
 #include "PreferenceKeys.h"
 #include "Preferences.h"
@@ -16,7 +17,10 @@
 #include <QHBoxLayout>
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QKeyEvent>
 #include <QLabel>
+#include <QLocale>
+#include <QPixmap>
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
@@ -30,7 +34,8 @@ const QString kStandUpAndStretch = QStringLiteral("Stand up and stretch");
 } // namespace
 
 menuViewController::menuViewController(Deps deps, QWidget* parent)
-    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint)
+    // A tool window rather than a pop-up: pop-ups are invisible to screen readers.
+    : QWidget(parent, Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint)
     , d(std::move(deps))
 {
     setObjectName(QStringLiteral("menuViewController"));
@@ -39,24 +44,37 @@ menuViewController::menuViewController(Deps deps, QWidget* parent)
     setStyleSheet(QStringLiteral(R"(
         QWidget#menuViewController { background: palette(window); border: 1px solid palette(mid); }
         QPushButton[role="row"] { text-align: left; border: none; padding: 6px 14px; min-height: 20px; }
-        QPushButton[role="row"]:hover { background: palette(midlight); }
+        QPushButton[role="row"]:hover, QPushButton[role="row"]:focus { background: palette(midlight); }
         QLabel#boxCheckMark { padding-right: 14px; }
+        QLabel#lblTitleFocus { padding: 0 14px; font-weight: bold; }
+        QLabel#lblOn { padding: 0 14px; color: palette(dark); }
     )"));
 
-    auto row = [this](const char* name) {
-        auto* b = new QPushButton(this);
-        b->setObjectName(QLatin1String(name));
-        b->setProperty("role", QStringLiteral("row"));
-        b->setFlat(true);
-        b->setFocusPolicy(Qt::TabFocus);
-        return b;
-    };
-    boxReactivate = row("boxReactivate");
-    boxPreferences = row("boxPreferences");
-    boxExportStatistics = row("boxExportStatistics");
-    boxCheckForUpdates = row("boxCheckForUpdates");
-    boxEnableOfficeMode = row("boxEnableOfficeMode");
-    boxQuit = row("boxQuit");
+    boxFocusMode = new QWidget(this);
+    boxFocusMode->setObjectName(QStringLiteral("boxFocusMode"));
+    lblTitleFocus = new QLabel(boxFocusMode);
+    lblTitleFocus->setObjectName(QStringLiteral("lblTitleFocus"));
+    lblTitleFocus->setFixedHeight(34);
+    lblOn = new QLabel(boxFocusMode);
+    lblOn->setObjectName(QStringLiteral("lblOn"));
+    lblOn->setFixedHeight(53 - 34);
+    auto* focusBox = new QVBoxLayout(boxFocusMode);
+    focusBox->setContentsMargins(0, 0, 0, 0);
+    focusBox->setSpacing(0);
+    focusBox->addWidget(lblTitleFocus);
+    m_focusList = new QVBoxLayout;
+    m_focusList->setSpacing(0);
+    focusBox->addLayout(m_focusList);
+    focusBox->addWidget(lblOn);
+    focusBox->addStretch();
+
+    boxStartPomodoroMode = makeRow("boxStartPomodoroMode");
+    boxReactivate = makeRow("boxReactivate");
+    boxPreferences = makeRow("boxPreferences");
+    boxExportStatistics = makeRow("boxExportStatistics");
+    boxCheckForUpdates = makeRow("boxCheckForUpdates");
+    boxEnableOfficeMode = makeRow("boxEnableOfficeMode");
+    boxQuit = makeRow("boxQuit");
     boxCheckMark = new QLabel(QStringLiteral("✓"), this);
     boxCheckMark->setObjectName(QStringLiteral("boxCheckMark"));
     boxCheckMark->setAccessibleName(QStringLiteral("Office mode is on"));
@@ -65,6 +83,8 @@ menuViewController::menuViewController(Deps deps, QWidget* parent)
     layout->setContentsMargins(0, 6, 0, 6);
     layout->setSpacing(0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(boxFocusMode);
+    layout->addWidget(boxStartPomodoroMode);
     layout->addWidget(boxReactivate);
     layout->addWidget(boxPreferences);
     layout->addWidget(boxExportStatistics);
@@ -76,6 +96,7 @@ menuViewController::menuViewController(Deps deps, QWidget* parent)
     layout->addLayout(office);
     layout->addWidget(boxQuit);
 
+    rowClicked(boxStartPomodoroMode, [this] { onStartPomodoro ? onStartPomodoro() : void(); });
     rowClicked(boxReactivate, [this] { onReactivate ? onReactivate() : void(); });
     rowClicked(boxPreferences, [this] { onPreferences ? onPreferences() : void(); });
     rowClicked(boxExportStatistics, [this] { onExportStatistics ? onExportStatistics() : void(); });
@@ -90,6 +111,18 @@ menuViewController::menuViewController(Deps deps, QWidget* parent)
         informModally(nullptr, title, text, d.ctx.texts.buttonOkText);
     };
     viewDidLoad();
+}
+
+QPushButton* menuViewController::makeRow(const char* objectName)
+{
+    auto* b = new QPushButton(this);
+    b->setObjectName(QLatin1String(objectName));
+    b->setProperty("role", QStringLiteral("row"));
+    b->setFlat(true);
+    b->setFocusPolicy(Qt::StrongFocus);
+    // Return presses the row that has the keyboard, as in a menu.
+    b->setAutoDefault(true);
+    return b;
 }
 
 // The panel goes away before the row acts, as a menu does.
@@ -109,6 +142,18 @@ void menuViewController::closeEvent(QCloseEvent* event)
     hide();
 }
 
+// Like a menu, the panel goes when another window takes over or on Escape.
+bool menuViewController::event(QEvent* event)
+{
+    if (event->type() == QEvent::WindowDeactivate && isVisible())
+        hide();
+    if (event->type() == QEvent::KeyPress && static_cast<QKeyEvent*>(event)->key() == Qt::Key_Escape) {
+        hide();
+        return true;
+    }
+    return QWidget::event(event);
+}
+
 QString menuViewController::menuText(const char* key, const QString& fallback) const
 {
     return d.ctx.texts.text("menuInfo", key, fallback);
@@ -125,6 +170,9 @@ void menuViewController::viewDidLoad()
     boxEnableOfficeMode->setText(
         menuText("menuItemEnableOfficeModeTitle", QStringLiteral("Enable office mode")));
     boxQuit->setText(menuText("menuItemQuitTitle", QStringLiteral("Quit")));
+    boxStartPomodoroMode->setText(
+        menuText("menuItemStartPomodoroTitle", QStringLiteral("Start Pomodoro Mode")));
+    lblTitleFocus->setText(menuText("menuItemFocusTitle", QStringLiteral("Focus")));
 }
 
 void menuViewController::reloadData()
@@ -132,7 +180,56 @@ void menuViewController::reloadData()
     // The catalogue may have arrived since the last opening.
     viewDidLoad();
     boxReactivate->setVisible(!d.ctx.state.isAppEnable);
+    boxStartPomodoroMode->setVisible(!focus::isFocusModeOn(d.ctx.state.arrFocusType));
+    reloadFocusRows();
+    resetViewHeight();
     boxCheckMark->setVisible(d.ctx.state.isOfficeModeEnabled);
+}
+
+void menuViewController::reloadFocusRows()
+{
+    const QVariantList& types = d.ctx.state.arrFocusType;
+    while (focusRows.size() > types.size())
+        delete focusRows.takeLast();
+    while (focusRows.size() < types.size()) {
+        const int index = int(focusRows.size());
+        QPushButton* row = makeRow("focusRow");
+        row->setParent(boxFocusMode);
+        row->setFixedHeight(kFocusRowHeight);
+        rowClicked(row, [this, index] { onFocusRow ? onFocusRow(index) : void(); });
+        m_focusList->addWidget(row);
+        focusRows.append(row);
+    }
+    QString running;
+    for (int i = 0; i < types.size(); ++i) {
+        const QVariantMap type = types.at(i).toMap();
+        QPixmap swatch(12, 12);
+        swatch.fill(focus::colorFromString(type.value(QStringLiteral("color")).toString()));
+        focusRows[i]->setIcon(QIcon(swatch));
+        focusRows[i]->setText(type.value(QStringLiteral("name")).toString());
+        if (type.value(QStringLiteral("isOn")).toBool())
+            running = focusRows[i]->text();
+    }
+    lblOn->setVisible(!running.isEmpty());
+    if (running.isEmpty())
+        return;
+    const std::optional<QDateTime> end = focusEndTime ? focusEndTime() : std::nullopt;
+    const QString state =
+        end ? fillTemplate(menuText("untilTimeText", QStringLiteral("On Until <TIME>")),
+                           {{"<TIME>", QLocale::c().toString(end->time(), QStringLiteral("hh:mm AP"))}})
+            : menuText("onText", QStringLiteral("On"));
+    lblOn->setText(state);
+}
+
+int menuViewController::focusModeBoxHeight() const
+{
+    const int rows = int(d.ctx.state.arrFocusType.size());
+    return kFocusRowHeight * rows + (focus::isFocusModeOn(d.ctx.state.arrFocusType) ? 53 : 34);
+}
+
+void menuViewController::resetViewHeight()
+{
+    boxFocusMode->setFixedHeight(focusModeBoxHeight());
 }
 
 QPoint menuViewController::placeFor(const QSize& panel, const QRect& trayIcon, const QPoint& cursor,
@@ -169,6 +266,9 @@ void menuViewController::popUp(const QRect& trayIcon, const QPoint& cursor)
     show();
     raise();
     activateWindow();
+    // The keyboard starts on the first row.
+    if (!focusRows.isEmpty())
+        focusRows.first()->setFocus(Qt::PopupFocusReason);
 }
 
 // --- office mode ------------------------------------------------------------------

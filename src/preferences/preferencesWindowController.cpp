@@ -1,11 +1,14 @@
 #include "preferencesWindowController.h"
 
+#include "blockedUrlsVc.h"
 #include "DebugLog.h"
 #include "enterPasswordVc.h"
+#include "focusPreferencesVc.h"
 #include "generalVc.h"
 #include "PasswordStore.h"
 #include "passwordVc.h"
 #include "selectJsonVc.h"
+#include "RunState.h"
 #include "TextCatalogue.h"
 #include "uninstallVc.h"
 
@@ -24,7 +27,7 @@ preferencesWindowController::preferencesWindowController(PreferencesContext ctx,
 {
     setObjectName(QStringLiteral("preferencesWindow"));
     setWindowTitle(QStringLiteral("Velmora preferences"));
-    resize(720, 480);
+    resize(860, 620);
 
     preferencesTabViewController = new QTabWidget(this);
     generalVcObj = new generalVc(c, preferencesTabViewController);
@@ -33,12 +36,27 @@ preferencesWindowController::preferencesWindowController(PreferencesContext ctx,
     preferencesTabViewController->addTab(generalVcObj, QStringLiteral("General"));
     preferencesTabViewController->addTab(passwordVcObj, QStringLiteral("Password"));
     preferencesTabViewController->addTab(uninstallVcObj, QStringLiteral("Uninstall"));
+    addFocusTabs();
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(preferencesTabViewController);
 
     connect(preferencesTabViewController, &QTabWidget::currentChanged, this,
             [this](int index) { tabView_didSelect(index); });
+}
+
+// The focus tab sits at its fixed index; the always-blocked addresses follow the password.
+void preferencesWindowController::addFocusTabs()
+{
+    if (!c.focusTypes)
+        return;
+    const FocusPreferencesContext focus{*c.focusTypes, c.state.arrBlockedUrls, c.preferences, c.texts, c.log,
+                                        c.workspace,   c.browserTabs};
+    focusPreferencesVcObj = new focusPreferencesVc(focus, preferencesTabViewController);
+    blockedUrlsVcObj = new blockedUrlsVc(focus, preferencesTabViewController);
+    preferencesTabViewController->insertTab(Focus, focusPreferencesVcObj, QStringLiteral("Focus"));
+    preferencesTabViewController->insertTab(preferencesTabViewController->indexOf(passwordVcObj) + 1,
+                                            blockedUrlsVcObj, QStringLiteral("Always Blocked"));
 }
 
 void preferencesWindowController::menuItem_Preferences()

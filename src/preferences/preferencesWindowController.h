@@ -8,7 +8,9 @@ class QTabWidget;
 
 namespace velmora {
 
+class blockedUrlsVc;
 class enterPasswordVc;
+class focusPreferencesVc;
 class generalVc;
 class passwordVc;
 class selectJsonVc;
@@ -22,7 +24,8 @@ class preferencesWindowController : public QWidget
 public:
     enum Tab
     {
-        General = 0
+        General = 0,
+        Focus = 1
     };
 
     explicit preferencesWindowController(PreferencesContext ctx, QWidget* parent = nullptr);
@@ -43,6 +46,9 @@ public:
     generalVc* generalVcObj = nullptr;
     passwordVc* passwordVcObj = nullptr;
     uninstallVc* uninstallVcObj = nullptr;
+    // The focus tabs, present when the context carries the focus types.
+    focusPreferencesVc* focusPreferencesVcObj = nullptr;
+    blockedUrlsVc* blockedUrlsVcObj = nullptr;
     enterPasswordVc* enterPasswordVcObj = nullptr;
     selectJsonVc* selectJsonVcObj = nullptr;
 
@@ -53,6 +59,7 @@ protected:
 private:
     void tabView_didSelect(int index);
     void removePasswordView();
+    void addFocusTabs();
 
     PreferencesContext c;
     int m_lastTab = General;

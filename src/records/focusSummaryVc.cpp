@@ -1,6 +1,7 @@
 #include "focusSummaryVc.h"
 
 #include "RecordFormats.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 
 #include <limits>
@@ -13,29 +14,6 @@
 namespace velmora {
 
 namespace {
-
-// Object names and the "role" property are what the lock window's style sheet
-// keys on.
-QLabel* makeLabel(QWidget* parent, const char* objectName, const char* role)
-{
-    auto* l = new QLabel(parent);
-    l->setObjectName(QLatin1String(objectName));
-    l->setProperty("role", QLatin1String(role));
-    l->setAlignment(Qt::AlignCenter);
-    l->setWordWrap(true);
-    l->setTextFormat(Qt::PlainText);
-    return l;
-}
-
-QPushButton* makeButton(QWidget* parent, const char* objectName, const char* role)
-{
-    auto* b = new QPushButton(parent);
-    b->setObjectName(QLatin1String(objectName));
-    b->setProperty("role", QLatin1String(role));
-    b->setCursor(Qt::PointingHandCursor);
-    b->setAutoDefault(false);
-    return b;
-}
 
 QTableWidget* makeTable(QWidget* holder, const char* objectName, int columns)
 {
@@ -87,16 +65,16 @@ focusSummaryVc::focusSummaryVc(const TextCatalogue& texts, QWidget* parent)
     layout->setContentsMargins(48, 32, 48, 32);
     layout->setSpacing(16);
 
-    lblTitle = makeLabel(this, "lblTitle", "title");
-    btnClickHere = makeButton(this, "btnClickHere", "quiet");
-    lblTotalFocusTime = makeLabel(this, "lblTotalFocusTime", "body");
-    lblFocusSummary = makeLabel(this, "lblFocusSummary", "body");
+    lblTitle = style::title(this, "lblTitle");
+    btnClickHere = style::quietButton(this, "btnClickHere");
+    lblTotalFocusTime = style::body(this, "lblTotalFocusTime");
+    lblFocusSummary = style::body(this, "lblFocusSummary");
     scrollViewFocusSummary = makeHolder(this, "scrollViewFocusSummary");
     tblViewFocusSummary = makeTable(scrollViewFocusSummary, "tblViewFocusSummary", 5);
-    lblActivitySummary = makeLabel(this, "lblActivitySummary", "body");
+    lblActivitySummary = style::body(this, "lblActivitySummary");
     scrollViewActivitySummary = makeHolder(this, "scrollViewActivitySummary");
     tblViewActivitySummary = makeTable(scrollViewActivitySummary, "tblViewActivitySummary", 6);
-    btnContinue = makeButton(this, "btnContinue", "primary");
+    btnContinue = style::primaryButton(this, "btnContinue");
 
     layout->addStretch();
     layout->addWidget(lblTitle);

@@ -16,6 +16,12 @@ public:
     virtual void setCallLook() = 0;
     virtual bool isShutOffTimeGoing() const = 0;
     virtual bool isPreventUserIdleDisplaySleepOn() = 0;
+    // An item with allowed applications starts: launch them and keep the rest away.
+    virtual void startTimerActivitiesAllowedApp() = 0;
+    // Any item is over: the watch over its applications and addresses ends.
+    virtual void itemAllowListsOver() = 0;
+    // The pomodoro window, unless a block, a call or the shut-off is on.
+    virtual void showAutoPomodoroModeView() = 0;
 };
 
 } // namespace velmora

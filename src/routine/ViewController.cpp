@@ -14,7 +14,7 @@
 #include "rememberNextHabitVc.h"
 #include "RoutineHost.h"
 #include "RoutineRows.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
 #include "thirdVc.h"
@@ -305,6 +305,7 @@ void ViewController::itemOverCommon()
     }
     c.state.currentHabitPlaying.reset();
     c.state.currentActivityPlaying.reset();
+    c.host.itemAllowListsOver();
     btnAbort->show();
     clearContainer();
 }
@@ -379,6 +380,9 @@ void ViewController::habitsFinishedUnlockMachine()
     c.state.currentHabitIndex = -1;
     // A plain delay, not a timer anyone can cancel: the window goes in 3 seconds.
     c.scheduler.singleShot(kUnlockDelayMs, this, [this] { unlockMachine(); });
+    // Offered at once, while the stay-focused message is still up.
+    if (c.preferences.boolean(keys::kUserdefaultsPomodoroModeEnabled).value_or(false))
+        c.host.showAutoPomodoroModeView();
     c.state.currentState = CURRENTSTATE::_NOTHING_;
 }
 

@@ -2,8 +2,8 @@
 
 #include "DurationTexts.h"
 #include "JsonValues.h"
-#include "RoutineStyle.h"
 #include "RunState.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 #include "ViewController.h"
 

@@ -3,7 +3,7 @@
 #include "Clock.h"
 #include "RecordFormats.h"
 #include "RoutineRows.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 #include "UsageLog.h"
 

@@ -1,8 +1,8 @@
 #include "rememberNextHabitVc.h"
 
 #include "DurationTexts.h"
-#include "RoutineStyle.h"
 #include "RunState.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 #include "thirdVc.h"
 

@@ -5,8 +5,8 @@
 #include "DisplayAwake.h"
 #include "DurationTexts.h"
 #include "RoutineHost.h"
-#include "RoutineStyle.h"
 #include "RunState.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 #include "ViewController.h"
 #include "WebPage.h"
@@ -153,6 +153,7 @@ void timerViewcontroller::startTimerHabit(int durationSeconds, const std::option
         // The item is done away from the lock, in the programs it allows.
         c.state.currentHabitPlaying = currentHabit;
         c.host.setMainWindowVisible(false);
+        c.host.startTimerActivitiesAllowedApp();
         c.host.hideBlankWindowInSecondaryMonitor();
     } else {
         c.state.currentHabitPlaying.reset();
@@ -173,6 +174,7 @@ void timerViewcontroller::startTimerActivity(int durationInSeconds, const QStrin
     if (currentActivity.openSpecificApps) {
         c.state.currentActivityPlaying = currentActivity;
         c.host.setMainWindowVisible(false);
+        c.host.startTimerActivitiesAllowedApp();
         c.host.hideBlankWindowInSecondaryMonitor();
     } else {
         c.state.currentActivityPlaying.reset();

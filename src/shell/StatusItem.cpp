@@ -1,6 +1,7 @@
 #include "StatusItem.h"
 
 #include <QFont>
+#include <QFontMetrics>
 #include <QPainter>
 #include <QPixmap>
 #include <QSystemTrayIcon>
@@ -70,9 +71,15 @@ QIcon StatusItem::paintLook(const QString& title, const QColor& background, cons
                 QFont f;
                 f.setPixelSize(int(7 * unit));
                 f.setBold(true);
+                // "FOCUS" must fit whole: the font shrinks to the frame's width.
+                const QString word = title.left(5);
+                const qreal room = frame.width() - 2 * unit;
+                const int wide = QFontMetrics(f).horizontalAdvance(word);
+                if (wide > room)
+                    f.setPixelSize(qMax(4, int(f.pixelSize() * room / wide)));
                 p.setFont(f);
                 p.setPen(ink);
-                p.drawText(frame, Qt::AlignCenter, title.left(5));
+                p.drawText(frame, Qt::AlignCenter, word);
             }
         }
         icon.addPixmap(pixmap);

@@ -1,7 +1,7 @@
 #include "AbortScreens.h"
 
-#include "RoutineStyle.h"
 #include "RunState.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 
 #include <QComboBox>

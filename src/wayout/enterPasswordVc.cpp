@@ -6,7 +6,7 @@
 #include "PreferenceKeys.h"
 #include "Preferences.h"
 #include "RecordFormats.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 
 #include <QDebug>

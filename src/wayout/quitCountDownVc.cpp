@@ -4,7 +4,7 @@
 #include "DurationTexts.h"
 #include "enterPasswordVc.h"
 #include "PasswordStore.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 
 #include <QLabel>

@@ -5,7 +5,7 @@
 #include "DebugLog.h"
 #include "FeedbackUpload.h"
 #include "quitCountDownVc.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 #include "UsageLog.h"
 

@@ -3,7 +3,7 @@
 #include "DebugLog.h"
 #include "quitCountDownVc.h"
 #include "quittingConfirmVc.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 
 #include <QCloseEvent>
 #include <QStackedLayout>

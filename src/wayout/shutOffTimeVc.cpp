@@ -1,8 +1,8 @@
 #include "shutOffTimeVc.h"
 
 #include "PasswordStore.h"
-#include "RoutineStyle.h"
 #include "RunState.h"
+#include "Style.h"
 #include "TextCatalogue.h"
 
 #include <QHBoxLayout>

@@ -7,7 +7,7 @@
 #include "logQuantityVc.h"
 #include "MessageCapture.h"
 #include "rememberNextHabitVc.h"
-#include "RoutineStyle.h"
+#include "Style.h"
 #include "StatusItem.h"
 #include "thirdVc.h"
 #include "timerViewcontroller.h"

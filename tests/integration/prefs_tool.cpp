@@ -6,6 +6,7 @@
 //   velmora-prefs CONF set-bool KEY true|false
 //   velmora-prefs CONF set-date KEY "yyyy-MM-dd HH:mm:ss"      (local time)
 //   velmora-prefs CONF get-string KEY                          (to standard output)
+//   velmora-prefs CONF set-list KEY JSON-ARRAY                 (a list of maps, as the type list)
 
 #include "SettingsPreferences.h"
 
@@ -13,6 +14,8 @@
 #include <QCoreApplication>
 #include <QDateTime>
 #include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QSettings>
 
 using velmora::SettingsPreferences;
@@ -21,7 +24,8 @@ static int usage()
 {
     std::fputs("usage: velmora-prefs CONF set-string KEY VALUE\n"
                "       velmora-prefs CONF set-bool KEY true|false\n"
-               "       velmora-prefs CONF set-date KEY \"yyyy-MM-dd HH:mm:ss\"\n",
+               "       velmora-prefs CONF set-date KEY \"yyyy-MM-dd HH:mm:ss\"\n"
+               "       velmora-prefs CONF set-list KEY JSON-ARRAY\n",
                stderr);
     return 2;
 }
@@ -57,6 +61,11 @@ int main(int argc, char* argv[])
             return 2;
         }
         value = date;
+    } else if (command == QLatin1String("set-list")) {
+        const QJsonDocument list = QJsonDocument::fromJson(text.toUtf8());
+        if (!list.isArray())
+            return usage();
+        value = list.array().toVariantList();
     } else {
         return usage();
     }

@@ -10,6 +10,8 @@ Run with Debian's /usr/bin/python3 (python3-xlib). Window ids are printed in hex
   xutil.py keyboard-grabbed           exit 0 when another client holds the keyboard grabbed
   xutil.py is-inside WINDOW ANCESTOR  exit 0 when WINDOW is ANCESTOR or lies inside it
   xutil.py screenshot FILE.png        the whole root window as a PNG
+  xutil.py colours WINDOW             the colours shown where WINDOW lies on the screen,
+                                      most frequent first ("RRGGBB count" per line)
 """
 
 import struct
@@ -144,6 +146,23 @@ def cmd_screenshot(d, path):
     return 0
 
 
+def cmd_colours(d, window):
+    root = d.screen().root
+    win = d.create_resource_object("window", int(window, 0))
+    geo = win.get_geometry()
+    at = win.translate_coords(root, 0, 0)
+    x, y = -at.x, -at.y
+    image = root.get_image(x, y, geo.width, geo.height, X.ZPixmap, 0xFFFFFFFF)
+    counts = {}
+    data = image.data
+    for i in range(0, len(data) - 3, 4):
+        key = "%02X%02X%02X" % (data[i + 2], data[i + 1], data[i])
+        counts[key] = counts.get(key, 0) + 1
+    for key, count in sorted(counts.items(), key=lambda kv: -kv[1])[:8]:
+        print(key, count)
+    return 0
+
+
 def main(argv):
     if len(argv) < 2:
         print(__doc__, file=sys.stderr)
@@ -157,6 +176,7 @@ def main(argv):
         "is-inside": (cmd_is_inside, 2),
         "keyboard-grabbed": (cmd_keyboard_grabbed, 0),
         "screenshot": (cmd_screenshot, 1),
+        "colours": (cmd_colours, 1),
     }
     if command not in commands or len(args) != commands[command][1]:
         print(__doc__, file=sys.stderr)

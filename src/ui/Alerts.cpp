@@ -1,4 +1,4 @@
-#include "PreferencesContext.h"
+#include "Alerts.h"
 
 #include <QMessageBox>
 #include <QPushButton>

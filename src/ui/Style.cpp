@@ -1,6 +1,7 @@
-#include "RoutineStyle.h"
+#include "Style.h"
 
 #include <QEvent>
+#include <QAbstractButton>
 #include <QFile>
 #include <QFrame>
 #include <QLabel>
@@ -43,6 +44,39 @@ QString lockStyleSheet()
     )");
 }
 
+QString dialogStyleSheet()
+{
+    return QStringLiteral(R"(
+        QWidget { background: #1e242b; color: #e6ebf0; font-size: 14px; }
+        QLabel { background: transparent; }
+        QLabel[role="title"] { font-size: 20px; font-weight: 600; }
+        QLabel[role="body"] { font-size: 15px; color: #c9d2dc; }
+        QPushButton { background: #2a323b; border: 1px solid #4a545e; border-radius: 6px; padding: 6px 14px; }
+        QPushButton:focus, QLineEdit:focus, QListWidget:focus, QCheckBox:focus, QRadioButton:focus,
+        QComboBox:focus {
+            border: 1px solid #7fb8a2; }
+        QPushButton[role="primary"] { background: #3d8b6e; color: white; border: 1px solid #3d8b6e;
+            font-weight: 600; }
+        QPushButton[role="primary"]:hover { background: #46a07f; }
+        QPushButton[role="primary"]:focus { border: 1px solid #e6ebf0; }
+        QPushButton:disabled { background: #2a323b; color: #6c7784; border: 1px solid #3a424b; }
+        QPushButton[role="quiet"] { background: transparent; color: #c9d2dc; }
+        QLineEdit, QComboBox { background: #2a323b; border: 1px solid #4a545e; border-radius: 6px;
+            padding: 5px; }
+        QListWidget, QTableWidget { background: #262d35; border: 1px solid #4a545e; border-radius: 6px;
+            alternate-background-color: #2a323b; }
+        QListWidget::item:selected, QTableWidget::item:selected { background: #33594b; color: white; }
+        QCheckBox, QRadioButton { background: transparent; border: 1px solid transparent; padding: 2px; }
+        QCheckBox::indicator, QRadioButton::indicator { width: 14px; height: 14px;
+            border: 1px solid #7f8a96; background: #2a323b; }
+        QCheckBox::indicator { border-radius: 3px; }
+        QRadioButton::indicator { border-radius: 8px; }
+        QCheckBox::indicator:checked, QRadioButton::indicator:checked { background: #3d8b6e;
+            border: 1px solid #7fb8a2; }
+        QCheckBox::indicator:disabled, QRadioButton::indicator:disabled { border: 1px solid #3a424b; }
+    )");
+}
+
 static QLabel* label(QWidget* parent, const char* objectName, const char* role)
 {
     auto* l = new QLabel(parent);
@@ -82,6 +116,18 @@ QPushButton* primaryButton(QWidget* parent, const char* objectName)
 QPushButton* quietButton(QWidget* parent, const char* objectName)
 {
     return button(parent, objectName, "quiet");
+}
+
+void setText(QLabel* label, const QString& text)
+{
+    label->setText(text);
+    label->setAccessibleName(text);
+}
+
+void setText(QAbstractButton* button, const QString& text)
+{
+    button->setText(text);
+    button->setAccessibleName(text);
 }
 
 QFrame* overlayCard(QWidget* overlay)

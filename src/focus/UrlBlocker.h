@@ -1,0 +1,108 @@
+#pragma once
+
+#include "BrowserTabs.h"
+#include "Scheduler.h"
+
+#include <optional>
+#include <QObject>
+#include <QStringList>
+
+namespace velmora {
+
+class DebugLog;
+class FocusBlockHost;
+class Notifier;
+class TextCatalogue;
+class Workspace;
+struct Application;
+struct RunState;
+
+// Sends the front browser's tab to the block page when its address is refused.
+// Three modes, each with its own one-second timer and list: the always-blocked
+// list when no block runs, the type's allowed addresses in a block, and the
+// item's allowed addresses while a habit or break activity runs. The timers are
+// started and stopped by the application blocker, which knows whether a browser
+// is in front; every navigation the extension reports is judged at once by the
+// modes whose timer runs.
+class UrlBlocker : public QObject
+{
+    Q_OBJECT
+public:
+    struct Deps
+    {
+        RunState& state;
+        Scheduler& scheduler;
+        Workspace& workspace;
+        BrowserTabs* tabs; // none: no browser is ever looked at
+        Notifier& notifier;
+        const TextCatalogue& texts;
+        const DebugLog& log;
+        FocusBlockHost& host;
+    };
+
+    explicit UrlBlocker(Deps deps, QObject* parent = nullptr);
+
+    // The block page in the data folder, as a file address.
+    void setBlockWebUrlString(const QString& address) { blockWebUrlString = address; }
+
+    // The browser family of an application whose extension is connected; empty
+    // for any other application.
+    QString connectedBrowser(const Application& application) const;
+    // A browser we have an extension for, in front without it, during a block that
+    // restricts addresses: the user is told how to connect it, once per block.
+    void tellHowToConnectOnce(const Application& application);
+    // A new block: the browser notice may be shown again.
+    void blockStarted() { m_toldThisBlock.clear(); }
+
+    void startBlockUrlTimer();
+    void stopBlockUrlTimer();
+    void startAllowUrlTimer();
+    void stopAllowUrlTimer();
+    bool isAllowUrlTimerValid() const;
+    void startAllowUrlForActivityTimer();
+    void stopAllowUrlForActivityTimer();
+
+    // The three ticks. Without a tab they read the front browser's active tab;
+    // with one (a navigation just reported) they judge that tab.
+    void blockUrlsInBackground(const std::optional<BrowserTab>& reported = std::nullopt);
+    void checkInBackground(const std::optional<BrowserTab>& reported = std::nullopt);
+    void checkInBackgroundForActivity(const std::optional<BrowserTab>& reported = std::nullopt);
+
+    // "YYYY-MM-dd'T'hh:mm:ss": a week-based year and a 12-hour clock without a
+    // mark, as the block page has always received it.
+    static QString focusModeEndTimeText(const QDateTime& end);
+
+    // Address fragments never refused in a block or an item.
+    static const QStringList defaultAllowedUrl;
+
+Q_SIGNALS:
+    // A browser's extension connected or went away: the browser in front may have
+    // become one we can see.
+    void browsersChanged();
+
+private:
+    // The family of the browser in front, or where the front application cannot
+    // be read, the browser whose window has the focus. Empty: no browser.
+    QString frontBrowser() const;
+    // Reads the address to judge; nothing when there is no browser in front (and
+    // then, as every tick does, timerAllowUrl stops).
+    std::optional<BrowserTab> tabToJudge(const std::optional<BrowserTab>& reported);
+    bool isOwnBlockPage(const QString& address) const;
+    static bool isBrowserOwnPage(const BrowserTab& tab);
+    static bool containsAny(const QString& address, const QStringList& fragments);
+    static bool matchesAny(const QString& address, const QStringList& list);
+    void redirect(const BrowserTab& tab, const QString& query);
+    void judgeReported(const BrowserTab& tab);
+    // Whether the type that is on lets the browser's application in front.
+    bool isAllowedInFocus(const QString& browser) const;
+    void stop(std::optional<TimerId>& timer);
+
+    Deps d;
+    QString blockWebUrlString;
+    std::optional<TimerId> timerBlockUrl;
+    std::optional<TimerId> timerAllowUrl;
+    std::optional<TimerId> timerAllowUrlForActivity;
+    QStringList m_toldThisBlock;
+};
+
+} // namespace velmora

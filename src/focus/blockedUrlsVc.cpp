@@ -1,0 +1,160 @@
+#include "blockedUrlsVc.h"
+
+#include "addWebUrlVc.h"
+#include "BrowserTabs.h"
+#include "PreferenceKeys.h"
+#include "Preferences.h"
+#include "Style.h"
+#include "TextCatalogue.h"
+
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace velmora {
+
+blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
+    : QWidget(parent)
+    , c(ctx)
+{
+    setObjectName(QStringLiteral("blockedUrlsVc"));
+    setAttribute(Qt::WA_StyledBackground);
+    setStyleSheet(style::dialogStyleSheet());
+    lblTitle = style::title(this, "lblTitle");
+    lblTitle->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    tblViewBlockedUrls = new QListWidget(this);
+    tblViewBlockedUrls->setObjectName(QStringLiteral("tblViewBlockedUrls"));
+    tblViewBlockedUrls->setIconSize(QSize(18, 18));
+    btnAddUrl = style::quietButton(this, "btnAddUrl");
+    btnRemoveUrl = style::quietButton(this, "btnRemoveUrl");
+    addWebUrlVcObj = new addWebUrlVc(c, this);
+    lblBrowsers = new QLabel(this);
+    tblViewBrowsers = new QListWidget(this);
+    tblViewBrowsers->setObjectName(QStringLiteral("tblViewBrowsers"));
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(btnAddUrl);
+    buttons->addWidget(btnRemoveUrl);
+    buttons->addStretch();
+    auto* layout = new QVBoxLayout(this);
+    layout->addWidget(lblTitle);
+    layout->addWidget(tblViewBlockedUrls, 1);
+    layout->addLayout(buttons);
+    layout->addWidget(lblBrowsers);
+    layout->addWidget(tblViewBrowsers);
+    if (c.browserTabs)
+        connect(c.browserTabs, &BrowserTabs::connectionsChanged, this, [this] {
+            if (isVisible())
+                reloadBrowsers();
+        });
+
+    connect(tblViewBlockedUrls, &QListWidget::itemSelectionChanged, this,
+            [this] { btnRemoveUrl->setEnabled(!tblViewBlockedUrls->selectedItems().isEmpty()); });
+    connect(tblViewBlockedUrls, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
+        tableRowAllowedUrlsDoubleClicked(tblViewBlockedUrls->row(item));
+    });
+    connect(btnAddUrl, &QPushButton::clicked, this, [this] { btnAddUrlClicked(); });
+    connect(btnRemoveUrl, &QPushButton::clicked, this, [this] { btnRemoveUrlClicked(); });
+    connect(addWebUrlVcObj, &addWebUrlVc::urlSaved, this, [this](int row) {
+        reloadData();
+        tblViewBlockedUrls->setCurrentRow(row);
+        tblViewBlockedUrls->scrollToItem(tblViewBlockedUrls->item(row));
+    });
+}
+
+void blockedUrlsVc::showEvent(QShowEvent* event)
+{
+    QWidget::showEvent(event);
+    viewWillAppear();
+}
+
+void blockedUrlsVc::viewWillAppear()
+{
+    style::setText(lblTitle,
+                   c.texts.text("blockedUrlsViewInfo", "title", QStringLiteral("Always Blocked URLs")));
+    tblViewBlockedUrls->setAccessibleName(lblTitle->text());
+    const QString add = c.texts.text("focusPreferencesInfo", "toolTipAdd", QStringLiteral("Add"));
+    const QString remove = c.texts.text("focusPreferencesInfo", "toolTipRemove", QStringLiteral("Remove"));
+    style::setText(btnAddUrl, add);
+    btnAddUrl->setToolTip(add);
+    style::setText(btnRemoveUrl, remove);
+    btnRemoveUrl->setToolTip(remove);
+    reloadData();
+    reloadBrowsers();
+}
+
+void blockedUrlsVc::reloadBrowsers()
+{
+    static const QList<std::pair<QString, QString>> browsers = {
+        {QStringLiteral("firefox"), QStringLiteral("Firefox")},
+        {QStringLiteral("chromium"), QStringLiteral("Chromium")},
+        {QStringLiteral("google-chrome"), QStringLiteral("Google Chrome")},
+        {QStringLiteral("brave"), QStringLiteral("Brave")},
+        {QStringLiteral("edge"), QStringLiteral("Microsoft Edge")},
+        {QStringLiteral("vivaldi"), QStringLiteral("Vivaldi")}};
+    const QString title = c.texts.text("blockedUrlsViewInfo", "browsersTitle",
+                                       QStringLiteral("Browsers with the Velmora extension"));
+    lblBrowsers->setText(title);
+    tblViewBrowsers->setAccessibleName(title);
+    const QStringList connected = c.browserTabs ? c.browserTabs->connectedBrowsers() : QStringList();
+    const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
+    const QString no = c.texts.text("blockedUrlsViewInfo", "browserNotConnected",
+                                    QStringLiteral("not connected (see “Browsers” in the README)"));
+    tblViewBrowsers->clear();
+    for (const auto& [family, name] : browsers) {
+        const QString text = name + QStringLiteral(": ") + (connected.contains(family) ? yes : no);
+        auto* item = new QListWidgetItem(text, tblViewBrowsers);
+        item->setData(Qt::AccessibleTextRole, text);
+    }
+    // Every browser shows without scrolling, whatever the font.
+    tblViewBrowsers->setFixedHeight(tblViewBrowsers->sizeHintForRow(0) * tblViewBrowsers->count() +
+                                    2 * tblViewBrowsers->frameWidth());
+}
+
+void blockedUrlsVc::reloadData()
+{
+    tblViewBlockedUrls->clear();
+    const QIcon icon = QIcon::fromTheme(QStringLiteral("applications-internet"),
+                                        style()->standardIcon(QStyle::SP_DriveNetIcon));
+    for (const QString& url : std::as_const(c.arrBlockedUrls)) {
+        auto* item = new QListWidgetItem(icon, url, tblViewBlockedUrls);
+        item->setData(Qt::AccessibleTextRole, url);
+    }
+    btnRemoveUrl->setEnabled(false);
+}
+
+void blockedUrlsVc::openSheet(bool isAdding, int row)
+{
+    addWebUrlVcObj->viewLoddedFromFocusType = false;
+    addWebUrlVcObj->isAdding = isAdding;
+    addWebUrlVcObj->currentRow = row;
+    addWebUrlVcObj->viewWillAppear();
+    addWebUrlVcObj->open();
+}
+
+void blockedUrlsVc::btnAddUrlClicked()
+{
+    openSheet(true, qMax(0, tblViewBlockedUrls->currentRow()));
+}
+
+void blockedUrlsVc::tableRowAllowedUrlsDoubleClicked(int row)
+{
+    if (row >= 0 && row < c.arrBlockedUrls.size())
+        openSheet(false, row);
+}
+
+void blockedUrlsVc::btnRemoveUrlClicked()
+{
+    const int row = tblViewBlockedUrls->currentRow();
+    if (row < 0 || row >= c.arrBlockedUrls.size() || tblViewBlockedUrls->selectedItems().isEmpty())
+        return;
+    c.arrBlockedUrls.removeAt(row);
+    c.preferences.setValue(keys::kUserdefaultsArrBlockedUrls, c.arrBlockedUrls);
+    reloadData();
+}
+
+} // namespace velmora

@@ -1,0 +1,87 @@
+#pragma once
+
+#include "BrowserTabs.h"
+#include "NativeFrames.h"
+
+#include <functional>
+#include <memory>
+#include <QElapsedTimer>
+#include <QList>
+#include <QPointer>
+
+class QLocalServer;
+class QLocalSocket;
+class QTimer;
+
+namespace velmora {
+
+// The program's end of the browser bridge: a QLocalServer in
+// $XDG_RUNTIME_DIR/velmora/ that the native-messaging hosts connect to, one
+// connection per browser (profile). Only the same user may connect. Everything
+// that arrives is untrusted: frames that are not JSON objects, over the size
+// limit, of an unknown kind, too many at once or left half-sent are refused with
+// a debug-log line, and the rest of the program never notices.
+class LocalBrowserTabs : public BrowserTabs
+{
+    Q_OBJECT
+public:
+    // The extension's id in Chromium-family browsers (from the key in its
+    // manifest) and in Firefox.
+    static constexpr const char* ChromiumExtensionId = "lhpgjbdeclclangdcipdeabmekkljheh";
+    static constexpr const char* FirefoxExtensionId = "focus@velmora.app";
+    static constexpr const char* HostName = "app.velmora.host";
+
+    explicit LocalBrowserTabs(QObject* parent = nullptr);
+    ~LocalBrowserTabs() override;
+
+    // Listens at <runtime folder>/velmora/browser.sock.
+    bool listen(const QString& runtimeFolder);
+    QString socketPath() const;
+    // Writes the host's manifest into every browser folder that exists (Chromium's
+    // family under the configuration folder, Firefox's under home), and says where
+    // a sandboxed browser cannot use it.
+    void writeHostManifests(const QString& home, const QString& configHome, const QString& hostProgram);
+
+    void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
+    // Limits, changeable so that a test need not send thousands of frames.
+    void setLimits(int messagesPerSecond, int hangMs);
+
+    QStringList connectedBrowsers() const override;
+    std::optional<BrowserTab> activeTab(const QString& browser) const override;
+    QString focusedBrowser() const override;
+    void showBlockPage(const BrowserTab& tab, const QString& query) override;
+
+private:
+    struct Connection
+    {
+        QPointer<QLocalSocket> socket;
+        frames::FrameReader reader;
+        QString browser; // empty until the host said which
+        bool helloLogged = false;
+        bool focused = false;
+        BrowserTab active;
+        QElapsedTimer window; // the current second of the flood count
+        int messagesInWindow = 0;
+        bool floodLogged = false;
+        QTimer* hang = nullptr;
+    };
+
+    void accept();
+    bool isSameUser(QLocalSocket* socket) const;
+    void readFrom(Connection* connection);
+    bool isFlooding(Connection* connection);
+    void handle(Connection* connection, const QJsonObject& message);
+    void handleTab(Connection* connection, const QJsonObject& message);
+    void drop(Connection* connection, const QString& reason);
+    void forget(QLocalSocket* socket);
+    const Connection* connectionFor(const QString& browser) const;
+    void log(const QString& line) const;
+
+    QLocalServer* m_server = nullptr;
+    QList<std::shared_ptr<Connection>> m_connections;
+    int m_messagesPerSecond = 200;
+    int m_hangMs = 5000;
+    std::function<void(const QString&)> m_log;
+};
+
+} // namespace velmora

@@ -1,0 +1,181 @@
+// The browser bridge's own input: how frames are cut, and what the program's
+// socket does with a host that sends rubbish.
+#include "LocalBrowserTabs.h"
+#include "NativeFrames.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QLocalSocket>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+using namespace velmora;
+using Status = frames::FrameReader::Status;
+
+namespace {
+
+QByteArray header(quint32 length)
+{
+    return QByteArray(reinterpret_cast<const char*>(&length), sizeof length);
+}
+
+QByteArray frame(const char* json)
+{
+    return frames::encode(QByteArray(json));
+}
+
+} // namespace
+
+class TestBrowserBridge : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_runtime;
+    LocalBrowserTabs* m_tabs = nullptr;
+    QStringList m_log;
+
+    QLocalSocket* connectHost(const char* browser = "chromium")
+    {
+        auto* socket = new QLocalSocket(this);
+        socket->connectToServer(m_tabs->socketPath());
+        if (!socket->waitForConnected(2000))
+            return nullptr;
+        socket->write(frames::encode(QByteArray("{\"kind\":\"host\",\"browser\":\"") + browser + "\"}"));
+        return socket;
+    }
+    bool logged(const QString& part) const
+    {
+        return std::any_of(m_log.cbegin(), m_log.cend(),
+                           [&](const QString& line) { return line.contains(part); });
+    }
+
+private Q_SLOTS:
+    void cuttingFrames_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<int>("frames");
+        QTest::addColumn<int>("last"); // Status after the frames
+
+        QTest::newRow("one frame") << frame("{\"a\":1}") << 1 << int(Status::NeedMore);
+        QTest::newRow("two in one read") << frame("{}") + frame("[]") << 2 << int(Status::NeedMore);
+        QTest::newRow("half a length") << QByteArray("\x05\x00", 2) << 0 << int(Status::NeedMore);
+        QTest::newRow("truncated body") << header(10) + "{\"a\"" << 0 << int(Status::NeedMore);
+        QTest::newRow("empty frame") << header(0) << 1 << int(Status::NeedMore);
+        QTest::newRow("at the limit is no error")
+            << header(frames::MaxFrameBytes) << 0 << int(Status::NeedMore);
+        QTest::newRow("over the limit") << header(frames::MaxFrameBytes + 1) << 0 << int(Status::Oversized);
+        QTest::newRow("good frame then oversized")
+            << frame("{}") + header(0xffffffffu) << 1 << int(Status::Oversized);
+    }
+    void cuttingFrames()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, frames);
+        QFETCH(int, last);
+        // Whole, and byte by byte: the same frames come out.
+        for (const bool trickle : {false, true}) {
+            frames::FrameReader reader;
+            int count = 0;
+            Status status = Status::NeedMore;
+            QByteArray out;
+            for (qsizetype i = 0; i < bytes.size(); i += trickle ? 1 : bytes.size()) {
+                reader.feed(bytes.mid(i, trickle ? 1 : bytes.size()));
+                while ((status = reader.next(&out)) == Status::Frame)
+                    ++count;
+                if (status == Status::Oversized)
+                    break;
+            }
+            QCOMPARE(count, frames);
+            QCOMPARE(int(status), last);
+        }
+    }
+
+    void init()
+    {
+        m_log.clear();
+        m_tabs = new LocalBrowserTabs(this);
+        m_tabs->setLog([this](const QString& line) { m_log << line; });
+        m_tabs->setLimits(5, 200);
+        QVERIFY(m_tabs->listen(m_runtime.path()));
+    }
+    void cleanup() { delete m_tabs; }
+
+    void socketIsPrivate()
+    {
+        QCOMPARE(QFileInfo(m_runtime.path() + QStringLiteral("/velmora")).permissions() & 0x0077, 0);
+    }
+
+    void tabReportsAndBlockOrders()
+    {
+        QSignalSpy changed(m_tabs, &BrowserTabs::tabChanged);
+        QLocalSocket* host = connectHost();
+        QVERIFY(host);
+        host->write(frame("{\"kind\":\"tab\",\"event\":\"before\",\"tab\":7,\"url\":\"https://a.test/"
+                          "\",\"active\":true,\"focused\":true}"));
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(m_tabs->connectedBrowsers(), QStringList{"chromium"});
+        QCOMPARE(m_tabs->focusedBrowser(), QStringLiteral("chromium"));
+        QCOMPARE(m_tabs->activeTab(QStringLiteral("chromium"))->address, QStringLiteral("https://a.test/"));
+        m_tabs->showBlockPage({QStringLiteral("chromium"), 7, {}}, QStringLiteral("?old_url=<b>"));
+        QTRY_VERIFY(host->bytesAvailable() > 4);
+        frames::FrameReader reader;
+        reader.feed(host->readAll());
+        QByteArray order;
+        QCOMPARE(reader.next(&order), Status::Frame);
+        QCOMPARE(frames::parse(order)->value(QStringLiteral("query")).toString(),
+                 QStringLiteral("?old_url=<b>"));
+    }
+
+    void badInputIsRefused_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("logLine");
+        QTest::addColumn<bool>("closed"); // the stream cannot be trusted any more
+        QTest::newRow("not JSON") << frame("<script>") << "not a JSON object" << false;
+        QTest::newRow("an array") << frame("[1,2]") << "not a JSON object" << false;
+        QTest::newRow("not UTF-8") << frame("{\"k\":\"\xff\"}") << "not a JSON object" << false;
+        QTest::newRow("unknown kind") << frame("{\"kind\":\"exec\"}") << "unknown kind" << false;
+        QTest::newRow("tab without address")
+            << frame("{\"kind\":\"tab\",\"tab\":1}") << "without a tab or an address" << false;
+        QTest::newRow("second announcement")
+            << frame("{\"kind\":\"host\",\"browser\":\"firefox\"}") << "refused a host announcement" << false;
+        QTest::newRow("flood") << frame("{}").repeated(8) << "too many messages" << false;
+        QTest::newRow("oversized") << header(frames::MaxFrameBytes + 1) << "over the size limit" << true;
+        QTest::newRow("hangs half-way") << header(100) + "{"
+                                        << "half-sent" << true;
+    }
+    void badInputIsRefused()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, logLine);
+        QFETCH(bool, closed);
+        QLocalSocket* host = connectHost();
+        QVERIFY(host);
+        QTRY_COMPARE(m_tabs->connectedBrowsers().size(), 1);
+        host->write(bytes);
+        QTRY_VERIFY(logged(logLine));
+        QTRY_COMPARE(host->state(), closed ? QLocalSocket::UnconnectedState : QLocalSocket::ConnectedState);
+        QCOMPARE(m_tabs->connectedBrowsers().size(), closed ? 0 : 1);
+    }
+
+    void manifestsGoWhereBrowsersLook()
+    {
+        QTemporaryDir home;
+        QDir(home.path()).mkpath(QStringLiteral(".config/chromium"));
+        QDir(home.path()).mkpath(QStringLiteral(".mozilla"));
+        m_tabs->writeHostManifests(home.path(), home.path() + QStringLiteral("/.config"),
+                                   QStringLiteral("/opt/velmora/velmora-browser-host"));
+        QVERIFY(QFileInfo::exists(
+            home.path() + QStringLiteral("/.config/chromium/NativeMessagingHosts/app.velmora.host.json")));
+        QFile firefox(home.path() + QStringLiteral("/.mozilla/native-messaging-hosts/app.velmora.host.json"));
+        QVERIFY(firefox.open(QIODevice::ReadOnly));
+        QCOMPARE(
+            QJsonDocument::fromJson(firefox.readAll())[QStringLiteral("allowed_extensions")][0].toString(),
+            QStringLiteral("focus@velmora.app"));
+        QVERIFY(!QFileInfo::exists(home.path() + QStringLiteral("/.config/google-chrome")));
+    }
+};
+
+QTEST_MAIN(TestBrowserBridge)
+#include "tst_platform_browsertabs.moc"

@@ -29,15 +29,6 @@ QJsonObject readObject(const QString& path)
     return QJsonDocument::fromJson(readResource(path)).object();
 }
 
-// Follows a "group/sub-group/key" path through the catalogue.
-QJsonValue lookup(const QJsonObject& root, const QString& path)
-{
-    QJsonValue value = root;
-    for (const QString& part : path.split(u'/'))
-        value = value.toObject().value(part);
-    return value;
-}
-
 bool isInteger(const QJsonValue& value)
 {
     return value.isDouble() && value.toDouble() == double(value.toInteger());
@@ -73,23 +64,6 @@ class TestResources : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void documentsAreObjects_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("catalogue") << QStringLiteral(":/config.json");
-        QTest::newRow("settings") << QStringLiteral(":/settings.json");
-        QTest::newRow("schema") << QStringLiteral(":/settings-schema.json");
-    }
-
-    void documentsAreObjects()
-    {
-        QFETCH(QString, path);
-        QJsonParseError error{};
-        const QJsonDocument doc = QJsonDocument::fromJson(readResource(path), &error);
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        QVERIFY(doc.isObject());
-    }
-
     void catalogueIsText()
     {
         QStringList nonText;
@@ -101,49 +75,16 @@ private Q_SLOTS:
     {
         // The welcome flow takes the first entry; a wrong shape silently falls back
         // to the built-in intro item.
-        const QJsonValue list = lookup(readObject(QStringLiteral(":/config.json")),
-                                       QStringLiteral("welcomeInfo/introActivities"));
+        const QJsonValue list = readObject(QStringLiteral(":/config.json"))
+                                    .value(u"welcomeInfo")
+                                    .toObject()
+                                    .value(u"introActivities");
         QVERIFY(list.isArray());
         const QJsonObject first = list.toArray().first().toObject();
         QVERIFY(first.value(u"name").isString());
         QVERIFY(isInteger(first.value(u"durationSeconds")));
         QVERIFY(first.value(u"durationSeconds").toInteger() > 0);
         QVERIFY(isStringList(first.value(u"videoUrl")));
-    }
-
-    void templatesKeepTheirMarkers_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QStringList>("markers");
-        const auto row = [](const char* path, QStringList markers) {
-            QTest::newRow(path) << QString::fromLatin1(path) << markers;
-        };
-        row("activityInfo/startActivityButtonText", {"<TIME>", "<NAME>"});
-        row("activityInfo/startBreakActivityTitleText", {"<TIME>", "<ACTIVITY>"});
-        row("activityInfo/activityFinishedText", {"<ACTIVITY>"});
-        row("activityInfo/lastActivityFinishedText", {"<ACTIVITY>"});
-        row("activityInfo/doSomeActivityText", {"<ACTIVITY>"});
-        row("activityInfo/habitsProgressText", {"<duration>", "<totalduration>"});
-        row("activityInfo/habitsCompleteText", {"<duration>"});
-        row("common/appBlockNotificationTitle", {"<APP_NAME>", "<FOCUS_NAME>"});
-        row("menuInfo/untilTimeText", {"<TIME>"});
-        row("focusInfo/startingFocusModeInfo/title", {"<FOCUSTYPE>"});
-        row("focusInfo/focusSummaryInfo/title", {"<COUNT>"});
-        row("focusInfo/focusSummaryInfo/totalFocusTimeText", {"<TIME>"});
-        row("shutOffTimeInfo/subTitle", {"<SHUTOFFTIME>", "<STARTTIME>"});
-        row("shutOffTimeInfo/shutOffAbortDoneInfo/subTitle", {"<STARTTIME>"});
-        row("rememberNextHabitViewInfo/questionText", {"<LAST_HABIT_NAME>"});
-        row("rememberNextHabitViewInfo/randomPhraseWrongChoice2", {"<CORRECT_HABIT_NAME>"});
-        row("settings/visitText", {"<SETTINGURL>"});
-    }
-
-    void templatesKeepTheirMarkers()
-    {
-        QFETCH(QString, path);
-        QFETCH(QStringList, markers);
-        const QString text = lookup(readObject(QStringLiteral(":/config.json")), path).toString();
-        for (const QString& marker : markers)
-            QVERIFY2(text.contains(marker), qPrintable(marker));
     }
 
     void routineItemsAreComplete()

@@ -52,41 +52,7 @@ private Q_SLOTS:
     {
         QuitFixture f;
         f.launchWithWebhook();
-        f.window().btnQuitClicked();
-        QVERIFY(f.window().isVisible());
-        QVERIFY(f.window().windowFlags() & Qt::WindowStaysOnTopHint);
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
-        QCOMPARE(f.countDown().lblTitle->text(), QStringLiteral("Quitting.."));
-
-        f.seconds(4);
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
-        // A second Quit leaves the flow where it is.
-        f.window().btnQuitClicked();
-        QCOMPARE(f.logCount(QStringLiteral("Quit window already visible")), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Showing quit window")), 1);
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
-
-        f.seconds(5);
-        QCOMPARE(f.window().currentContent(), &f.countDown());
-        f.seconds(1);
-        QCOMPARE(f.window().currentContent(), &f.confirm());
-        QVERIFY(f.confirm().popUpBtnReasons->isEnabled());
-        QCOMPARE(f.confirm().popUpBtnReasons->currentText(), QStringLiteral("Select a reason"));
-        QVERIFY(f.confirm().btnQuit->isHidden());
-        QVERIFY(f.confirm().textView->isHidden());
-
-        // No way out of the reasons: the window refuses to close, and nothing ends
-        // without a reason.
-        QVERIFY(!f.window().close());
-        QVERIFY(f.window().isVisible());
-        f.seconds(60);
-        QVERIFY(f.exitStatuses.isEmpty());
-    }
-
-    void cancelGoesBack()
-    {
-        QuitFixture f;
-        f.launchWithWebhook();
+        // Cancel within the ten seconds goes back for good.
         f.window().btnQuitClicked();
         f.seconds(7);
         f.countDown().btnCancelAbort->click();
@@ -98,9 +64,51 @@ private Q_SLOTS:
 
         // Opened again, it starts from ten.
         f.window().btnQuitClicked();
+        QVERIFY(f.window().isVisible());
+        QVERIFY(f.window().windowFlags() & Qt::WindowStaysOnTopHint);
         QCOMPARE(f.window().currentContent(), &f.countDown());
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
         QVERIFY(f.countDown().isCounting());
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
+        QCOMPARE(f.countDown().lblTitle->text(), QStringLiteral("Quitting.."));
+
+        f.seconds(4);
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+        // A second Quit leaves the flow where it is.
+        f.window().btnQuitClicked();
+        QCOMPARE(f.logCount(QStringLiteral("Quit window already visible")), 1);
+        QCOMPARE(f.logCount(QStringLiteral("Showing quit window")), 2);
+        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+
+        f.seconds(5);
+        QCOMPARE(f.window().currentContent(), &f.countDown());
+        f.seconds(1);
+        QCOMPARE(f.window().currentContent(), &f.confirm());
+        QVERIFY(f.confirm().popUpBtnReasons->isEnabled());
+        QCOMPARE(f.confirm().popUpBtnReasons->currentText(), QStringLiteral("Select a reason"));
+        QVERIFY(f.confirm().btnQuit->isHidden());
+        QVERIFY(f.confirm().textView->isHidden());
+
+        // Each choice starts the form over: a half-written text goes, "Select a reason" hides Quit.
+        quittingConfirmVc& confirm = f.confirm();
+        const auto choose = [&](int reason) {
+            confirm.popUpBtnReasons->setCurrentIndex(reason);
+            confirm.popUpBtnReasonsClicked(reason);
+        };
+        choose(quittingConfirmVc::SomethingElse);
+        confirm.textView->setPlainText(QStringLiteral("half a thought"));
+        choose(quittingConfirmVc::AppIsBroken);
+        QVERIFY(confirm.textView->toPlainText().isEmpty());
+        QVERIFY(!confirm.btnQuit->isEnabled());
+        choose(0);
+        QVERIFY(confirm.btnQuit->isHidden());
+        QVERIFY(confirm.popUpBtnReasons->isEnabled());
+
+        // No way out of the reasons: the window refuses to close, and nothing ends
+        // without a reason.
+        QVERIFY(!f.window().close());
+        QVERIFY(f.window().isVisible());
+        f.seconds(60);
+        QVERIFY(f.exitStatuses.isEmpty());
     }
 
     void passwordComesFirst()
@@ -223,28 +231,6 @@ private Q_SLOTS:
         // A late answer does not quit a second time.
         f.seconds(FeedbackUpload::kTimeoutMs / 1000 + 5);
         QCOMPARE(f.exitStatuses.size(), 1);
-    }
-
-    void reasonListStartsOver()
-    {
-        QuitFixture f;
-        f.launchWithWebhook();
-        f.window().btnQuitClicked();
-        f.seconds(10);
-        quittingConfirmVc& confirm = f.confirm();
-        confirm.popUpBtnReasons->setCurrentIndex(3);
-        confirm.popUpBtnReasonsClicked(3);
-        confirm.textView->setPlainText(QStringLiteral("half a thought"));
-        confirm.popUpBtnReasons->setCurrentIndex(2);
-        confirm.popUpBtnReasonsClicked(2);
-        QVERIFY(confirm.textView->toPlainText().isEmpty());
-        QVERIFY(!confirm.btnQuit->isEnabled());
-        confirm.popUpBtnReasons->setCurrentIndex(0);
-        confirm.popUpBtnReasonsClicked(0);
-        QVERIFY(confirm.btnQuit->isHidden());
-        QVERIFY(confirm.popUpBtnReasons->isEnabled());
-        f.seconds(60);
-        QVERIFY(f.exitStatuses.isEmpty());
     }
 };
 

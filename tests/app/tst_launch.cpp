@@ -20,20 +20,13 @@ class LaunchTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void secondLaunchAfterKilledWelcomeIsNoFirstRun()
+    // A first launch prepares the data folder and shows the welcome; a relaunch, even one
+    // after the welcome was killed, is no first run and tells of the missing tray no more.
+    void firstLaunchAndRelaunch()
     {
         AppFixture f;
         f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-        f.launch(at(23, QTime(15, 0)));
-        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
-        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
-        QVERIFY(again.isTickRunning());
-        QCOMPARE(f.logCount(QStringLiteral("Showing first time welcome activity.")), 1);
-    }
-
-    void dataFolderIsPreparedAndBlockPageRefreshed()
-    {
-        AppFixture f;
+        f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
         const QString data = f.dataFolder();
         QDir().mkpath(data);
         QFile stale(data + QStringLiteral("/vlmr-focus.html"));
@@ -54,6 +47,13 @@ private Q_SLOTS:
             QVERIFY2(QFile::exists(data + QStringLiteral("/sounds/") + QLatin1String(sound)), sound);
         QCOMPARE(f.fakes.loginService.enables, 1);
         QCOMPARE(f.logCount(QStringLiteral("downloading config file")), 1);
+
+        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
+        QVERIFY(again.isTickRunning());
+        QCOMPARE(f.logCount(QStringLiteral("Showing first time welcome activity.")), 1);
+        QCOMPARE(f.fakes.notifier.notifications.size(), 1);
+        QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
     }
 
     void startUpWaitsForTheCatalogue_data()
@@ -161,11 +161,17 @@ private Q_SLOTS:
         QVERIFY(app.statusItem().isClickable() || !app.state().isAppEnable);
     }
 
-    void boolPreferencesAreSeeded()
+    // Switches are seeded and the focus types repaired before anything reads them.
+    void preferencesAreRepairedAtLaunch()
     {
         AppFixture f;
         f.fakes.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, QStringLiteral("maybe"));
         f.fakes.preferences.setValue(keys::kUserdefaultsPromptToRememberHabit, false);
+        const QVariantMap work{{QStringLiteral("name"), QStringLiteral("Work")},
+                               {QStringLiteral("isOn"), true}};
+        const QVariantMap oldDefault{{QStringLiteral("name"), QStringLiteral("Anything")},
+                                     {QStringLiteral("isDefault"), true}};
+        f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
         AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsOfficeModeEnabled), false);
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsReducedMotion), false);
@@ -173,17 +179,6 @@ private Q_SLOTS:
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPomodoroModeEnabled), true);
         QVERIFY(!app.state().isPromptToRememberHabit);
         QVERIFY(f.fakes.preferences.date(keys::kUserdefaultsFirstRunDate).has_value());
-    }
-
-    void focusTypesAreRepairedAtLaunch()
-    {
-        AppFixture f;
-        const QVariantMap work{{QStringLiteral("name"), QStringLiteral("Work")},
-                               {QStringLiteral("isOn"), true}};
-        const QVariantMap oldDefault{{QStringLiteral("name"), QStringLiteral("Anything")},
-                                     {QStringLiteral("isDefault"), true}};
-        f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
-        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         const QVariantList types = app.state().arrFocusType;
         QCOMPARE(types.size(), 3);
         QCOMPARE(types[0].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Work"));
@@ -233,16 +228,6 @@ private Q_SLOTS:
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), true);
         QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults4HourReActivateTime));
         QCOMPARE(f.logCount(QStringLiteral("App Reactivated after 4 hours")), 1);
-    }
-
-    void missingTrayIsToldOnce()
-    {
-        AppFixture f;
-        f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
-        f.launch(at(23, QTime(12, 0)));
-        f.launch(at(23, QTime(12, 5)));
-        QCOMPARE(f.fakes.notifier.notifications.size(), 1);
-        QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
     }
 };
 

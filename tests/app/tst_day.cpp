@@ -55,34 +55,27 @@ private Q_SLOTS:
         QVERIFY(app.isTickRunning());
     }
 
-    void warningFallsOnlyInsideItsBand_data()
+    void shutOffChainStartsAfterShutOffTime_data()
     {
         QTest::addColumn<QTime>("launch");
-        QTest::addColumn<int>("notifications");
+        QTest::addColumn<int>("warnings");
         // Ticks at :x1 and :x6 put one tick strictly inside (21:54:55, 21:55:00).
-        QTest::newRow("one tick in the band") << QTime(6, 0, 1) << 1;
+        QTest::newRow("one warning tick in the band") << QTime(20, 0, 1) << 1;
         // Ticks on :x0 and :x5 land on the band's edges, which do not count.
-        QTest::newRow("ticks on the edges") << QTime(6, 0, 0) << 0;
-    }
-
-    void warningFallsOnlyInsideItsBand()
-    {
-        QFETCH(QTime, launch);
-        QFETCH(int, notifications);
-        AppFixture f;
-        f.morningDone();
-        f.launch(at(23, launch));
-        f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
-        QCOMPARE(f.fakes.notifier.notifications.size(), notifications);
-        if (notifications)
-            QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("5 minutes")));
+        QTest::newRow("ticks on the warning band's edges") << QTime(20, 0, 0) << 0;
     }
 
     void shutOffChainStartsAfterShutOffTime()
     {
+        QFETCH(QTime, launch);
+        QFETCH(int, warnings);
         AppFixture f;
         f.morningDone();
-        AppDelegate& app = f.launch(at(23, QTime(20, 0)));
+        AppDelegate& app = f.launch(at(23, launch));
+        f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
+        QCOMPARE(f.fakes.notifier.notifications.size(), warnings);
+        if (warnings)
+            QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("5 minutes")));
         f.fakes.scheduler.advanceTo(QTime(22, 0, 0));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
         QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 0);

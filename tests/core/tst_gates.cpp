@@ -206,11 +206,27 @@ private Q_SLOTS:
         QVERIFY(!g.preferences.contains(keys::kUserdefaultsLastHabitShowDate));
     }
 
-    void syncFileKeepsTheOtherMachinesKey()
+    void syncFileIsReadAndWrittenWhateverItHeld_data()
     {
+        QTest::addColumn<QByteArray>("contents");
+        const auto plist = [](const char* date) {
+            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
+        };
+        QTest::newRow("no file yet") << QByteArray();
+        QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
+        QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
+        QTest::newRow("bad date") << plist("today");
+        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
+    }
+
+    void syncFileIsReadAndWrittenWhateverItHeld()
+    {
+        QFETCH(QByteArray, contents);
         Gates g;
         QTemporaryDir folder;
-        const QString path = g.syncFile(folder);
+        const QString path = g.syncFile(folder, contents);
+        QVERIFY(!g.sync.getMorningRoutineDate());
+        // Writing over it yields a readable file, and each key keeps the other machine's.
         g.clock.set(QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
         g.sync.writeEveningRoutineDate();
         g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
@@ -222,30 +238,6 @@ private Q_SLOTS:
         const QByteArray xml = file.readAll();
         QVERIFY(xml.contains("<key>lastMorningRoutine</key>"));
         QVERIFY(xml.contains("<string>2026-11-23 07:00:05</string>"));
-    }
-
-    void syncFileThatIsNoPlistCountsAsNoDate_data()
-    {
-        QTest::addColumn<QByteArray>("contents");
-        const auto plist = [](const char* date) {
-            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
-        };
-        QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
-        QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
-        QTest::newRow("bad date") << plist("today");
-        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
-    }
-
-    void syncFileThatIsNoPlistCountsAsNoDate()
-    {
-        QFETCH(QByteArray, contents);
-        Gates g;
-        QTemporaryDir folder;
-        g.syncFile(folder, contents);
-        QVERIFY(!g.sync.getMorningRoutineDate());
-        // Writing over it still works and yields a readable file.
-        g.sync.writeMorningRoutineDate();
-        QVERIFY(g.sync.getMorningRoutineDate().has_value());
     }
 };
 

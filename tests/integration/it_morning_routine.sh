@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# A whole morning routine as the user goes through it at 07:00, with the keyboard and,
+# A whole morning routine as the user goes through it at 07:00, the lock over both monitors
+# and above the window the user was working in; with the keyboard and,
 # for the last button, the mouse: the overview and its countdown, three timed habits,
 # the progress screens, the quantity asked after the last habit, the farewell message
 # and the lock going away; then the rows of the usage log. Screens are read through
@@ -28,6 +29,12 @@ for key in kUserdefaultsFocusSummaryShowedTillDate kUserdefaultsEveningHabitsSho
     prefs set-date "$key" "$day 07:00:00"
 done
 
+# The user is at work in an ordinary application window when 07:00 comes.
+start_helper xmessage -name ordinary -geometry 500x200+300+200 "An ordinary application window"
+poll 10 "the ordinary window is mapped" xdotool search --onlyvisible --classname '^ordinary$'
+ordinary="$(printf '0x%x' "$(xdotool search --onlyvisible --classname '^ordinary$' | head -n1)")"
+poll 5 "the ordinary window is the active one" is_active "$ordinary"
+
 start_accessibility
 start_velmora "$day 06:59:55"
 
@@ -44,9 +51,15 @@ seen_labels="a11y names label"
 seen_all="a11y dump"
 
 # --- the overview and its countdown
-seen="tail -n 3 $VELMORA_LOG" poll 30 "the debug log has 'Showing morning habits.'" \
-    grep -q 'Showing morning habits\.' "$VELMORA_LOG"
+morning_logged() { grep -Eq "^$day 07:00:[0-5][0-9]  -  $1\$" "$VELMORA_LOG"; }
+seen="tail -n 3 $VELMORA_LOG" poll 30 "the debug log has 'Showing morning habits.' stamped $day 07:00" \
+    morning_logged 'Showing morning habits\.'
+morning_logged 'Initiating morning habits\.' ||
+    fail "the debug log has no 'Initiating morning habits.' stamped $day 07:00"
 check_lock_up
+seen="root_windows _NET_CLIENT_LIST_STACKING" \
+    poll 5 "the lock $lock and blank $blank are stacked above the ordinary window $ordinary" \
+    stacked_above "$ordinary" "$lock" "$blank"
 title="Good Morning! It’s time to earn your velmora. Here are the habits you need to accomplish before you can use your computer."
 seen=$seen_labels poll 10 "the overview's title is shown" label_shown "$title"
 for row in "1.   Water" "2.   Stretch" "3.   Push-ups"; do

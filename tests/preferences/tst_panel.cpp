@@ -58,7 +58,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("reactivateShown");
 
         QTest::newRow("activated") << true << true << false << true << false;
-        QTest::newRow("deactivated shows Reactivate") << true << false << false << true << true;
+        QTest::newRow("deactivated shows Reactivate, which restarts")
+            << true << false << false << true << true;
         QTest::newRow("office mode shows its check mark") << true << true << true << true << false;
         QTest::newRow("before start-up has finished nothing opens")
             << false << true << false << false << false;
@@ -74,6 +75,9 @@ private Q_SLOTS:
 
         AppFixture f;
         f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), enabled);
+        if (!enabled)
+            f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"),
+                                         at(23, QTime(9, 0)));
         f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsOfficeModeEnabled"), officeMode);
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
         app.statusItem().setClickable(clickable);
@@ -91,20 +95,15 @@ private Q_SLOTS:
         QCOMPARE(menu.boxQuit->text(), QStringLiteral("Quit"));
 
         // A click on a row closes the panel before the row acts.
-        menu.boxQuit->click();
-        QVERIFY(!menu.isVisible());
-    }
-
-    void reactivateRowRestartsActivated()
-    {
-        AppFixture f;
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), false);
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"),
-                                     at(23, QTime(15, 0)));
-        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        if (!reactivateShown) {
+            menu.boxQuit->click();
+            QVERIFY(!menu.isVisible());
+            return;
+        }
+        // Reactivate restarts the program activated, its reactivation date gone.
         QVERIFY(app.isReactivationWatchRunning());
-        app.togglePopover();
-        QTest::mouseClick(app.menuViewControllerObj().boxReactivate, Qt::LeftButton);
+        QTest::mouseClick(menu.boxReactivate, Qt::LeftButton);
+        QVERIFY(!menu.isVisible());
         QCOMPARE(f.fakes.launcher.restarts, 1);
         QCOMPARE(f.exitStatuses, QList<int>{0});
         QVERIFY(!app.isReactivationWatchRunning());
@@ -377,6 +376,16 @@ private Q_SLOTS:
         AppFixture f;
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
         const QString usageBefore = AppFixture::readAll(app.usageLog().path());
+        // Ordinary quits are refused: the session's, and a close of our windows that
+        // does not come from the user's title bar.
+        QEvent quit(QEvent::Quit);
+        QCoreApplication::sendEvent(qApp, &quit);
+        QVERIFY(!quit.isAccepted());
+        QVERIFY(!app.terminateFromSelf);
+        app.menuItem_Preferences();
+        QVERIFY(!app.preferencesWindowControllerObj().close());
+        QVERIFY(app.preferencesWindowControllerObj().isVisible());
+
         uninstallVc& tab = *app.preferencesWindowControllerObj().uninstallVcObj;
         int notices = 0;
         tab.ask = [&](const QString&, const QString& first, const QString&) {
@@ -393,26 +402,11 @@ private Q_SLOTS:
         QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 0);
         QCOMPARE(AppFixture::readAll(app.usageLog().path()), usageBefore);
         QVERIFY(f.fakes.http.requests.isEmpty());
-    }
-
-    void ordinaryQuitsAreRefused()
-    {
-        AppFixture f;
-        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-        QEvent quit(QEvent::Quit);
-        QCoreApplication::sendEvent(qApp, &quit);
-        QVERIFY(!quit.isAccepted());
-        QVERIFY(!app.terminateFromSelf);
-        QVERIFY(f.exitStatuses.isEmpty());
-
-        // Our windows refuse a close that does not come from the user's title bar.
-        app.menuItem_Preferences();
-        QVERIFY(!app.preferencesWindowControllerObj().close());
-        QVERIFY(app.preferencesWindowControllerObj().isVisible());
-
-        app.terminateFromSelf = true;
-        QVERIFY(app.applicationShouldTerminate());
-        QVERIFY(!app.terminateFromSelf);
+        if (!yes) { // only a quit of the program's own goes through, once
+            app.terminateFromSelf = true;
+            QVERIFY(app.applicationShouldTerminate());
+            QVERIFY(!app.terminateFromSelf);
+        }
     }
 
     void exportStatistics_data()

@@ -18,6 +18,8 @@
 #include <QPushButton>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -39,7 +41,7 @@ struct QuitFixture : AppFixture
         fakes.scheduler.advance(s * 1000);
         fakes.scheduler.flush();
     }
-    QStringList quitRows() const { return usageRows().filter(QRegularExpression(QStringLiteral("^Quit,"))); }
+    QStringList quitRows() const { return usageRows().filter(QRegularExpression(u"^Quit,"_s)); }
 };
 
 } // namespace
@@ -68,23 +70,23 @@ private Q_SLOTS:
         QVERIFY(f.window().windowFlags() & Qt::WindowStaysOnTopHint);
         QCOMPARE(f.window().currentContent(), &f.countDown());
         QVERIFY(f.countDown().isCounting());
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
-        QCOMPARE(f.countDown().lblTitle->text(), QStringLiteral("Quitting.."));
+        QCOMPARE(f.countDown().lblSeconds->text(), u"00:10"_s);
+        QCOMPARE(f.countDown().lblTitle->text(), u"Quitting.."_s);
 
         f.seconds(4);
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+        QCOMPARE(f.countDown().lblSeconds->text(), u"00:06"_s);
         // A second Quit leaves the flow where it is.
         f.window().btnQuitClicked();
-        QCOMPARE(f.logCount(QStringLiteral("Quit window already visible")), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Showing quit window")), 2);
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:06"));
+        QCOMPARE(f.logCount(u"Quit window already visible"_s), 1);
+        QCOMPARE(f.logCount(u"Showing quit window"_s), 2);
+        QCOMPARE(f.countDown().lblSeconds->text(), u"00:06"_s);
 
         f.seconds(5);
         QCOMPARE(f.window().currentContent(), &f.countDown());
         f.seconds(1);
         QCOMPARE(f.window().currentContent(), &f.confirm());
         QVERIFY(f.confirm().popUpBtnReasons->isEnabled());
-        QCOMPARE(f.confirm().popUpBtnReasons->currentText(), QStringLiteral("Select a reason"));
+        QCOMPARE(f.confirm().popUpBtnReasons->currentText(), u"Select a reason"_s);
         QVERIFY(f.confirm().btnQuit->isHidden());
         QVERIFY(f.confirm().textView->isHidden());
 
@@ -95,7 +97,7 @@ private Q_SLOTS:
             confirm.popUpBtnReasonsClicked(reason);
         };
         choose(quittingConfirmVc::SomethingElse);
-        confirm.textView->setPlainText(QStringLiteral("half a thought"));
+        confirm.textView->setPlainText(u"half a thought"_s);
         choose(quittingConfirmVc::AppIsBroken);
         QVERIFY(confirm.textView->toPlainText().isEmpty());
         QVERIFY(!confirm.btnQuit->isEnabled());
@@ -114,14 +116,14 @@ private Q_SLOTS:
     void passwordComesFirst()
     {
         QuitFixture f;
-        password::store(f.fakes.preferences, QStringLiteral("s3cret"));
+        password::store(f.fakes.preferences, u"s3cret"_s);
         f.launchWithWebhook();
         f.window().btnQuitClicked();
         QVERIFY(f.countDown().isPasswordViewShown());
-        QCOMPARE(f.logCount(QStringLiteral("Showing enter password view from quit")), 1);
+        QCOMPARE(f.logCount(u"Showing enter password view from quit"_s), 1);
         f.seconds(20);
         QVERIFY(!f.countDown().isCounting());
-        QCOMPARE(f.countDown().lblSeconds->text(), QStringLiteral("00:10"));
+        QCOMPARE(f.countDown().lblSeconds->text(), u"00:10"_s);
 
         // Cancel closes the window and the flow has not begun.
         f.countDown().passwordView()->btnCancel->click();
@@ -130,7 +132,7 @@ private Q_SLOTS:
         f.window().btnQuitClicked();
         enterPasswordVc& prompt = *f.countDown().passwordView();
         QVERIFY(!prompt.isHidden());
-        prompt.textFieldPassword->setText(QStringLiteral("s3cret"));
+        prompt.textFieldPassword->setText(u"s3cret"_s);
         prompt.btnOk->click();
         QVERIFY(!f.countDown().isPasswordViewShown());
         QVERIFY(f.countDown().isCounting());
@@ -182,15 +184,15 @@ private Q_SLOTS:
         } else {
             QVERIFY(!confirm.textView->isHidden());
             QVERIFY(!confirm.btnQuit->isEnabled());
-            confirm.textFieldEmail->setText(QStringLiteral("me@example.org"));
+            confirm.textFieldEmail->setText(u"me@example.org"_s);
             confirm.textView->setPlainText(feedback);
             QVERIFY(confirm.btnQuit->isEnabled());
             confirm.btnQuit->click();
             QVERIFY(!confirm.popUpBtnReasons->isEnabled());
             QCOMPARE(confirm.lblDescription->text(),
-                     QStringLiteral("We hope you will start the habits back soon! See you soon."));
+                     u"We hope you will start the habits back soon! See you soon."_s);
         }
-        QCOMPARE(confirm.lblTimer->text(), QStringLiteral("00:05"));
+        QCOMPARE(confirm.lblTimer->text(), u"00:05"_s);
         f.seconds(4);
         QVERIFY(f.exitStatuses.isEmpty());
         f.seconds(1);
@@ -199,12 +201,11 @@ private Q_SLOTS:
         if (reason == quittingConfirmVc::AppIsBroken) {
             QCOMPARE(f.fakes.http.requests.size(), 1);
             const auto& post = f.fakes.http.requests.constFirst();
-            QCOMPARE(post.url, QUrl(QStringLiteral("http://hook.test/feedback")));
+            QCOMPARE(post.url, QUrl(u"http://hook.test/feedback"_s));
             const QJsonObject body = QJsonDocument::fromJson(post.body).object();
-            QCOMPARE(body.value(QStringLiteral("quitReason")).toString(),
-                     QStringLiteral("The app is broken"));
-            QCOMPARE(body.value(QStringLiteral("feedback")).toString(), feedback);
-            QCOMPARE(body.value(QStringLiteral("emailAddress")).toString(), QStringLiteral("me@example.org"));
+            QCOMPARE(body.value(u"quitReason"_s).toString(), u"The app is broken"_s);
+            QCOMPARE(body.value(u"feedback"_s).toString(), feedback);
+            QCOMPARE(body.value(u"emailAddress"_s).toString(), u"me@example.org"_s);
             if (serverAnswersAfter >= 0) {
                 f.seconds(serverAnswersAfter);
                 QVERIFY(f.exitStatuses.isEmpty());
@@ -222,7 +223,7 @@ private Q_SLOTS:
         QCOMPARE(f.exitStatuses, QList<int>{64});
         QCOMPARE(f.fakes.loginService.disables, 1);
         QVERIFY(f.app->terminateFromSelf);
-        QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 1);
+        QCOMPARE(f.logCount(u"App quit clicked by user"_s), 1);
         const QStringList rows = f.quitRows();
         QCOMPARE(rows.size(), row.isEmpty() ? 0 : 1);
         if (!row.isEmpty())

@@ -14,6 +14,8 @@
 #include <valijson/schema_parser.hpp>
 #include <valijson/validator.hpp>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 
 QByteArray readResource(const QString& path)
@@ -43,7 +45,7 @@ bool isStringList(const QJsonValue& value)
 }
 
 // Entries of the catalogue that are data rather than display text.
-const QStringList kNonTextEntries{QStringLiteral("welcomeInfo/introActivities")};
+const QStringList kNonTextEntries{u"welcomeInfo/introActivities"_s};
 
 void collectNonText(const QJsonObject& object, const QString& prefix, QStringList& out)
 {
@@ -67,7 +69,7 @@ private Q_SLOTS:
     void catalogueIsText()
     {
         QStringList nonText;
-        collectNonText(readObject(QStringLiteral(":/config.json")), QString(), nonText);
+        collectNonText(readObject(u":/config.json"_s), QString(), nonText);
         QCOMPARE(nonText, QStringList());
     }
 
@@ -75,10 +77,8 @@ private Q_SLOTS:
     {
         // The welcome flow takes the first entry; a wrong shape silently falls back
         // to the built-in intro item.
-        const QJsonValue list = readObject(QStringLiteral(":/config.json"))
-                                    .value(u"welcomeInfo")
-                                    .toObject()
-                                    .value(u"introActivities");
+        const QJsonValue list =
+            readObject(u":/config.json"_s).value(u"welcomeInfo").toObject().value(u"introActivities");
         QVERIFY(list.isArray());
         const QJsonObject first = list.toArray().first().toObject();
         QVERIFY(first.value(u"name").isString());
@@ -91,7 +91,7 @@ private Q_SLOTS:
     {
         // The packaged day has every list and a break interval; a routine item without a
         // name or a whole-number duration cannot be played.
-        const QJsonObject settings = readObject(QStringLiteral(":/settings.json"));
+        const QJsonObject settings = readObject(u":/settings.json"_s);
         QVERIFY(isInteger(settings.value(u"breakAfterMinutes")) &&
                 settings.value(u"breakAfterMinutes").toInt() > 0);
         QVERIFY(settings.value(u"startTime").isString() && settings.value(u"shutOffTime").isString());
@@ -111,7 +111,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("document");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("packaged settings") << readResource(QStringLiteral(":/settings.json")) << true;
+        QTest::newRow("packaged settings") << readResource(u":/settings.json"_s) << true;
         QTest::newRow("empty") << QByteArray("{}") << true;
         QTest::newRow("unknown key") << QByteArray(R"({"theme": "dark"})") << true;
         QTest::newRow("hour only") << QByteArray(R"({"startTime": "7"})") << true;
@@ -136,8 +136,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, document);
         QFETCH(bool, valid);
 
-        const QJsonDocument schemaDoc =
-            QJsonDocument::fromJson(readResource(QStringLiteral(":/settings-schema.json")));
+        const QJsonDocument schemaDoc = QJsonDocument::fromJson(readResource(u":/settings-schema.json"_s));
         valijson::Schema schema;
         valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
         try {
@@ -161,7 +160,7 @@ private Q_SLOTS:
     {
         // The query strings come from arbitrary web addresses: markup in them must
         // never be interpreted, and the page must work without a network.
-        const QString page = QString::fromUtf8(readResource(QStringLiteral(":/block.html")));
+        const QString page = QString::fromUtf8(readResource(u":/block.html"_s));
         for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
             QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
         QVERIFY(page.contains(u"URLSearchParams"));
@@ -178,10 +177,8 @@ private Q_SLOTS:
         for (const char* name :
              {"Smile _Small", "Waking up _ SMall", "Glasses-Otter-250-px_V3", "cheer_250px_trans_centered",
               "Finger-and-Sign-Otter-250px", "Weight-otter-250-px_V2", "Whistle-otter-250-px", "Yawn_small"})
-            QTest::newRow(name) << QStringLiteral(":/images/%1.gif")
-                                       .arg(QString::fromLatin1(name).toLower().replace(
-                                           QRegularExpression(QStringLiteral("[^a-z0-9]+")),
-                                           QStringLiteral("-")));
+            QTest::newRow(name) << u":/images/%1.gif"_s.arg(
+                QString::fromLatin1(name).toLower().replace(QRegularExpression(u"[^a-z0-9]+"_s), u"-"_s));
     }
 
     void animationsPlay()
@@ -204,8 +201,8 @@ private Q_SLOTS:
     void soundsAreShortWavs_data()
     {
         QTest::addColumn<QString>("path");
-        QTest::newRow("afterMorningRoutine") << QStringLiteral(":/sounds/afterMorningRoutine.wav");
-        QTest::newRow("everyActivity") << QStringLiteral(":/sounds/everyActivity.wav");
+        QTest::newRow("afterMorningRoutine") << u":/sounds/afterMorningRoutine.wav"_s;
+        QTest::newRow("everyActivity") << u":/sounds/everyActivity.wav"_s;
     }
 
     void soundsAreShortWavs()

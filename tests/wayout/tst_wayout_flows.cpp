@@ -15,6 +15,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -49,7 +51,7 @@ private Q_SLOTS:
     {
         WayOutFixture f(kDocument);
         AppDelegate& app = f.morningUp();
-        password::store(f.fakes.preferences, QStringLiteral("letmeout"));
+        password::store(f.fakes.preferences, u"letmeout"_s);
         ViewController& vc = app.viewController();
         timerViewcontroller& timer = vc.timerViewcontrollerObj();
         runToStageAndAbort(f, Running);
@@ -67,25 +69,25 @@ private Q_SLOTS:
         QCOMPARE(timer.currentTimer, 12);
         QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
 
-        QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("letmein"));
+        QTest::keyClicks(prompt.textFieldPassword, u"letmein"_s);
         click(prompt.btnOk);
         QVERIFY(prompt.lblError->isVisible());
-        QCOMPARE(prompt.lblError->text(), QStringLiteral("Incorrect password. Please try again."));
-        QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("x"));
+        QCOMPARE(prompt.lblError->text(), u"Incorrect password. Please try again."_s);
+        QTest::keyClicks(prompt.textFieldPassword, u"x"_s);
         QVERIFY(prompt.lblError->isHidden());
 
         // Return on the lock window is OK.
-        prompt.textFieldPassword->setText(QStringLiteral("letmeout"));
+        prompt.textFieldPassword->setText(u"letmeout"_s);
         QTest::keyClick(app.mainWindow().windowHandle(), Qt::Key_Return);
         QVERIFY(!vc.isPasswordViewShown());
         abortingCountDownVc& countDown = f.wayOut->abortingCountDownVcObj();
         QCOMPARE(vc.currentScreen(), &countDown);
         QCOMPARE(app.state().currentState, CURRENTSTATE::_ABORT_);
         QVERIFY(vc.btnAbort->isHidden());
-        QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:10"));
+        QCOMPARE(countDown.lblSeconds->text(), u"00:10"_s);
         QCOMPARE(countDown.lblEmailId->text(), app.texts().emailID);
         f.fakes.scheduler.advance(9'000);
-        QCOMPARE(countDown.lblSeconds->text(), QStringLiteral("00:01"));
+        QCOMPARE(countDown.lblSeconds->text(), u"00:01"_s);
         f.fakes.scheduler.advance(1'000);
         QCOMPARE(vc.currentScreen(), &f.wayOut->abortingConfirmVcObj());
         QCOMPARE(f.wayOut->abortingConfirmVcObj().popUpBtnReasons->count(), 5);
@@ -108,7 +110,7 @@ private Q_SLOTS:
         WayOutFixture f(kDocument);
         AppDelegate& app = f.morningUp();
         if (withPassword)
-            f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, QStringLiteral("é not base64 é"));
+            f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, u"é not base64 é"_s);
         ViewController& vc = app.viewController();
         timerViewcontroller& timer = vc.timerViewcontrollerObj();
         runToStageAndAbort(f, Stage(stage));
@@ -118,13 +120,12 @@ private Q_SLOTS:
         if (withPassword) {
             // No attempt gets through a password that cannot be read; the lock offers no reset.
             enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
-            for (const QString& attempt : {QStringLiteral("é not base64 é"), QStringLiteral("")}) {
+            for (const QString& attempt : {u"é not base64 é"_s, u""_s}) {
                 prompt.textFieldPassword->setText(attempt);
                 click(prompt.btnOk);
                 QVERIFY(vc.isPasswordViewShown());
             }
-            QCOMPARE(prompt.lblError->text(),
-                     QStringLiteral("Password cannot be blank. Please enter your password."));
+            QCOMPARE(prompt.lblError->text(), u"Password cannot be blank. Please enter your password."_s);
             QVERIFY(prompt.btnResetPassword->isHidden());
             click(prompt.btnCancel);
         } else
@@ -138,7 +139,7 @@ private Q_SLOTS:
         case Running:
             QCOMPARE(vc.currentScreen(), &timer);
             QCOMPARE(timer.currentTimer, 12);
-            QCOMPARE(timer.lblTimer->text(), QStringLiteral("00:18"));
+            QCOMPARE(timer.lblTimer->text(), u"00:18"_s);
             QVERIFY(timer.hasLiveTimer());
             QVERIFY(f.fakes.displayAwake.held);
             f.fakes.scheduler.advance(18'000);
@@ -156,7 +157,7 @@ private Q_SLOTS:
         // The count-down is gone for good: nothing moves on to the reasons.
         f.fakes.scheduler.advance(20'000);
         QVERIFY(vc.currentScreen() != &f.wayOut->abortingConfirmVcObj());
-        QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
+        QVERIFY(f.usageRows().filter(u"abort"_s).isEmpty());
     }
 
     void reasonOutcomes_data()
@@ -188,7 +189,7 @@ private Q_SLOTS:
         reasons.popUpBtnReasons->setCurrentIndex(reason);
         if (reason == abortingConfirmVc::Emergency) {
             QVERIFY(!reasons.popUpBtnReasons->isEnabled());
-            QCOMPARE(reasons.lblTimerEmergency->text(), QStringLiteral("00:05"));
+            QCOMPARE(reasons.lblTimerEmergency->text(), u"00:05"_s);
         } else if (reason == abortingConfirmVc::SomethingElse) {
             QVERIFY(!reasons.btnDeactivate_boxSomethingElse->isEnabled());
             QTest::keyClicks(reasons.textViewSomethingElse, feedback);
@@ -197,7 +198,7 @@ private Q_SLOTS:
             click(reasons.btnDontWantRoutine_boxHabit);
             abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
             QCOMPARE(vc.currentScreen(), &last);
-            QCOMPARE(last.btnMain->text(), QStringLiteral("Deactivate routine + breaks"));
+            QCOMPARE(last.btnMain->text(), u"Deactivate routine + breaks"_s);
             QVERIFY(!last.btnMain->isEnabled());
             QTest::keyClicks(last.textViewFeedback, feedback);
             click(last.btnMain);
@@ -209,8 +210,8 @@ private Q_SLOTS:
         QCOMPARE(f.fakes.launcher.restarts, 0);
         f.fakes.scheduler.advance(1);
         QCOMPARE(f.fakes.launcher.restarts, 1);
-        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
-                 QStringList{QStringLiteral("morning routine abort,morning routine,,,,,,,") + row});
+        QCOMPARE(f.usageRows().filter(u"abort"_s),
+                 QStringList{u"morning routine abort,morning routine,,,,,,,"_s + row});
         QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), std::optional<bool>(false));
         QCOMPARE(f.fakes.preferences.boolean(keys::kUserdefaultsShowPomodoroView), std::optional<bool>(true));
         QCOMPARE(f.fakes.preferences.date(keys::kUserdefaults4HourReActivateTime),
@@ -231,22 +232,21 @@ private Q_SLOTS:
         const QJsonObject saved =
             QJsonDocument::fromJson(f.fakes.preferences.string(keys::kUserdefaultsSelectedJson)->toUtf8())
                 .object();
-        QCOMPARE(saved.value(QStringLiteral("morningHabits")).toArray().size(), 10);
+        QCOMPARE(saved.value(u"morningHabits"_s).toArray().size(), 10);
         QCOMPARE(app.state().arrAllMorningHabits.size(), 10);
         QCOMPARE(app.state().arrAllMorningHabits[1].durationSeconds, 30);
         QCOMPARE(app.state().arrAllEveningHabits[0].durationSeconds, 30);
 
         abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
         QCOMPARE(app.viewController().currentScreen(), &last);
-        QVERIFY(
-            last.lblDescription->text().endsWith(QStringLiteral("total morning routine is 5 minutes long")));
-        QCOMPARE(last.btnMain->text(), QStringLiteral("Start shortened routine"));
-        QTest::keyClicks(last.textViewFeedback, QStringLiteral("ten is plenty"));
+        QVERIFY(last.lblDescription->text().endsWith(u"total morning routine is 5 minutes long"_s));
+        QCOMPARE(last.btnMain->text(), u"Start shortened routine"_s);
+        QTest::keyClicks(last.textViewFeedback, u"ten is plenty"_s);
         click(last.btnMain);
         QCOMPARE(f.fakes.launcher.restarts, 1);
-        QCOMPARE(f.usageRows().filter(QStringLiteral("abort")),
-                 QStringList{QStringLiteral(
-                     "morning routine abort,morning routine,,,,,,,Start shortened routine,ten is plenty")});
+        QCOMPARE(f.usageRows().filter(u"abort"_s),
+                 QStringList{
+                     u"morning routine abort,morning routine,,,,,,,Start shortened routine,ten is plenty"_s});
         // Not deactivated: the short routine comes through the gates after the restart.
         QVERIFY(f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled).value_or(true));
     }
@@ -271,17 +271,17 @@ private Q_SLOTS:
         abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
         reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::AppBroken);
         QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
-        QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral("the timer froze"));
+        QTest::keyClicks(reasons.textViewAppBroken, u"the timer froze"_s);
         click(reasons.btnDeactivateAppBroken);
         // An edit after the click must not arm the button for a second post.
-        QTest::keyClicks(reasons.textViewAppBroken, QStringLiteral(" at noon"));
+        QTest::keyClicks(reasons.textViewAppBroken, u" at noon"_s);
         QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
 
         QCOMPARE(f.fakes.http.requests.size(), 1);
         const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
-        QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("The app is broken"));
-        QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("the timer froze"));
-        QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
+        QCOMPARE(sent.value(u"abortReason"_s).toString(), u"The app is broken"_s);
+        QCOMPARE(sent.value(u"feedback"_s).toString(), u"the timer froze"_s);
+        QCOMPARE(sent.value(u"emailAddress"_s).toString(), QString());
         QCOMPARE(vc.currentScreen(), &reasons);
         if (status >= 0)
             f.fakes.http.answer({.status = status, .body = "1", .error = {}});
@@ -289,7 +289,7 @@ private Q_SLOTS:
         QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
         f.fakes.scheduler.advance(5'000);
         QCOMPARE(f.fakes.launcher.restarts, 1);
-        QVERIFY(f.usageRows().filter(QStringLiteral("abort")).isEmpty());
+        QVERIFY(f.usageRows().filter(u"abort"_s).isEmpty());
     }
 
     void shutOffEmergencyUnlock_data()
@@ -313,13 +313,13 @@ private Q_SLOTS:
         vc.shutOffMac();
         shutOffTimeVc& screen = f.wayOut->shutOffTimeVcObj();
         QCOMPARE(vc.currentScreen(), &screen);
-        QVERIFY(screen.lblSubTitle->text().contains(QStringLiteral("from 22:00 to 07:00")));
+        QVERIFY(screen.lblSubTitle->text().contains(u"from 22:00 to 07:00"_s));
 
         // Thirty seconds of reflection; Cancel goes back to rest and drops the text.
         click(screen.btnGetAccessNow);
         QCOMPARE(screen.step, int(shutOffTimeVc::Reflecting));
-        QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Cancel"));
-        QTest::keyClicks(screen.textView, QStringLiteral("draft"));
+        QCOMPARE(screen.btnUnlock->text(), u"Cancel"_s);
+        QTest::keyClicks(screen.textView, u"draft"_s);
         f.fakes.scheduler.advance(10'000);
         click(screen.btnUnlock);
         QCOMPARE(screen.step, int(shutOffTimeVc::Resting));
@@ -328,19 +328,19 @@ private Q_SLOTS:
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
 
         click(screen.btnGetAccessNow);
-        QCOMPARE(screen.lbltimer->text(), QStringLiteral("00:30"));
+        QCOMPARE(screen.lbltimer->text(), u"00:30"_s);
         f.fakes.scheduler.advance(30'000);
         QCOMPARE(screen.step, int(shutOffTimeVc::Unlocking));
-        QCOMPARE(screen.btnUnlock->text(), QStringLiteral("Unlock"));
+        QCOMPARE(screen.btnUnlock->text(), u"Unlock"_s);
         f.fakes.scheduler.advance(600'000); // it waits without limit
-        QTest::keyClicks(screen.textView, QStringLiteral("server down"));
+        QTest::keyClicks(screen.textView, u"server down"_s);
         click(screen.btnUnlock);
-        QVERIFY(screen.lblSubTitle->text().endsWith(QStringLiteral("\n\n\nUnlocking in")));
+        QVERIFY(screen.lblSubTitle->text().endsWith(u"\n\n\nUnlocking in"_s));
         QCOMPARE(f.fakes.http.requests.size(), 1);
         const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
-        QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("Shutdown skipped"));
-        QCOMPARE(sent.value(QStringLiteral("emailAddress")).toString(), QString());
-        QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("server down"));
+        QCOMPARE(sent.value(u"abortReason"_s).toString(), u"Shutdown skipped"_s);
+        QCOMPARE(sent.value(u"emailAddress"_s).toString(), QString());
+        QCOMPARE(sent.value(u"feedback"_s).toString(), u"server down"_s);
 
         // The upload is not waited for.
         f.fakes.scheduler.advance(4'999);
@@ -361,7 +361,7 @@ private Q_SLOTS:
         // program restarts twice before its day is over.
         WayOutFixture f(kDocument);
         AppDelegate& app = f.start(at(23, QTime(12, 0)));
-        password::store(f.fakes.preferences, QStringLiteral("pw"));
+        password::store(f.fakes.preferences, u"pw"_s);
         {
             // The prompt, and its own timer, end with this run of the program.
             enterPasswordVc prompt(
@@ -379,10 +379,10 @@ private Q_SLOTS:
         f.fakes.scheduler.advance(5'000);
         QVERIFY(!password::isSet(f.fakes.preferences));
         QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
-        QCOMPARE(f.logCount(QStringLiteral("password is cleard after 24 hours")), 1);
+        QCOMPARE(f.logCount(u"password is cleard after 24 hours"_s), 1);
 
         // A date already past at launch is cleared there.
-        password::store(f.fakes.preferences, QStringLiteral("pw2"));
+        password::store(f.fakes.preferences, u"pw2"_s);
         f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(24, QTime(12, 0)));
         f.start(at(25, QTime(8, 0)));
         QVERIFY(!password::isSet(f.fakes.preferences));

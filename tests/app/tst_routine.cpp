@@ -304,16 +304,16 @@ private Q_SLOTS:
         QTest::addColumn<int>("reason");
         QTest::addColumn<QString>("line");
         QTest::addColumn<bool>("rearmed");
-        QTest::newRow("1 microphone") << 1 << "Mic is in use, Break Activities cancelled." << true;
-        QTest::newRow("2 camera") << 2 << "Camera is in use, Break Activities cancelled." << true;
-        QTest::newRow("3 meeting keeps display awake")
-            << 3 << "PreventUserIdleDisplaySleep is On: Break Activities cancelled." << true;
-        QTest::newRow("4 abort screens") << 4 << "App is disabled, Break Activities cancelled." << false;
-        QTest::newRow("5 shut-off screen")
-            << 5 << "App is in shutoff state, Break Activities cancelled." << false;
-        QTest::newRow("6 morning routine")
-            << 6 << "Morning habit showing, Break Activities cancelled." << false;
-        QTest::newRow("7 after hours") << 7 << "not working hours, Break Activities cancelled." << false;
+        const auto row = [](int reason, const char* line, bool rearmed) {
+            QTest::addRow("%d %s", reason, line) << reason << line << rearmed;
+        };
+        row(1, "Mic is in use, Break Activities cancelled.", true);
+        row(2, "Camera is in use, Break Activities cancelled.", true);
+        row(3, "PreventUserIdleDisplaySleep is On: Break Activities cancelled.", true);
+        row(4, "App is disabled, Break Activities cancelled.", false);
+        row(5, "App is in shutoff state, Break Activities cancelled.", false);
+        row(6, "Morning habit showing, Break Activities cancelled.", false);
+        row(7, "not working hours, Break Activities cancelled.", false);
     }
 
     void breakIsCalledOffForSevenReasonsInOrder()

@@ -202,20 +202,19 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QString>("told");
 
-        QTest::newRow("no server: the package manager")
-            << QString() << 0 << QByteArray() << "package manager";
-        QTest::newRow("a newer version")
-            << "http://config.test/base/" << 200
-            << QByteArray("{\"version\": \"0.10.0\", \"url\": \"https://get.test/\"}")
-            << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
-        QTest::newRow("the same version")
-            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9.1"})")
-            << "0.9.1 is the newest version";
-        QTest::newRow("an older version")
-            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9"})")
-            << "0.9.1 is the newest version";
-        QTest::newRow("a server error") << "http://config.test" << 404 << QByteArray("nope")
-                                        << "did not succeed: the server answered 404";
+        const auto row = [](const char* name, const char* server, int status, const char* answer,
+                            const char* told) {
+            QTest::newRow(name) << server << status << QByteArray(answer) << told;
+        };
+        row("no server: the package manager", "", 0, "", "package manager");
+        row("a newer version", "http://config.test/base/", 200,
+            R"({"version": "0.10.0", "url": "https://get.test/"})",
+            "0.10.0 is available; you have 0.9.1.\nhttps://get.test/");
+        row("the same version", "http://config.test", 200, R"({"version": "0.9.1"})",
+            "0.9.1 is the newest version");
+        row("an older version", "http://config.test", 200, R"({"version": "0.9"})",
+            "0.9.1 is the newest version");
+        row("a server error", "http://config.test", 404, "nope", "did not succeed: the server answered 404");
     }
 
     void checkForUpdates()

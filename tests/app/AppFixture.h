@@ -11,6 +11,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace velmora::test {
 
 inline QDateTime at(int day, const QTime& time)
@@ -38,17 +40,17 @@ struct AppFixture
     explicit AppFixture(const QByteArray& document = dayDocument())
     {
         dayDocumentWith(document);
-        fakes.preferences.setValue(QStringLiteral("kUserdefaultsFirstRun"), true);
+        fakes.preferences.setValue(u"kUserdefaultsFirstRun"_s, true);
         // Tests run without a tray; the one-time hint about it is its own test.
-        fakes.preferences.setValue(QStringLiteral("velmoraTrayHintShown"), true);
+        fakes.preferences.setValue(u"velmoraTrayHintShown"_s, true);
     }
 
     // The night's summary and evening routine are behind us: a launch before the
     // start time finds only the lock.
     void nightStagesDone(const QDateTime& until)
     {
-        fakes.preferences.setValue(QStringLiteral("kUserdefaultsFocusSummaryShowedTillDate"), until);
-        fakes.preferences.setValue(QStringLiteral("kUserdefaultsEveningHabitsShowedTillDate"), until);
+        fakes.preferences.setValue(u"kUserdefaultsFocusSummaryShowedTillDate"_s, until);
+        fakes.preferences.setValue(u"kUserdefaultsEveningHabitsShowedTillDate"_s, until);
     }
 
     // The packaged settings document the next launch reads.
@@ -79,7 +81,7 @@ struct AppFixture
     // The usage log's rows without their time stamp (the write moment).
     QStringList usageRows() const
     {
-        const QString all = readAll(dataFolder() + QStringLiteral("/vlmrStats.csv"));
+        const QString all = readAll(dataFolder() + u"/vlmrStats.csv"_s);
         QStringList out;
         for (const QString& row : all.mid(qstrlen(UsageLog::kHeader)).split(u'\n', Qt::SkipEmptyParts)) {
             QStringList fields = row.split(u',');
@@ -95,8 +97,8 @@ struct AppFixture
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
 
-    QString settingsPath() const { return dir.filePath(QStringLiteral("settings.json")); }
-    QString dataFolder() const { return dir.filePath(QStringLiteral("data")); }
+    QString settingsPath() const { return dir.filePath(u"settings.json"_s); }
+    QString dataFolder() const { return dir.filePath(u"data"_s); }
 
     // Starts the program at the given moment, as a login or a restart would.
     AppDelegate& launch(const QDateTime& at)
@@ -108,7 +110,7 @@ struct AppFixture
         paths.packagedSettings = settingsPath();
         paths.configServer = configServer;
         if (!catalogue.isEmpty()) {
-            QFile file(dir.filePath(QStringLiteral("config.json")));
+            QFile file(dir.filePath(u"config.json"_s));
             file.open(QIODevice::WriteOnly);
             file.write(catalogue);
             paths.packagedCatalogue = file.fileName();
@@ -120,11 +122,8 @@ struct AppFixture
         return *app;
     }
 
-    QString debugLog() const { return readAll(dataFolder() + QStringLiteral("/Debug_Logs.txt")); }
-    int logCount(const QString& line) const
-    {
-        return debugLog().count(QStringLiteral("  -  ") + line + u'\n');
-    }
+    QString debugLog() const { return readAll(dataFolder() + u"/Debug_Logs.txt"_s); }
+    int logCount(const QString& line) const { return debugLog().count(u"  -  "_s + line + u'\n'); }
 
     QList<int> exitStatuses;
     // A text catalogue of the test's own instead of the packaged one.

@@ -12,6 +12,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -29,7 +31,7 @@ private Q_SLOTS:
         // Before the start time the night's lock holds the machine.
         f.fakes.scheduler.advanceTo(QTime(6, 59, 59));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+        QCOMPARE(f.logCount(u"Showing morning habits."_s), 0);
 
         f.fakes.scheduler.advanceTo(QTime(7, 0, 2));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
@@ -40,55 +42,44 @@ private Q_SLOTS:
         app.viewController().unlockMachine();
         app.state().currentState = CURRENTSTATE::_NOTHING_;
         f.fakes.scheduler.advanceTo(QTime(21, 0));
-        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Initiating morning habits.")), 1);
+        QCOMPARE(f.logCount(u"Showing morning habits."_s), 1);
+        QCOMPARE(f.logCount(u"Initiating morning habits."_s), 1);
         QVERIFY(!app.mainWindow().isVisible());
+
+        // A restart after the next day's start time opens the gate at once.
+        AppDelegate& again = f.launch(at(24, QTime(11, 0)));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
+        QCOMPARE(f.logCount(u"Showing morning habits."_s), 2);
+        QVERIFY(again.isTickRunning());
     }
 
-    void restartAfterStartTimeOpensGateAtOnce()
-    {
-        AppFixture f;
-        f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-        AppDelegate& app = f.launch(at(23, QTime(11, 0)));
-        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 1);
-        QVERIFY(app.isTickRunning());
-    }
-
-    void warningFallsOnlyInsideItsBand_data()
+    void shutOffChainStartsAfterShutOffTime_data()
     {
         QTest::addColumn<QTime>("launch");
-        QTest::addColumn<int>("notifications");
+        QTest::addColumn<int>("warnings");
         // Ticks at :x1 and :x6 put one tick strictly inside (21:54:55, 21:55:00).
-        QTest::newRow("one tick in the band") << QTime(6, 0, 1) << 1;
+        QTest::newRow("one warning tick in the band") << QTime(20, 0, 1) << 1;
         // Ticks on :x0 and :x5 land on the band's edges, which do not count.
-        QTest::newRow("ticks on the edges") << QTime(6, 0, 0) << 0;
-    }
-
-    void warningFallsOnlyInsideItsBand()
-    {
-        QFETCH(QTime, launch);
-        QFETCH(int, notifications);
-        AppFixture f;
-        f.morningDone();
-        f.launch(at(23, launch));
-        f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
-        QCOMPARE(f.fakes.notifier.notifications.size(), notifications);
-        if (notifications)
-            QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("5 minutes")));
+        QTest::newRow("ticks on the warning band's edges") << QTime(20, 0, 0) << 0;
     }
 
     void shutOffChainStartsAfterShutOffTime()
     {
+        QFETCH(QTime, launch);
+        QFETCH(int, warnings);
         AppFixture f;
         f.morningDone();
-        AppDelegate& app = f.launch(at(23, QTime(20, 0)));
+        AppDelegate& app = f.launch(at(23, launch));
+        f.fakes.scheduler.advanceTo(QTime(21, 59, 0));
+        QCOMPARE(f.fakes.notifier.notifications.size(), warnings);
+        if (warnings)
+            QVERIFY(f.fakes.notifier.notifications.first().contains(u"5 minutes"_s));
         f.fakes.scheduler.advanceTo(QTime(22, 0, 0));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
-        QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 0);
+        QCOMPARE(f.logCount(u"Initiating shut off process."_s), 0);
 
         f.fakes.scheduler.advanceTo(QTime(22, 0, 5));
-        QCOMPARE(f.logCount(QStringLiteral("Initiating shut off process.")), 1);
+        QCOMPARE(f.logCount(u"Initiating shut off process."_s), 1);
         QCOMPARE(app.state().currentState, CURRENTSTATE::_FOCUS_SUMMARY_);
         QVERIFY(app.mainWindow().isVisible());
         QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsFocusSummaryShowedTillDate),
@@ -113,15 +104,15 @@ private Q_SLOTS:
         app.viewController().shutOffMac();
         f.fakes.scheduler.advanceTo(QTime(23, 59));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(QStringLiteral("Showing Focus Summary")), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Initiate and run Evening Habits.")), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Showing Shut Off screen.")), 1);
+        QCOMPARE(f.logCount(u"Showing Focus Summary"_s), 1);
+        QCOMPARE(f.logCount(u"Initiate and run Evening Habits."_s), 1);
+        QCOMPARE(f.logCount(u"Showing Shut Off screen."_s), 1);
 
         // A restart in the night goes straight back to the lock.
         AppDelegate& again = f.launch(at(24, QTime(2, 0)));
         QCOMPARE(again.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(QStringLiteral("Focus Summary already shown for today - skipping.")), 2);
-        QCOMPARE(f.logCount(QStringLiteral("Evening habits already shown for today - skipping.")), 1);
+        QCOMPARE(f.logCount(u"Focus Summary already shown for today - skipping."_s), 2);
+        QCOMPARE(f.logCount(u"Evening habits already shown for today - skipping."_s), 1);
 
         // Morning: the gate opens, the period is over.
         f.fakes.scheduler.advanceTo(QTime(7, 0, 5));
@@ -151,8 +142,8 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("mic");
         QTest::addColumn<QString>("line");
-        QTest::newRow("microphone") << true << QStringLiteral("Mic is in use, Morning Habits cancelled.");
-        QTest::newRow("camera") << false << QStringLiteral("Camera is is use, Morning Habits cancelled.");
+        QTest::newRow("microphone") << true << u"Mic is in use, Morning Habits cancelled."_s;
+        QTest::newRow("camera") << false << u"Camera is is use, Morning Habits cancelled."_s;
     }
 
     void callCancelsMorningRoutine()
@@ -168,7 +159,7 @@ private Q_SLOTS:
         f.fakes.scheduler.advanceTo(QTime(7, 1));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
         QCOMPARE(app.statusItem().look(), StatusItem::Look::Call);
-        QCOMPARE(app.statusItem().title(), QStringLiteral("CALL"));
+        QCOMPARE(app.statusItem().title(), u"CALL"_s);
         QCOMPARE(f.logCount(line), 13); // every tick from 07:00:00 to 07:01:00
         QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaultsLastHabitShowDate) ||
                 f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date() !=
@@ -198,7 +189,7 @@ private Q_SLOTS:
             f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(23, 0)));
         AppDelegate& app = f.launch(at(23, QTime(19, 0, 1)));
         QCOMPARE(app.statusItem().look(), StatusItem::Look::Off);
-        QCOMPARE(f.logCount(QStringLiteral("App started in Deactivated state")), 1);
+        QCOMPARE(f.logCount(u"App started in Deactivated state"_s), 1);
         QVERIFY(!app.isTickRunning());
 
         f.fakes.scheduler.advanceTo(QTime(22, 10));
@@ -219,16 +210,15 @@ private Q_SLOTS:
         f.fakes.preferences.setValue(keys::kUserdefaultsSelectedFolder, sync.path());
         f.fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
         f.nightStagesDone(at(23, QTime(7, 0)));
-        QFile plist(sync.filePath(QStringLiteral("timestamp.plist")));
+        QFile plist(sync.filePath(u"timestamp.plist"_s));
         QVERIFY(plist.open(QIODevice::WriteOnly));
-        plist.write(SyncTimestamps::writePlist(
-            {{QStringLiteral("lastMorningRoutine"), QStringLiteral("2026-11-23 06:40:00")}}));
+        plist.write(SyncTimestamps::writePlist({{u"lastMorningRoutine"_s, u"2026-11-23 06:40:00"_s}}));
         plist.close();
 
         AppDelegate& app = f.launch(at(23, QTime(6, 59)));
         f.fakes.scheduler.advanceTo(QTime(7, 30));
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+        QCOMPARE(f.logCount(u"Showing morning habits."_s), 0);
         QCOMPARE(*f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate), at(22, QTime(7, 0)));
     }
 

@@ -13,6 +13,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -20,40 +22,40 @@ class LaunchTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void secondLaunchAfterKilledWelcomeIsNoFirstRun()
+    // A first launch prepares the data folder and shows the welcome; a relaunch, even one
+    // after the welcome was killed, is no first run and tells of the missing tray no more.
+    void firstLaunchAndRelaunch()
     {
         AppFixture f;
         f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-        f.launch(at(23, QTime(15, 0)));
-        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
-        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
-        QVERIFY(again.isTickRunning());
-        QCOMPARE(f.logCount(QStringLiteral("Showing first time welcome activity.")), 1);
-    }
-
-    void dataFolderIsPreparedAndBlockPageRefreshed()
-    {
-        AppFixture f;
+        f.fakes.preferences.remove(u"velmoraTrayHintShown"_s);
         const QString data = f.dataFolder();
         QDir().mkpath(data);
-        QFile stale(data + QStringLiteral("/vlmr-focus.html"));
+        QFile stale(data + u"/vlmr-focus.html"_s);
         QVERIFY(stale.open(QIODevice::WriteOnly));
         stale.write("old page");
         stale.close();
 
         f.launch(at(23, QTime(15, 0)));
-        QFile csv(data + QStringLiteral("/vlmrStats.csv"));
+        QFile csv(data + u"/vlmrStats.csv"_s);
         QVERIFY(csv.open(QIODevice::ReadOnly));
         QCOMPARE(csv.readAll(), QByteArray(UsageLog::kHeader));
-        QFile page(data + QStringLiteral("/vlmr-focus.html"));
+        QFile page(data + u"/vlmr-focus.html"_s);
         QVERIFY(page.open(QIODevice::ReadOnly));
         QVERIFY(page.readAll().contains("old_url"));
-        QVERIFY(QFile::exists(data + QStringLiteral("/logo.png")));
+        QVERIFY(QFile::exists(data + u"/logo.png"_s));
         // The sound server can only play real files.
         for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})
-            QVERIFY2(QFile::exists(data + QStringLiteral("/sounds/") + QLatin1String(sound)), sound);
+            QVERIFY2(QFile::exists(data + u"/sounds/"_s + QLatin1String(sound)), sound);
         QCOMPARE(f.fakes.loginService.enables, 1);
-        QCOMPARE(f.logCount(QStringLiteral("downloading config file")), 1);
+        QCOMPARE(f.logCount(u"downloading config file"_s), 1);
+
+        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
+        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
+        QVERIFY(again.isTickRunning());
+        QCOMPARE(f.logCount(u"Showing first time welcome activity."_s), 1);
+        QCOMPARE(f.fakes.notifier.notifications.size(), 1);
+        QVERIFY(f.fakes.notifier.notifications.first().contains(u"tray"_s));
     }
 
     void startUpWaitsForTheCatalogue_data()
@@ -73,14 +75,14 @@ private Q_SLOTS:
         QFETCH(QByteArray, body);
         QFETCH(QString, callTitle);
         AppFixture f;
-        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        f.configServer = QUrl(u"http://127.0.0.1:9/"_s);
         AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         QCOMPARE(f.fakes.http.requests.size(), 1);
         QCOMPARE(f.fakes.http.requests[0].timeoutMs, 60'000);
         QVERIFY(!app.state().isAppInitialLodded);
         QVERIFY(!app.isTickRunning());
 
-        f.fakes.http.answer({status, body, status ? QString() : QStringLiteral("Operation timed out")});
+        f.fakes.http.answer({status, body, status ? QString() : u"Operation timed out"_s});
         f.fakes.scheduler.flush();
         QVERIFY(app.state().isAppInitialLodded);
         QVERIFY(app.isTickRunning());
@@ -94,7 +96,7 @@ private Q_SLOTS:
     {
         AppFixture f;
         f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-        f.configServer = QUrl(QStringLiteral("http://127.0.0.1:9/"));
+        f.configServer = QUrl(u"http://127.0.0.1:9/"_s);
         AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         f.fakes.http.answer({200,
                              R"({"common": {"stayFocusedText": "Go well", "appName": "Vm"},
@@ -105,26 +107,25 @@ private Q_SLOTS:
         ViewController& vc = app.viewController();
         click(vc.firstViewControllerObj().btnStartFirstHabit);
         f.fakes.scheduler.advance(app.state().introActivity->durationSeconds * 1000);
-        QCOMPARE(vc.thirdVcObj().lblSubTitle->text(), QStringLiteral("All done"));
-        vc.logQuantityVcObj().resetData(QStringLiteral("Squats"), QStringLiteral("20"), {},
-                                        CURRENTSTATE::_BREATHING_);
-        QCOMPARE(vc.logQuantityVcObj().lblTitle->text(), QStringLiteral("Count it"));
-        QCOMPARE(vc.logQuantityVcObj().btnOk->text(), QStringLiteral("Yes"));
-        QCOMPARE(vc.logQuantityVcObj().btnCancel->text(), QStringLiteral("Skip"));
+        QCOMPARE(vc.thirdVcObj().lblSubTitle->text(), u"All done"_s);
+        vc.logQuantityVcObj().resetData(u"Squats"_s, u"20"_s, {}, CURRENTSTATE::_BREATHING_);
+        QCOMPARE(vc.logQuantityVcObj().lblTitle->text(), u"Count it"_s);
+        QCOMPARE(vc.logQuantityVcObj().btnOk->text(), u"Yes"_s);
+        QCOMPARE(vc.logQuantityVcObj().btnCancel->text(), u"Skip"_s);
         vc.logQuantityVcObj().hide();
         click(vc.thirdVcObj().btnMain);
-        QCOMPARE(vc.lblMessage->text(), QStringLiteral("Go well"));
+        QCOMPARE(vc.lblMessage->text(), u"Go well"_s);
         QCOMPARE(app.lockWindows().arrWindows().size(), 1); // the second screen's blank window
-        QCOMPARE(app.lockWindows().arrWindows().constFirst()->lblTitle->text(), QStringLiteral("Vm"));
+        QCOMPARE(app.lockWindows().arrWindows().constFirst()->lblTitle->text(), u"Vm"_s);
     }
 
     void preferencesOfTheWrongTypeNeverCrash_data()
     {
         QTest::addColumn<QVariant>("junk");
-        QTest::newRow("text") << QVariant(QStringLiteral("abc"));
+        QTest::newRow("text") << QVariant(u"abc"_s);
         QTest::newRow("number") << QVariant(17);
-        QTest::newRow("list") << QVariant(QStringList{QStringLiteral("a"), QStringLiteral("b")});
-        QTest::newRow("map") << QVariant(QVariantMap{{QStringLiteral("x"), 1}});
+        QTest::newRow("list") << QVariant(QStringList{u"a"_s, u"b"_s});
+        QTest::newRow("map") << QVariant(QVariantMap{{u"x"_s, 1}});
         QTest::newRow("date") << QVariant(at(23, QTime(9, 0)));
         QTest::newRow("bool") << QVariant(true);
     }
@@ -161,11 +162,15 @@ private Q_SLOTS:
         QVERIFY(app.statusItem().isClickable() || !app.state().isAppEnable);
     }
 
-    void boolPreferencesAreSeeded()
+    // Switches are seeded and the focus types repaired before anything reads them.
+    void preferencesAreRepairedAtLaunch()
     {
         AppFixture f;
-        f.fakes.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, QStringLiteral("maybe"));
+        f.fakes.preferences.setValue(keys::kUserdefaultsOfficeModeEnabled, u"maybe"_s);
         f.fakes.preferences.setValue(keys::kUserdefaultsPromptToRememberHabit, false);
+        const QVariantMap work{{u"name"_s, u"Work"_s}, {u"isOn"_s, true}};
+        const QVariantMap oldDefault{{u"name"_s, u"Anything"_s}, {u"isDefault"_s, true}};
+        f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
         AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsOfficeModeEnabled), false);
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsReducedMotion), false);
@@ -173,25 +178,13 @@ private Q_SLOTS:
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsPomodoroModeEnabled), true);
         QVERIFY(!app.state().isPromptToRememberHabit);
         QVERIFY(f.fakes.preferences.date(keys::kUserdefaultsFirstRunDate).has_value());
-    }
-
-    void focusTypesAreRepairedAtLaunch()
-    {
-        AppFixture f;
-        const QVariantMap work{{QStringLiteral("name"), QStringLiteral("Work")},
-                               {QStringLiteral("isOn"), true}};
-        const QVariantMap oldDefault{{QStringLiteral("name"), QStringLiteral("Anything")},
-                                     {QStringLiteral("isDefault"), true}};
-        f.fakes.preferences.setValue(keys::kUserdefaultsArrFocusTypes, QVariantList{oldDefault, work});
-        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         const QVariantList types = app.state().arrFocusType;
         QCOMPARE(types.size(), 3);
-        QCOMPARE(types[0].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Work"));
-        QCOMPARE(types[0].toMap().value(QStringLiteral("isOn")).toBool(), false);
-        QCOMPARE(types[1].toMap().value(QStringLiteral("name")).toString(), QStringLiteral("Meetings"));
-        QCOMPARE(types[2].toMap().value(QStringLiteral("name")).toString(),
-                 QStringLiteral("Complete anarchy! Block nothing 😬"));
-        QCOMPARE(types[1].toMap().value(QStringLiteral("color")).toString(), QStringLiteral("D0963C"));
+        QCOMPARE(types[0].toMap().value(u"name"_s).toString(), u"Work"_s);
+        QCOMPARE(types[0].toMap().value(u"isOn"_s).toBool(), false);
+        QCOMPARE(types[1].toMap().value(u"name"_s).toString(), u"Meetings"_s);
+        QCOMPARE(types[2].toMap().value(u"name"_s).toString(), u"Complete anarchy! Block nothing 😬"_s);
+        QCOMPARE(types[1].toMap().value(u"color"_s).toString(), u"D0963C"_s);
         QCOMPARE(f.fakes.preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), 3);
     }
 
@@ -213,12 +206,11 @@ private Q_SLOTS:
             return yes;
         };
         QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
-        QCOMPARE(asked, QStringLiteral(
-                            "Are you sure you want to reset Velmora? All your settings will be deleted."));
+        QCOMPARE(asked, u"Are you sure you want to reset Velmora? All your settings will be deleted."_s);
         QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
         QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
         QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);
-        QVERIFY(QFile::exists(f.dataFolder() + QStringLiteral("/vlmrStats.csv")));
+        QVERIFY(QFile::exists(f.dataFolder() + u"/vlmrStats.csv"_s));
     }
 
     void reactivationDatePastAtLaunchRestartsAtOnce()
@@ -232,17 +224,7 @@ private Q_SLOTS:
         QVERIFY(!app.statusItem().isClickable());
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), true);
         QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults4HourReActivateTime));
-        QCOMPARE(f.logCount(QStringLiteral("App Reactivated after 4 hours")), 1);
-    }
-
-    void missingTrayIsToldOnce()
-    {
-        AppFixture f;
-        f.fakes.preferences.remove(QStringLiteral("velmoraTrayHintShown"));
-        f.launch(at(23, QTime(12, 0)));
-        f.launch(at(23, QTime(12, 5)));
-        QCOMPARE(f.fakes.notifier.notifications.size(), 1);
-        QVERIFY(f.fakes.notifier.notifications.first().contains(QStringLiteral("tray")));
+        QCOMPARE(f.logCount(u"App Reactivated after 4 hours"_s), 1);
     }
 };
 
@@ -250,7 +232,7 @@ private Q_SLOTS:
 int main(int argc, char* argv[])
 {
     QTemporaryDir dir;
-    QFile config(dir.filePath(QStringLiteral("screens.json")));
+    QFile config(dir.filePath(u"screens.json"_s));
     if (!config.open(QIODevice::WriteOnly))
         return 1;
     config.write(R"({"screens": [{"name": "left", "x": 0, "y": 0, "width": 1280, "height": 800},

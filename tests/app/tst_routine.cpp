@@ -16,6 +16,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -57,28 +59,28 @@ private Q_SLOTS:
         firstViewController& overview = vc.firstViewControllerObj();
         QCOMPARE(vc.currentScreen(), &overview);
         QCOMPARE(overview.lblTitle->text(), app.texts().startMorningHabitTitleText);
-        QCOMPARE(overview.tblViewHabits->item(0)->text(), QStringLiteral("1.   Water"));
+        QCOMPARE(overview.tblViewHabits->item(0)->text(), u"1.   Water"_s);
         QVERIFY(vc.btnAbort->isVisible());
 
         // Thirty seconds of rehearsal before the start button comes up; Return does nothing meanwhile.
-        QCOMPARE(overview.lbltimer->text(), QStringLiteral("00:30"));
+        QCOMPARE(overview.lbltimer->text(), u"00:30"_s);
         pressKey(app, Qt::Key_Return);
         QCOMPARE(app.state().currentAction, ACTION::_STARTING_);
         f.fakes.scheduler.advance(29'000);
-        QCOMPARE(overview.lbltimer->text(), QStringLiteral("00:01"));
+        QCOMPARE(overview.lbltimer->text(), u"00:01"_s);
         QVERIFY(!overview.btnStartFirstHabit->isVisible());
         f.fakes.scheduler.advance(1'000);
-        QCOMPARE(overview.btnStartFirstHabit->text(), QStringLiteral("Start 30 seconds Water"));
+        QCOMPARE(overview.btnStartFirstHabit->text(), u"Start 30 seconds Water"_s);
         QVERIFY(!f.fakes.displayAwake.held);
         click(overview.btnStartFirstHabit);
 
         timerViewcontroller& timer = vc.timerViewcontrollerObj();
         QCOMPARE(vc.currentScreen(), &timer);
-        QCOMPARE(timer.lblTitle->text(), QStringLiteral("Do some Water."));
-        QCOMPARE(timer.lblTimer->text(), QStringLiteral("00:30"));
+        QCOMPARE(timer.lblTitle->text(), u"Do some Water."_s);
+        QCOMPARE(timer.lblTimer->text(), u"00:30"_s);
         // The display stays awake exactly while an item counts.
         QVERIFY(f.fakes.displayAwake.held);
-        const QString waterStart = f.fakes.clock.now().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        const QString waterStart = f.fakes.clock.now().toString(u"yyyy-MM-dd HH:mm:ss"_s);
         pressKey(app, Qt::Key_Enter); // while the item counts: nothing
         f.fakes.scheduler.advance(29'000);
         QVERIFY(f.fakes.displayAwake.held);
@@ -87,23 +89,23 @@ private Q_SLOTS:
 
         thirdVc& progress = vc.thirdVcObj();
         QCOMPARE(vc.currentScreen(), &progress);
-        QCOMPARE(progress.lblTitle->text(), QStringLiteral("Water finished!✅"));
+        QCOMPARE(progress.lblTitle->text(), u"Water finished!✅"_s);
         QCOMPARE(progress.lblProgress->text(),
-                 QStringLiteral("You have completed 30s of habits - 1m 20s to go. You can do it!"));
-        QCOMPARE(progress.btnMain->text(), QStringLiteral("Start 20 seconds Push-ups"));
-        QCOMPARE(f.fakes.notifier.sounds, QStringList{QStringLiteral("everyActivity")});
+                 u"You have completed 30s of habits - 1m 20s to go. You can do it!"_s);
+        QCOMPARE(progress.btnMain->text(), u"Start 20 seconds Push-ups"_s);
+        QCOMPARE(f.fakes.notifier.sounds, QStringList{u"everyActivity"_s});
         pressKey(app, Qt::Key_Return); // the progress button
         QCOMPARE(app.state().currentHabitIndex, 1);
 
         f.fakes.scheduler.advance(20'000);
         logQuantityVc& quantity = vc.logQuantityVcObj();
         QVERIFY(quantity.isVisible());
-        QCOMPARE(quantity.lblSubTitle->text(), QStringLiteral("How many Push-ups did you do?"));
+        QCOMPARE(quantity.lblSubTitle->text(), u"How many Push-ups did you do?"_s);
         QVERIFY(!quantity.btnOk->isEnabled());
         pressKey(app, Qt::Key_Return); // empty quantity field: nothing
         QVERIFY(quantity.isVisible());
-        QTest::keyClicks(quantity.textFieldCount, QStringLiteral("12a"));
-        QCOMPARE(quantity.textFieldCount->text(), QStringLiteral("12"));
+        QTest::keyClicks(quantity.textFieldCount, u"12a"_s);
+        QCOMPARE(quantity.textFieldCount->text(), u"12"_s);
         pressKey(app, Qt::Key_Return); // confirms the quantity...
         QVERIFY(!quantity.isVisible());
         QCOMPARE(app.state().currentHabitIndex, 1);
@@ -112,11 +114,10 @@ private Q_SLOTS:
 
         f.fakes.scheduler.advance(60'000);
         QVERIFY(!style::isAnimating(progress.imgViewGif)); // reduced motion is on
-        QCOMPARE(progress.lblTitle->text(),
-                 QStringLiteral("Stretch finished!✅ You’ve earned your velmora. 💪"));
-        QCOMPARE(progress.lblProgress->text(), QStringLiteral("You have completed 1m 50s of habits."));
-        QCOMPARE(f.fakes.notifier.sounds.last(), QStringLiteral("afterMorningRoutine"));
-        QCOMPARE(progress.btnMain->text(), QStringLiteral("Unlock the machine"));
+        QCOMPARE(progress.lblTitle->text(), u"Stretch finished!✅ You’ve earned your velmora. 💪"_s);
+        QCOMPARE(progress.lblProgress->text(), u"You have completed 1m 50s of habits."_s);
+        QCOMPARE(f.fakes.notifier.sounds.last(), u"afterMorningRoutine"_s);
+        QCOMPARE(progress.btnMain->text(), u"Unlock the machine"_s);
         click(progress.btnMain);
 
         // "OK - Stay focused" for three seconds, then the lock goes.
@@ -131,10 +132,9 @@ private Q_SLOTS:
 
         const QStringList rows = f.usageRows();
         QCOMPARE(rows.size(), 3);
-        QCOMPARE(rows[0], QStringLiteral("morning routine,Water,30,,,%1,,,,").arg(waterStart));
-        QVERIFY(rows[1].startsWith(
-            QStringLiteral("morning routine,Push-ups,20,How many <activity> did you do?,12,")));
-        QVERIFY(rows[2].startsWith(QStringLiteral("morning routine,Stretch,60,,,")));
+        QCOMPARE(rows[0], u"morning routine,Water,30,,,%1,,,,"_s.arg(waterStart));
+        QVERIFY(rows[1].startsWith(u"morning routine,Push-ups,20,How many <activity> did you do?,12,"_s));
+        QVERIFY(rows[2].startsWith(u"morning routine,Stretch,60,,,"_s));
     }
 
     // Idle means idle: an animation decodes frames only while its screen is shown.
@@ -173,23 +173,22 @@ private Q_SLOTS:
         click(vc.firstViewControllerObj().btnStartFirstHabit);
         f.fakes.scheduler.advance(30'000);
         thirdVc& progress = vc.thirdVcObj();
-        QCOMPARE(progress.btnMain->text(), QStringLiteral("What comes next?"));
+        QCOMPARE(progress.btnMain->text(), u"What comes next?"_s);
         click(progress.btnMain);
 
         rememberNextHabitVc& quiz = progress.getRememberNextHabitVcObj();
         QVERIFY(quiz.isVisible());
         QVERIFY(progress.boxBg->isHidden());
-        QCOMPARE(quiz.lblQuestion->text(),
-                 QStringLiteral("You just completed Water. What habit will you do next?"));
+        QCOMPARE(quiz.lblQuestion->text(), u"You just completed Water. What habit will you do next?"_s);
         QCOMPARE(quiz.popupBtnHabits->count(), 4); // "Select Habit" and every habit of the routine
         QVERIFY(quiz.btnStartNextHabit->isHidden());
-        quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(QStringLiteral("Stretch")));
+        quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(u"Stretch"_s));
         quiz.popupBtnHabitsClicked();
-        QVERIFY(quiz.lblSelectionResult->text().endsWith(QStringLiteral("it's Push-ups")));
-        quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(QStringLiteral("Push-ups")));
+        QVERIFY(quiz.lblSelectionResult->text().endsWith(u"it's Push-ups"_s));
+        quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(u"Push-ups"_s));
         quiz.popupBtnHabitsClicked();
         QVERIFY(quiz.arrRandomPhraseRightChoice.contains(quiz.lblSelectionResult->text()));
-        QCOMPARE(quiz.btnStartNextHabit->text(), QStringLiteral("Start 20 seconds Push-ups"));
+        QCOMPARE(quiz.btnStartNextHabit->text(), u"Start 20 seconds Push-ups"_s);
         click(quiz.btnStartNextHabit);
         QCOMPARE(vc.currentScreen(), &vc.timerViewcontrollerObj());
         QCOMPARE(app.state().currentHabitIndex, 1);
@@ -197,7 +196,21 @@ private Q_SLOTS:
         // Never two quizzes in a row.
         f.fakes.scheduler.advance(20'000);
         vc.logQuantityVcObj().btnCancelClicked();
-        QCOMPARE(progress.btnMain->text(), QStringLiteral("Start 1 minute Stretch"));
+        QCOMPARE(progress.btnMain->text(), u"Start 1 minute Stretch"_s);
+
+        // The release chord drops the lock; the key monitor, which sees everything typed on
+        // the lock (passwords included), says none of it.
+        {
+            const MessageCapture output;
+            for (const int key : {Qt::Key_S, Qt::Key_3, Qt::Key_Tab}) {
+                pressKey(app, key,
+                         key == Qt::Key_Tab ? Qt::ControlModifier | Qt::AltModifier : Qt::NoModifier);
+                QVERIFY2(!output.all().contains(QString::number(key)), qPrintable(output.all()));
+            }
+        }
+        QVERIFY(app.mainWindow().isVisible()); // not the whole chord
+        pressKey(app, Qt::Key_Backtab, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
+        QVERIFY(!app.mainWindow().isVisible());
     }
 
     void eveningEndsInTheLockWithQuantityOverIt()
@@ -209,7 +222,7 @@ private Q_SLOTS:
         AppDelegate& app = f.launch(at(23, QTime(22, 0, 1)));
         ViewController& vc = app.viewController();
         QCOMPARE(app.state().currentState, CURRENTSTATE::_EVENING_HABIT_);
-        QCOMPARE(vc.firstViewControllerObj().lbltimer->text(), QStringLiteral("00:20"));
+        QCOMPARE(vc.firstViewControllerObj().lbltimer->text(), u"00:20"_s);
         f.fakes.scheduler.advance(20'000);
         click(vc.firstViewControllerObj().btnStartFirstHabit);
         f.fakes.scheduler.advance(40'000);
@@ -218,18 +231,17 @@ private Q_SLOTS:
 
         // The last evening habit: no progress screen, straight to the lock, with the quantity over it.
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(QStringLiteral("evening habit Finished")), 1);
+        QCOMPARE(f.logCount(u"evening habit Finished"_s), 1);
         logQuantityVc& quantity = vc.logQuantityVcObj();
         QVERIFY(quantity.isVisible());
-        QCOMPARE(quantity.lblSubTitle->text(), QStringLiteral("How many pages of Journal?"));
-        QTest::keyClicks(quantity.textFieldCount, QStringLiteral("3"));
+        QCOMPARE(quantity.lblSubTitle->text(), u"How many pages of Journal?"_s);
+        QTest::keyClicks(quantity.textFieldCount, u"3"_s);
         click(quantity.btnOk);
         QVERIFY(!quantity.isVisible());
         const QStringList rows = f.usageRows();
         QCOMPARE(rows.size(), 2);
-        QVERIFY(rows[0].startsWith(QStringLiteral("evening routine,Tidy,40,,,")));
-        QVERIFY(rows[1].startsWith(
-            QStringLiteral("evening routine,Journal,50,How many pages of <activity>?,3,")));
+        QVERIFY(rows[0].startsWith(u"evening routine,Tidy,40,,,"_s));
+        QVERIFY(rows[1].startsWith(u"evening routine,Journal,50,How many pages of <activity>?,3,"_s));
     }
 
     void welcomeFlowHasNoAbortButtonAndStartsTheTickAfterUnlock()
@@ -252,7 +264,7 @@ private Q_SLOTS:
         f.fakes.scheduler.advance(seconds * 1000);
         thirdVc& progress = vc.thirdVcObj();
         QVERIFY(progress.boxBreathingFinished->isVisible());
-        QCOMPARE(progress.btnMain->text(), QStringLiteral("Unlock the machine"));
+        QCOMPARE(progress.btnMain->text(), u"Unlock the machine"_s);
         QVERIFY(!vc.btnAbort->isVisible());
         QVERIFY(!app.isTickRunning());
         click(progress.btnMain);
@@ -263,7 +275,7 @@ private Q_SLOTS:
         QVERIFY(f.usageRows().isEmpty()); // the intro never reaches the usage log
         // No morning routine follows on the day of the first run.
         f.fakes.scheduler.advanceTo(QTime(21, 0));
-        QCOMPARE(f.logCount(QStringLiteral("Showing morning habits.")), 0);
+        QCOMPARE(f.logCount(u"Showing morning habits."_s), 0);
     }
 
     void quantityFieldKeepsAWholeNumber_data()
@@ -287,40 +299,21 @@ private Q_SLOTS:
         QCOMPARE(logQuantityVc::normalisedCount(typed), kept);
     }
 
-    void releaseChordDropsTheLock()
-    {
-        AppFixture f(kMorning);
-        AppDelegate& app = f.morningUp();
-        QVERIFY(app.mainWindow().isVisible());
-        {
-            // The key monitor sees everything typed on the lock, passwords included: it says none of it.
-            const MessageCapture output;
-            for (const int key : {Qt::Key_S, Qt::Key_3, Qt::Key_Tab}) {
-                pressKey(app, key,
-                         key == Qt::Key_Tab ? Qt::ControlModifier | Qt::AltModifier : Qt::NoModifier);
-                QVERIFY2(!output.all().contains(QString::number(key)), qPrintable(output.all()));
-            }
-        }
-        QVERIFY(app.mainWindow().isVisible()); // not the whole chord
-        pressKey(app, Qt::Key_Backtab, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
-        QVERIFY(!app.mainWindow().isVisible());
-    }
-
     void breakIsCalledOffForSevenReasonsInOrder_data()
     {
         QTest::addColumn<int>("reason");
         QTest::addColumn<QString>("line");
         QTest::addColumn<bool>("rearmed");
-        QTest::newRow("1 microphone") << 1 << "Mic is in use, Break Activities cancelled." << true;
-        QTest::newRow("2 camera") << 2 << "Camera is in use, Break Activities cancelled." << true;
-        QTest::newRow("3 meeting keeps display awake")
-            << 3 << "PreventUserIdleDisplaySleep is On: Break Activities cancelled." << true;
-        QTest::newRow("4 abort screens") << 4 << "App is disabled, Break Activities cancelled." << false;
-        QTest::newRow("5 shut-off screen")
-            << 5 << "App is in shutoff state, Break Activities cancelled." << false;
-        QTest::newRow("6 morning routine")
-            << 6 << "Morning habit showing, Break Activities cancelled." << false;
-        QTest::newRow("7 after hours") << 7 << "not working hours, Break Activities cancelled." << false;
+        const auto row = [](int reason, const char* line, bool rearmed) {
+            QTest::addRow("%d %s", reason, line) << reason << line << rearmed;
+        };
+        row(1, "Mic is in use, Break Activities cancelled.", true);
+        row(2, "Camera is in use, Break Activities cancelled.", true);
+        row(3, "PreventUserIdleDisplaySleep is On: Break Activities cancelled.", true);
+        row(4, "App is disabled, Break Activities cancelled.", false);
+        row(5, "App is in shutoff state, Break Activities cancelled.", false);
+        row(6, "Morning habit showing, Break Activities cancelled.", false);
+        row(7, "not working hours, Break Activities cancelled.", false);
     }
 
     void breakIsCalledOffForSevenReasonsInOrder()
@@ -334,7 +327,7 @@ private Q_SLOTS:
         // Every later reason holds too: only the first one may speak.
         f.fakes.media.mic = reason <= 1;
         f.fakes.media.camera = reason <= 2;
-        f.fakes.media.inhibitors = reason <= 3 ? QStringList{QStringLiteral("zoom")} : QStringList();
+        f.fakes.media.inhibitors = reason <= 3 ? QStringList{u"zoom"_s} : QStringList();
         const CURRENTSTATE states[] = {CURRENTSTATE::_ABORT_, CURRENTSTATE::_SHUTOFFMAC_,
                                        CURRENTSTATE::_MORNING_HABIT_};
         if (reason >= 4 && reason <= 6)
@@ -343,7 +336,7 @@ private Q_SLOTS:
             app.state().shutOffTime = Time{10, 10, 0};
         f.fakes.scheduler.advance(30 * 60'000);
         QCOMPARE(f.logCount(line), 1);
-        QCOMPARE(f.logCount(QStringLiteral("Initiating Break Activities")), 1);
+        QCOMPARE(f.logCount(u"Initiating Break Activities"_s), 1);
         QCOMPARE(app.viewController().isBreakTimerPending(), rearmed);
         QCOMPARE(app.statusItem().look() == StatusItem::Look::Call, reason <= 2);
         QVERIFY(app.state().currentState != CURRENTSTATE::_ACTIVITY_);
@@ -362,7 +355,7 @@ private Q_SLOTS:
         QVERIFY(app.mainWindow().isVisible());
         thirdVc& progress = vc.thirdVcObj();
         QCOMPARE(progress.lblTitle->text(),
-                 QStringLiteral("It’s time for a break. Do 20 seconds of Eyes to earn more velmora."));
+                 u"It’s time for a break. Do 20 seconds of Eyes to earn more velmora."_s);
         QStringList done;
         for (int guard = 0; guard < 5 && app.state().currentState == CURRENTSTATE::_ACTIVITY_; ++guard) {
             click(progress.btnMain);
@@ -374,9 +367,9 @@ private Q_SLOTS:
                 vc.logQuantityVcObj().btnCancelClicked();
         }
         QCOMPARE(done.size(), 3);
-        QCOMPARE(done.mid(0, 2), (QStringList{QStringLiteral("Eyes"), QStringLiteral("Water")}));
-        QVERIFY(done[2] == QStringLiteral("Walk") || done[2] == QStringLiteral("Squats"));
-        QCOMPARE(f.logCount(QStringLiteral("Break Activities Finished")), 1);
+        QCOMPARE(done.mid(0, 2), (QStringList{u"Eyes"_s, u"Water"_s}));
+        QVERIFY(done[2] == u"Walk"_s || done[2] == u"Squats"_s);
+        QCOMPARE(f.logCount(u"Break Activities Finished"_s), 1);
         QVERIFY(!app.mainWindow().isVisible());
         QVERIFY(vc.isBreakTimerPending()); // the next break is a full interval away
     }
@@ -392,7 +385,7 @@ private Q_SLOTS:
             f.fakes.scheduler.advance(30 * 60'000);
             const auto& drawn = app.state().arrActivitiesExcludeInEveryBreak;
             QCOMPARE(drawn.size(), app.state().isOfficeModeEnabled ? 1 : 2);
-            QVERIFY(!app.state().isOfficeModeEnabled || drawn.first().name == QStringLiteral("Breathe"));
+            QVERIFY(!app.state().isOfficeModeEnabled || drawn.first().name == u"Breathe"_s);
             app.viewController().activityFinishedUnlockMachine();
         }
         // With nothing office-friendly left, the break is skipped.
@@ -401,9 +394,7 @@ private Q_SLOTS:
         f.fakes.scheduler.advance(30 * 60'000);
         QVERIFY(!app.mainWindow().isVisible());
         QVERIFY(app.viewController().isBreakTimerPending());
-        QCOMPARE(
-            f.logCount(QStringLiteral("No activity fits this break (office mode); the break is skipped.")),
-            1);
+        QCOMPARE(f.logCount(u"No activity fits this break (office mode); the break is skipped."_s), 1);
     }
 
     void randomChoiceAlternatives()
@@ -417,7 +408,7 @@ private Q_SLOTS:
             f.fakes.scheduler.advance(30 * 60'000);
             click(app.viewController().thirdVcObj().btnMain);
             shown << app.viewController().timerViewcontrollerObj().currentActicityTitle;
-            QCOMPARE(app.state().lastShownRandomChoiceDic.value(QStringLiteral("Loosen")).name, shown.last());
+            QCOMPARE(app.state().lastShownRandomChoiceDic.value(u"Loosen"_s).name, shown.last());
             app.viewController().activityFinishedUnlockMachine();
         }
         // With a memory of the last one, two alternatives strictly alternate.

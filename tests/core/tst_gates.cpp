@@ -10,6 +10,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -18,17 +20,17 @@ struct RecordingHost : GateHost
 {
     QStringList calls;
     bool visible = false;
-    void abortAllProcess() override { calls << QStringLiteral("abort"); }
+    void abortAllProcess() override { calls << u"abort"_s; }
     void loadMainWindow() override {}
     void showMainWindow() override { visible = true; }
     bool isMainWindowVisible() const override { return visible; }
     void showExtraWindows() override {}
-    void setActivityTimer() override { calls << QStringLiteral("timer"); }
-    void showAllMorningHabits() override { calls << QStringLiteral("morning"); }
-    void showAllEveningHabits() override { calls << QStringLiteral("evening"); }
-    void showFocusSummaryView() override { calls << QStringLiteral("summary"); }
-    void showShutOffScreen() override { calls << QStringLiteral("lock"); }
-    void setCallLook() override { calls << QStringLiteral("call look"); }
+    void setActivityTimer() override { calls << u"timer"_s; }
+    void showAllMorningHabits() override { calls << u"morning"_s; }
+    void showAllEveningHabits() override { calls << u"evening"_s; }
+    void showFocusSummaryView() override { calls << u"summary"_s; }
+    void showShutOffScreen() override { calls << u"lock"_s; }
+    void setCallLook() override { calls << u"call look"_s; }
     void checkIsMeetingsGoingOn() override {}
     bool isFocusModeOn() const override { return false; }
     void focusModeFinishedFromShutOff() override {}
@@ -45,7 +47,7 @@ struct Gates
     TextCatalogue texts;
     RunState state;
     RecordingHost host;
-    DebugLog log{clock, dir.filePath(QStringLiteral("log.txt"))};
+    DebugLog log{clock, dir.filePath(u"log.txt"_s)};
     SyncTimestamps sync{preferences, clock};
     DaySchedule schedule{{state, preferences, clock, log, media, notifier, texts, sync, host}};
 
@@ -59,7 +61,7 @@ struct Gates
     QString syncFile(QTemporaryDir& folder, const QByteArray& contents = {})
     {
         preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
-        QFile file(folder.filePath(QStringLiteral("timestamp.plist")));
+        QFile file(folder.filePath(u"timestamp.plist"_s));
         if (!contents.isEmpty() && file.open(QIODevice::WriteOnly))
             file.write(contents);
         return file.fileName();
@@ -156,13 +158,12 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("inhibitors");
         QTest::addColumn<bool>("on");
         QTest::newRow("none") << QStringList() << false;
-        QTest::newRow("zoom") << QStringList{QStringLiteral("zoom")} << true;
-        QTest::newRow("Zoom.us, case folded") << QStringList{QStringLiteral("Zoom.us")} << true;
-        QTest::newRow("teams by path") << QStringList{QStringLiteral("/usr/bin/teams-for-linux")} << true;
-        QTest::newRow("teams desktop id") << QStringList{QStringLiteral("teams-for-linux.desktop")} << true;
-        QTest::newRow("a video player")
-            << QStringList{QStringLiteral("mpv"), QStringLiteral("firefox")} << false;
-        QTest::newRow("near miss") << QStringList{QStringLiteral("zoomer")} << false;
+        QTest::newRow("zoom") << QStringList{u"zoom"_s} << true;
+        QTest::newRow("Zoom.us, case folded") << QStringList{u"Zoom.us"_s} << true;
+        QTest::newRow("teams by path") << QStringList{u"/usr/bin/teams-for-linux"_s} << true;
+        QTest::newRow("teams desktop id") << QStringList{u"teams-for-linux.desktop"_s} << true;
+        QTest::newRow("a video player") << QStringList{u"mpv"_s, u"firefox"_s} << false;
+        QTest::newRow("near miss") << QStringList{u"zoomer"_s} << false;
     }
 
     void meetingProgramsKeepingTheDisplayAwake()
@@ -201,16 +202,32 @@ private Q_SLOTS:
         g.state.isHabitAlreadyShowed = false;
         g.schedule.tick();
         g.schedule.tick();
-        QCOMPARE(g.host.calls, (QStringList{QStringLiteral("abort"), QStringLiteral("abort")}));
+        QCOMPARE(g.host.calls, (QStringList{u"abort"_s, u"abort"_s}));
         QVERIFY(!g.state.isHabitAlreadyShowed);
         QVERIFY(!g.preferences.contains(keys::kUserdefaultsLastHabitShowDate));
     }
 
-    void syncFileKeepsTheOtherMachinesKey()
+    void syncFileIsReadAndWrittenWhateverItHeld_data()
     {
+        QTest::addColumn<QByteArray>("contents");
+        const auto plist = [](const char* date) {
+            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
+        };
+        QTest::newRow("no file yet") << QByteArray();
+        QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
+        QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
+        QTest::newRow("bad date") << plist("today");
+        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
+    }
+
+    void syncFileIsReadAndWrittenWhateverItHeld()
+    {
+        QFETCH(QByteArray, contents);
         Gates g;
         QTemporaryDir folder;
-        const QString path = g.syncFile(folder);
+        const QString path = g.syncFile(folder, contents);
+        QVERIFY(!g.sync.getMorningRoutineDate());
+        // Writing over it yields a readable file, and each key keeps the other machine's.
         g.clock.set(QDateTime(QDate(2026, 11, 22), QTime(21, 0)));
         g.sync.writeEveningRoutineDate();
         g.clock.set(QDateTime(QDate(2026, 11, 23), QTime(7, 0, 5)));
@@ -222,30 +239,6 @@ private Q_SLOTS:
         const QByteArray xml = file.readAll();
         QVERIFY(xml.contains("<key>lastMorningRoutine</key>"));
         QVERIFY(xml.contains("<string>2026-11-23 07:00:05</string>"));
-    }
-
-    void syncFileThatIsNoPlistCountsAsNoDate_data()
-    {
-        QTest::addColumn<QByteArray>("contents");
-        const auto plist = [](const char* date) {
-            return SyncTimestamps::writePlist({{SyncTimestamps::kMorning, QString::fromLatin1(date)}});
-        };
-        QTest::newRow("binary") << QByteArray("bplist00\x01\x02", 10);
-        QTest::newRow("xml but no plist") << QByteArray("<html><body/></html>");
-        QTest::newRow("bad date") << plist("today");
-        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
-    }
-
-    void syncFileThatIsNoPlistCountsAsNoDate()
-    {
-        QFETCH(QByteArray, contents);
-        Gates g;
-        QTemporaryDir folder;
-        g.syncFile(folder, contents);
-        QVERIFY(!g.sync.getMorningRoutineDate());
-        // Writing over it still works and yields a readable file.
-        g.sync.writeMorningRoutineDate();
-        QVERIFY(g.sync.getMorningRoutineDate().has_value());
     }
 };
 

@@ -7,6 +7,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -60,7 +62,7 @@ private Q_SLOTS:
         const habit& good = s.arrAllMorningHabits[1];
         QCOMPARE(good.durationSeconds, 0); // not a whole number
         QVERIFY(good.openSpecificApps);
-        QCOMPARE(*good.logQuantityQuestion, QStringLiteral("How many?"));
+        QCOMPARE(*good.logQuantityQuestion, u"How many?"_s);
         QCOMPARE(s.arrAllbreakActivities.size(), 1);
         QVERIFY(!s.arrAllbreakActivities[0].IncludeInEveryBreak);
         QVERIFY(!s.arrAllbreakActivities[0].isOfficeFriendly);
@@ -117,13 +119,13 @@ private Q_SLOTS:
     {
         QTest::addColumn<QVariant>("saved");
         QTest::addColumn<bool>("packagedApplies");
-        QTest::newRow("not JSON") << QVariant(QStringLiteral("{\"morningHabits\": [")) << false;
-        QTest::newRow("JSON array") << QVariant(QStringLiteral("[1, 2]")) << false;
-        QTest::newRow("JSON string") << QVariant(QStringLiteral("\"hello\"")) << false;
+        QTest::newRow("not JSON") << QVariant(u"{\"morningHabits\": ["_s) << false;
+        QTest::newRow("JSON array") << QVariant(u"[1, 2]"_s) << false;
+        QTest::newRow("JSON string") << QVariant(u"\"hello\""_s) << false;
         QTest::newRow("empty text") << QVariant(QString()) << false;
         // A value that is no text counts as none saved.
         QTest::newRow("stored as a number") << QVariant(42) << true;
-        QTest::newRow("stored as a list") << QVariant(QStringList{QStringLiteral("{}")}) << true;
+        QTest::newRow("stored as a list") << QVariant(QStringList{u"{}"_s}) << true;
     }
 
     // A malformed saved document means an empty schedule, not the packaged day.
@@ -168,13 +170,13 @@ private:
         MemoryPreferences preferences;
         if (saved.isValid())
             preferences.setValue(keys::kUserdefaultsSelectedJson, saved);
-        const QString path = dir.filePath(QStringLiteral("settings.json"));
+        const QString path = dir.filePath(u"settings.json"_s);
         QFile file(path);
         file.open(QIODevice::WriteOnly);
         file.write(packaged);
         file.close();
         RunState state;
-        DebugLog log(clock, dir.filePath(QStringLiteral("log.txt")));
+        DebugLog log(clock, dir.filePath(u"log.txt"_s));
         readSettingsJsonDictionary(state, preferences, path, log);
         return state;
     }

@@ -1,14 +1,21 @@
 #!/usr/bin/env bash
-# The status icon lands in the panel's system tray, and the microphone check follows a
-# recording on the sound server as it starts and stops.
+# The very first start shows the welcome flow at once, whatever the time of day, with the
+# same lock over both monitors as any routine. The status icon lands in the panel's system
+# tray, and the microphone check follows a recording on the sound server as it starts and stops.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 [ -x "${VELMORA_PROBE:-}" ] || fail "VELMORA_PROBE ('${VELMORA_PROBE:-}') is not a program"
 
 mic_is() { "$VELMORA_PROBE" | grep -Eq "(^| )mic=$1( |$)"; }
 
-# No preferences: the first-run welcome comes up at once, whatever the time of day.
+[ ! -e "$VELMORA_CONF" ] || fail "the session should start without preferences"
 start_velmora
+seen="tail -n 5 $VELMORA_LOG" poll 30 "the debug log has 'Showing first time welcome activity.'" \
+    grep -q '  -  Showing first time welcome activity\.$' "$VELMORA_LOG"
+check_lock_up
+grep -Eq '^kUserdefaultsFirstRun=true$' "$VELMORA_CONF" ||
+    fail "kUserdefaultsFirstRun=true was not stored in $VELMORA_CONF: a restart would show the welcome again"
+screenshot welcome
 
 poll 30 "the status icon is embedded in tint2's system tray" xutil tray-icons velmora
 icons="$(xutil tray-icons velmora)"

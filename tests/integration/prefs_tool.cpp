@@ -18,6 +18,8 @@
 #include <QJsonDocument>
 #include <QSettings>
 
+using namespace Qt::Literals::StringLiterals;
+
 using velmora::SettingsPreferences;
 
 static int usage()
@@ -54,7 +56,7 @@ int main(int argc, char* argv[])
             return usage();
         value = text == QLatin1String("true");
     } else if (command == QLatin1String("set-date")) {
-        const QDateTime date = QDateTime::fromString(text, QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+        const QDateTime date = QDateTime::fromString(text, u"yyyy-MM-dd HH:mm:ss"_s);
         if (!date.isValid()) {
             std::fprintf(stderr, "velmora-prefs: '%s' is not a date of the form yyyy-MM-dd HH:mm:ss\n",
                          qPrintable(text));

@@ -4,10 +4,12 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 qint64 residentFileKb()
 {
-    QFile status(QStringLiteral("/proc/self/status"));
+    QFile status(u"/proc/self/status"_s);
     status.open(QIODevice::ReadOnly);
     for (const QByteArray& line : status.readAll().split('\n')) {
         if (line.startsWith("RssFile:"))
@@ -25,7 +27,7 @@ private Q_SLOTS:
     void touchedFilePagesAreHandedBack()
     {
         QTemporaryDir dir;
-        QFile file(dir.filePath(QStringLiteral("pages")));
+        QFile file(dir.filePath(u"pages"_s));
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write(QByteArray(16 << 20, 'x'));
         file.close();
@@ -38,7 +40,7 @@ private Q_SLOTS:
             sum += pages[at];
         QVERIFY(sum > 0);
         const qint64 touched = residentFileKb();
-        QVERIFY2(touched - before > 12'000, qPrintable(QStringLiteral("%1 -> %2").arg(before).arg(touched)));
+        QVERIFY2(touched - before > 12'000, qPrintable(u"%1 -> %2"_s.arg(before).arg(touched)));
         velmora::releaseIdleMemory();
         QVERIFY2(residentFileKb() < touched - 12'000, qPrintable(QString::number(residentFileKb())));
     }

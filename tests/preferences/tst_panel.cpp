@@ -24,6 +24,8 @@
 #include <QTabWidget>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -58,7 +60,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("reactivateShown");
 
         QTest::newRow("activated") << true << true << false << true << false;
-        QTest::newRow("deactivated shows Reactivate") << true << false << false << true << true;
+        QTest::newRow("deactivated shows Reactivate, which restarts")
+            << true << false << false << true << true;
         QTest::newRow("office mode shows its check mark") << true << true << true << true << false;
         QTest::newRow("before start-up has finished nothing opens")
             << false << true << false << false << false;
@@ -73,8 +76,10 @@ private Q_SLOTS:
         QFETCH(bool, reactivateShown);
 
         AppFixture f;
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), enabled);
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsOfficeModeEnabled"), officeMode);
+        f.fakes.preferences.setValue(u"kUserdefaultsIsAppEnabled"_s, enabled);
+        if (!enabled)
+            f.fakes.preferences.setValue(u"kUserdefaults4HourReActivateTime"_s, at(23, QTime(9, 0)));
+        f.fakes.preferences.setValue(u"kUserdefaultsOfficeModeEnabled"_s, officeMode);
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
         app.statusItem().setClickable(clickable);
 
@@ -88,29 +93,24 @@ private Q_SLOTS:
         for (QPushButton* row : {menu.boxPreferences, menu.boxExportStatistics, menu.boxCheckForUpdates,
                                  menu.boxEnableOfficeMode, menu.boxQuit})
             QVERIFY2(row->isVisible(), qPrintable(row->text()));
-        QCOMPARE(menu.boxQuit->text(), QStringLiteral("Quit"));
+        QCOMPARE(menu.boxQuit->text(), u"Quit"_s);
 
         // A click on a row closes the panel before the row acts.
-        menu.boxQuit->click();
-        QVERIFY(!menu.isVisible());
-    }
-
-    void reactivateRowRestartsActivated()
-    {
-        AppFixture f;
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaultsIsAppEnabled"), false);
-        f.fakes.preferences.setValue(QStringLiteral("kUserdefaults4HourReActivateTime"),
-                                     at(23, QTime(15, 0)));
-        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
+        if (!reactivateShown) {
+            menu.boxQuit->click();
+            QVERIFY(!menu.isVisible());
+            return;
+        }
+        // Reactivate restarts the program activated, its reactivation date gone.
         QVERIFY(app.isReactivationWatchRunning());
-        app.togglePopover();
-        QTest::mouseClick(app.menuViewControllerObj().boxReactivate, Qt::LeftButton);
+        QTest::mouseClick(menu.boxReactivate, Qt::LeftButton);
+        QVERIFY(!menu.isVisible());
         QCOMPARE(f.fakes.launcher.restarts, 1);
         QCOMPARE(f.exitStatuses, QList<int>{0});
         QVERIFY(!app.isReactivationWatchRunning());
-        QCOMPARE(*f.fakes.preferences.boolean(QStringLiteral("kUserdefaultsIsAppEnabled")), true);
-        QVERIFY(!f.fakes.preferences.contains(QStringLiteral("kUserdefaults4HourReActivateTime")));
-        QCOMPARE(f.logCount(QStringLiteral("App Reactivated by user from top menu")), 1);
+        QCOMPARE(*f.fakes.preferences.boolean(u"kUserdefaultsIsAppEnabled"_s), true);
+        QVERIFY(!f.fakes.preferences.contains(u"kUserdefaults4HourReActivateTime"_s));
+        QCOMPARE(f.logCount(u"App Reactivated by user from top menu"_s), 1);
     }
 
     void officeMode_data()
@@ -148,11 +148,8 @@ private Q_SLOTS:
         QStringList told;
         menu.ask = [&](const QString& text, const QString& yes, const QString&) {
             ++asked;
-            [&] {
-                QVERIFY(
-                    text.startsWith(QStringLiteral("You don't have any office friendly break activities")));
-            }();
-            [&] { QCOMPARE(yes, QStringLiteral("Yeah sounds good")); }();
+            [&] { QVERIFY(text.startsWith(u"You don't have any office friendly break activities"_s)); }();
+            [&] { QCOMPARE(yes, u"Yeah sounds good"_s); }();
             return answerYes;
         };
         menu.inform = [&](const QString& title, const QString&) { told << title; };
@@ -164,46 +161,38 @@ private Q_SLOTS:
         QCOMPARE(asked, questions);
         QCOMPARE(told.size(), enabled ? 1 : 0);
         QCOMPARE(app.state().isOfficeModeEnabled, enabled);
-        QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(),
-                 enabled);
+        QCOMPARE(f.fakes.preferences.value(u"kUserdefaultsOfficeModeEnabled"_s).toBool(), enabled);
 
         const bool added = questions == 1 && answerYes;
         QCOMPARE(app.state().arrAllbreakActivities.size(), activitiesBefore + (added ? 1 : 0));
         if (added) {
             const breakActivity& stretch = app.state().arrAllbreakActivities.constLast();
-            QCOMPARE(stretch.name, QStringLiteral("Stand up and stretch"));
+            QCOMPARE(stretch.name, u"Stand up and stretch"_s);
             QCOMPARE(stretch.durationSeconds, 20);
             QVERIFY(stretch.isOfficeFriendly);
         }
 
-        const QVariant saved = f.fakes.preferences.value(QStringLiteral("kUserdefaultsSelectedJson"));
+        const QVariant saved = f.fakes.preferences.value(u"kUserdefaultsSelectedJson"_s);
         QCOMPARE(saved.isValid(), added);
-        if (!added)
-            return;
-        const QJsonObject document = QJsonDocument::fromJson(saved.toString().toUtf8()).object();
-        QCOMPARE(document.value(QStringLiteral("shutOffTime")).toString(), QStringLiteral("22:00"));
-        QStringList names;
-        for (const QJsonValue& activity : document.value(QStringLiteral("breakActivities")).toArray())
-            names << activity.toObject().value(QStringLiteral("name")).toString();
-        QCOMPARE(names, savedActivities);
-    }
+        if (added) {
+            const QJsonObject document = QJsonDocument::fromJson(saved.toString().toUtf8()).object();
+            QCOMPARE(document.value(u"shutOffTime"_s).toString(), u"22:00"_s);
+            QStringList names;
+            for (const QJsonValue& activity : document.value(u"breakActivities"_s).toArray())
+                names << activity.toObject().value(u"name"_s).toString();
+            QCOMPARE(names, savedActivities);
+        }
 
-    void officeModeSecondClickDisables()
-    {
-        AppFixture f(
-            documentWithBreaks(R"([{"name": "Walk", "durationSeconds": 60, "isOfficeFriendly": true}])"));
-        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-        menuViewController& menu = app.menuViewControllerObj();
-        int told = 0;
-        menu.inform = [&](const QString&, const QString&) { ++told; };
-        app.togglePopover();
-        menu.boxEnableOfficeMode->click();
+        // A second click turns it off again, without a question or a notice.
+        if (!enabled)
+            return;
         app.togglePopover();
         QVERIFY(menu.boxCheckMark->isVisible());
         menu.boxEnableOfficeMode->click();
-        QCOMPARE(told, 1);
+        QCOMPARE(asked, questions);
+        QCOMPARE(told.size(), 1);
         QVERIFY(!app.state().isOfficeModeEnabled);
-        QCOMPARE(f.fakes.preferences.value(QStringLiteral("kUserdefaultsOfficeModeEnabled")).toBool(), false);
+        QCOMPARE(f.fakes.preferences.value(u"kUserdefaultsOfficeModeEnabled"_s).toBool(), false);
     }
 
     void checkForUpdates_data()
@@ -213,20 +202,19 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("answer");
         QTest::addColumn<QString>("told");
 
-        QTest::newRow("no server: the package manager")
-            << QString() << 0 << QByteArray() << "package manager";
-        QTest::newRow("a newer version")
-            << "http://config.test/base/" << 200
-            << QByteArray("{\"version\": \"0.10.0\", \"url\": \"https://get.test/\"}")
-            << "0.10.0 is available; you have 0.9.1.\nhttps://get.test/";
-        QTest::newRow("the same version")
-            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9.1"})")
-            << "0.9.1 is the newest version";
-        QTest::newRow("an older version")
-            << "http://config.test" << 200 << QByteArray(R"({"version": "0.9"})")
-            << "0.9.1 is the newest version";
-        QTest::newRow("a server error") << "http://config.test" << 404 << QByteArray("nope")
-                                        << "did not succeed: the server answered 404";
+        const auto row = [](const char* name, const char* server, int status, const char* answer,
+                            const char* told) {
+            QTest::newRow(name) << server << status << QByteArray(answer) << told;
+        };
+        row("no server: the package manager", "", 0, "", "package manager");
+        row("a newer version", "http://config.test/base/", 200,
+            R"({"version": "0.10.0", "url": "https://get.test/"})",
+            "0.10.0 is available; you have 0.9.1.\nhttps://get.test/");
+        row("the same version", "http://config.test", 200, R"({"version": "0.9.1"})",
+            "0.9.1 is the newest version");
+        row("an older version", "http://config.test", 200, R"({"version": "0.9"})",
+            "0.9.1 is the newest version");
+        row("a server error", "http://config.test", 404, "nope", "did not succeed: the server answered 404");
     }
 
     void checkForUpdates()
@@ -236,7 +224,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, answer);
         QFETCH(QString, told);
 
-        QCoreApplication::setApplicationVersion(QStringLiteral("0.9.1"));
+        QCoreApplication::setApplicationVersion(u"0.9.1"_s);
         FakePorts fakes;
         RunState state;
         DebugLog log(fakes.clock, {});
@@ -251,10 +239,8 @@ private Q_SLOTS:
         menu.checkForUpdates();
         if (!server.isEmpty()) {
             QCOMPARE(fakes.http.requests.size(), 1);
-            QCOMPARE(
-                fakes.http.requests.constFirst().url.path().endsWith(QStringLiteral("/config/version.json")),
-                true);
-            QVERIFY(!fakes.http.requests.constFirst().url.path().contains(QStringLiteral("//")));
+            QCOMPARE(fakes.http.requests.constFirst().url.path().endsWith(u"/config/version.json"_s), true);
+            QVERIFY(!fakes.http.requests.constFirst().url.path().contains(u"//"_s));
             QVERIFY(messages.isEmpty());
             fakes.http.answer({status, answer, {}});
         }
@@ -265,7 +251,7 @@ private Q_SLOTS:
     void preferencesBehindPassword()
     {
         AppFixture f;
-        password::store(f.fakes.preferences, QStringLiteral("grüße"));
+        password::store(f.fakes.preferences, u"grüße"_s);
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
         preferencesWindowController& window = app.preferencesWindowControllerObj();
         window.preferencesTabViewController->setCurrentIndex(2);
@@ -275,25 +261,25 @@ private Q_SLOTS:
         QVERIFY(window.isVisible());
         QVERIFY(window.isPasswordViewShown());
         QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
-        QCOMPARE(f.logCount(QStringLiteral("Showing enter password view")), 1);
+        QCOMPARE(f.logCount(u"Showing enter password view"_s), 1);
 
         // The tabs stay out of reach, and a second opening changes nothing.
         window.preferencesTabViewController->setCurrentIndex(1);
         QCOMPARE(window.preferencesTabViewController->currentIndex(), 0);
         QVERIFY(!window.tabView_shouldSelect(1));
         app.menuItem_Preferences();
-        QCOMPARE(f.logCount(QStringLiteral("Showing preferences")), 1);
+        QCOMPARE(f.logCount(u"Showing preferences"_s), 1);
 
         enterPasswordVc& prompt = *window.enterPasswordVcObj;
         QCOMPARE(window.focusWidget(), prompt.textFieldPassword); // typing goes to the prompt
         QStringList alerts;
         prompt.inform = [&](const QString& title, const QString&) { alerts << title; };
-        prompt.textFieldPassword->setText(QStringLiteral("grüsse"));
+        prompt.textFieldPassword->setText(u"grüsse"_s);
         prompt.btnOk->click();
         QVERIFY(window.isPasswordViewShown());
         QCOMPARE(alerts.size(), 1);
 
-        prompt.textFieldPassword->setText(QStringLiteral("grüße"));
+        prompt.textFieldPassword->setText(u"grüße"_s);
         prompt.btnOk->click();
         QVERIFY(!window.isPasswordViewShown());
         window.preferencesTabViewController->setCurrentIndex(1);
@@ -363,12 +349,11 @@ private Q_SLOTS:
             QVERIFY(!password::isSet(fakes.preferences));
         else
             QCOMPARE(password::check(fakes.preferences, stored), password::Check::Correct);
-        const bool succeeded = alert.startsWith(QStringLiteral("Password successfully"));
+        const bool succeeded = alert.startsWith(u"Password successfully"_s);
         QCOMPARE(tab.textFieldNewPassword->text().isEmpty(), succeeded || entered.isEmpty());
-        QCOMPARE(tab.btnChangePassword->text(),
-                 stored.isEmpty() ? QStringLiteral("Set Password") : QStringLiteral("Change Password"));
+        QCOMPARE(tab.btnChangePassword->text(), stored.isEmpty() ? u"Set Password"_s : u"Change Password"_s);
         if (!stored.isEmpty())
-            QCOMPARE(tab.textFieldConfirmPassword->placeholderText(), QStringLiteral("*****"));
+            QCOMPARE(tab.textFieldConfirmPassword->placeholderText(), u"*****"_s);
     }
 
     void uninstall_data()
@@ -384,10 +369,20 @@ private Q_SLOTS:
         AppFixture f;
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
         const QString usageBefore = AppFixture::readAll(app.usageLog().path());
+        // Ordinary quits are refused: the session's, and a close of our windows that
+        // does not come from the user's title bar.
+        QEvent quit(QEvent::Quit);
+        QCoreApplication::sendEvent(qApp, &quit);
+        QVERIFY(!quit.isAccepted());
+        QVERIFY(!app.terminateFromSelf);
+        app.menuItem_Preferences();
+        QVERIFY(!app.preferencesWindowControllerObj().close());
+        QVERIFY(app.preferencesWindowControllerObj().isVisible());
+
         uninstallVc& tab = *app.preferencesWindowControllerObj().uninstallVcObj;
         int notices = 0;
         tab.ask = [&](const QString&, const QString& first, const QString&) {
-            [&] { QCOMPARE(first, QStringLiteral("Yes")); }();
+            [&] { QCOMPARE(first, u"Yes"_s); }();
             return yes;
         };
         tab.inform = [&](const QString&, const QString&) { ++notices; };
@@ -396,30 +391,15 @@ private Q_SLOTS:
         QCOMPARE(notices, yes ? 1 : 0);
         QCOMPARE(f.fakes.loginService.disables, yes ? 1 : 0);
         QCOMPARE(f.exitStatuses, yes ? QList<int>{64} : QList<int>{});
-        QCOMPARE(f.logCount(QStringLiteral("App uninstall clicked by user")), yes ? 1 : 0);
-        QCOMPARE(f.logCount(QStringLiteral("App quit clicked by user")), 0);
+        QCOMPARE(f.logCount(u"App uninstall clicked by user"_s), yes ? 1 : 0);
+        QCOMPARE(f.logCount(u"App quit clicked by user"_s), 0);
         QCOMPARE(AppFixture::readAll(app.usageLog().path()), usageBefore);
         QVERIFY(f.fakes.http.requests.isEmpty());
-    }
-
-    void ordinaryQuitsAreRefused()
-    {
-        AppFixture f;
-        AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-        QEvent quit(QEvent::Quit);
-        QCoreApplication::sendEvent(qApp, &quit);
-        QVERIFY(!quit.isAccepted());
-        QVERIFY(!app.terminateFromSelf);
-        QVERIFY(f.exitStatuses.isEmpty());
-
-        // Our windows refuse a close that does not come from the user's title bar.
-        app.menuItem_Preferences();
-        QVERIFY(!app.preferencesWindowControllerObj().close());
-        QVERIFY(app.preferencesWindowControllerObj().isVisible());
-
-        app.terminateFromSelf = true;
-        QVERIFY(app.applicationShouldTerminate());
-        QVERIFY(!app.terminateFromSelf);
+        if (!yes) { // only a quit of the program's own goes through, once
+            app.terminateFromSelf = true;
+            QVERIFY(app.applicationShouldTerminate());
+            QVERIFY(!app.terminateFromSelf);
+        }
     }
 
     void exportStatistics_data()
@@ -442,25 +422,24 @@ private Q_SLOTS:
 
         AppFixture f;
         AppDelegate& app = f.launch(at(23, QTime(6, 0)));
-        app.usageLog().addEntryInCsv(
-            {.logType = QStringLiteral("Quit"), .abortReason = QStringLiteral("why")});
+        app.usageLog().addEntryInCsv({.logType = u"Quit"_s, .abortReason = u"why"_s});
         const QString usage = AppFixture::readAll(app.usageLog().path());
-        QVERIFY(usage.contains(QStringLiteral("Quit,")));
+        QVERIFY(usage.contains(u"Quit,"_s));
 
         const QDir root(f.dir.path());
-        write(root.filePath(QStringLiteral("blocker")), "a plain file");
-        root.mkpath(QStringLiteral("out"));
-        root.mkpath(QStringLiteral("locked"));
+        write(root.filePath(u"blocker"_s), "a plain file");
+        root.mkpath(u"out"_s);
+        root.mkpath(u"locked"_s);
         const QString folder = root.filePath(target);
-        const QString exported = QDir(folder).filePath(QStringLiteral("vlmrStats.csv"));
+        const QString exported = QDir(folder).filePath(u"vlmrStats.csv"_s);
         if (earlierExport)
             write(exported, "the earlier export\n");
-        if (target == QStringLiteral("locked")) {
+        if (target == u"locked"_s) {
             // Where permissions do not bite (as root), the export's own name is taken
             // by a folder, which no file can replace.
             QFile::remove(exported);
-            QDir(folder).mkpath(QStringLiteral("vlmrStats.csv"));
-            write(QDir(exported).filePath(QStringLiteral("inside")), "the earlier export\n");
+            QDir(folder).mkpath(u"vlmrStats.csv"_s);
+            write(QDir(exported).filePath(u"inside"_s), "the earlier export\n");
         }
         auto snapshot = [&] {
             QStringList files;
@@ -475,7 +454,7 @@ private Q_SLOTS:
         const QStringList before = snapshot();
 
         app.chooseExportFolder = [&](const QString& prompt) {
-            [&] { QCOMPARE(prompt, QStringLiteral("Export")); }();
+            [&] { QCOMPARE(prompt, u"Export"_s); }();
             return folder;
         };
         app.menuItem_ExportStatistics();
@@ -490,9 +469,9 @@ private Q_SLOTS:
         QVERIFY(f.exitStatuses.isEmpty());
 
         // The prompt names the chooser's accept button, not its window.
-        const auto dialog = AppDelegate::exportFolderDialog(QStringLiteral("Export"));
-        QCOMPARE(dialog->labelText(QFileDialog::Accept), QStringLiteral("Export"));
-        QCOMPARE(dialog->windowTitle(), QStringLiteral("Export Statistics"));
+        const auto dialog = AppDelegate::exportFolderDialog(u"Export"_s);
+        QCOMPARE(dialog->labelText(QFileDialog::Accept), u"Export"_s);
+        QCOMPARE(dialog->windowTitle(), u"Export Statistics"_s);
 
         // Cancelling the chooser does nothing at all.
         app.chooseExportFolder = [](const QString&) { return QString(); };

@@ -12,6 +12,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 
 namespace {
@@ -38,8 +40,8 @@ QString focusRows(const FocusSummaryData& s)
 {
     QStringList out;
     for (const SummaryDic& d : s.arrFocusSummaryDic)
-        out << QStringList{d[QStringLiteral("Activity")], d[QStringLiteral("Duration in seconds")],
-                           d[QStringLiteral("Work achieved")], d[QStringLiteral("Feedback")]}
+        out << QStringList{d[u"Activity"_s], d[u"Duration in seconds"_s], d[u"Work achieved"_s],
+                           d[u"Feedback"_s]}
                    .join(u'/');
     return out.join(u';');
 }
@@ -51,7 +53,7 @@ QString activityRows(const FocusSummaryData& s)
         QStringList numbers;
         for (const char* key : {"totalQuantity", "average", "max", "min", "totalDuration"})
             numbers << d[QLatin1String(key)];
-        out << d[QStringLiteral("Activity")] + u'=' + numbers.join(u'/');
+        out << d[u"Activity"_s] + u'=' + numbers.join(u'/');
     }
     return out.join(u';');
 }
@@ -72,7 +74,7 @@ static QStringList cells(const QTableWidget* table, int row)
     QStringList out;
     for (int c = 0; c < table->columnCount(); ++c) {
         const QTableWidgetItem* item = table->item(row, c);
-        out << (item ? item->text() : QStringLiteral("<unset>"));
+        out << (item ? item->text() : u"<unset>"_s);
     }
     return out;
 }
@@ -165,7 +167,7 @@ private Q_SLOTS:
     {
         QFETCH(QByteArray, file);
         QFETCH(QString, expected);
-        const QString path = file.isNull() ? dir->filePath(QStringLiteral("none.csv")) : write(file);
+        const QString path = file.isNull() ? dir->filePath(u"none.csv"_s) : write(file);
         const FocusSummaryData s = readCsv(path, kBoundary);
         QCOMPARE(QStringList({s.totalFocusTime, focusRows(s), activityRows(s)}).join(QLatin1String(" | ")),
                  expected);
@@ -187,8 +189,8 @@ private Q_SLOTS:
         screen.show();
 
         screen.viewWillAppear(path, kBoundary);
-        QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 2 focus blocks today."));
-        QCOMPARE(screen.btnClickHere->text(), QStringLiteral("Click here to see what you achieved."));
+        QCOMPARE(screen.lblTitle->text(), u"You completed 2 focus blocks today."_s);
+        QCOMPARE(screen.btnClickHere->text(), u"Click here to see what you achieved."_s);
         QVERIFY(screen.btnClickHere->isVisible());
         const QList<QWidget*> opened{screen.lblTotalFocusTime, screen.lblFocusSummary,
                                      screen.lblActivitySummary, screen.scrollViewFocusSummary,
@@ -200,9 +202,9 @@ private Q_SLOTS:
         QVERIFY(!screen.btnClickHere->isVisible());
         QVERIFY(screen.tblViewFocusSummary->isVisible());
         QVERIFY(screen.tblViewActivitySummary->isVisible());
-        QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Total focus time: 1h 1m 1s"));
-        QCOMPARE(screen.lblFocusSummary->text(), QStringLiteral("Focus Summary:"));
-        QCOMPARE(screen.lblActivitySummary->text(), QStringLiteral("Activity Summary:"));
+        QCOMPARE(screen.lblTotalFocusTime->text(), u"Total focus time: 1h 1m 1s"_s);
+        QCOMPARE(screen.lblFocusSummary->text(), u"Focus Summary:"_s);
+        QCOMPARE(screen.lblActivitySummary->text(), u"Activity Summary:"_s);
 
         const QTableWidget* focus = screen.tblViewFocusSummary;
         QCOMPARE(headers(focus), (QStringList{"Focus type", "Start Time", "Duration", "Work Achieved",
@@ -218,40 +220,31 @@ private Q_SLOTS:
         QCOMPARE(cells(activities, 0), (QStringList{"Pushups", "10", "5", "12", "-2", "2m"}));
         QCOMPARE(cells(activities, 1), (QStringList{"Walk", "0", "0", "0", "0", "5m"}));
 
-        // Every appearance reads the file anew and starts collapsed.
+        // Every appearance reads the file and the catalogue anew and starts collapsed; a
+        // catalogue text that is no text keeps the built-in one.
         write(row("focus block", "2026-03-14 12:00:00", "Deep", "60"));
+        texts.setConfigjson(QJsonDocument::fromJson(R"({"focusInfo": {"focusSummaryInfo": {
+            "title": "<COUNT> blocks", "totalFocusTimeText": "Focused <TIME>", "buttonContinueText": "On",
+            "focusTableColumnFirstText": "Type", "activityTableColumnSixthText": 7}}})")
+                                .object());
         screen.viewWillAppear(path, kBoundary);
-        QCOMPARE(screen.lblTitle->text(), QStringLiteral("You completed 3 focus blocks today."));
+        QCOMPARE(screen.lblTitle->text(), u"3 blocks"_s);
         QVERIFY(screen.btnClickHere->isVisible());
         QVERIFY(!screen.tblViewFocusSummary->isVisible());
+        QTest::mouseClick(screen.btnClickHere, Qt::LeftButton);
+        QCOMPARE(screen.lblTotalFocusTime->text(), u"Focused 1h 2m 1s"_s);
+        QCOMPARE(screen.btnContinue->text(), u"On"_s);
+        QCOMPARE(focus->horizontalHeaderItem(0)->text(), u"Type"_s);
+        QCOMPARE(activities->horizontalHeaderItem(5)->text(), u"Total Duration"_s);
 
         QTest::mouseClick(screen.btnContinue, Qt::LeftButton);
         QCOMPARE(continued, 1);
     }
 
-    void screenTakesCatalogueTexts()
-    {
-        TextCatalogue texts;
-        texts.setConfigjson(QJsonDocument::fromJson(R"({"focusInfo": {"focusSummaryInfo": {
-            "title": "<COUNT> blocks", "totalFocusTimeText": "Focused <TIME>", "buttonContinueText": "On",
-            "focusTableColumnFirstText": "Type", "activityTableColumnSixthText": 7}}})")
-                                .object());
-        focusSummaryVc screen(texts);
-        screen.viewWillAppear(dir->filePath(QStringLiteral("none.csv")), kBoundary);
-        screen.btnClickHereToSeeClicked();
-        QCOMPARE(screen.lblTitle->text(), QStringLiteral("0 blocks"));
-        QCOMPARE(screen.lblTotalFocusTime->text(), QStringLiteral("Focused 0h 0m 0s"));
-        QCOMPARE(screen.btnContinue->text(), QStringLiteral("On"));
-        QCOMPARE(screen.tblViewFocusSummary->horizontalHeaderItem(0)->text(), QStringLiteral("Type"));
-        QCOMPARE(screen.tblViewActivitySummary->horizontalHeaderItem(5)->text(),
-                 QStringLiteral("Total Duration"));
-        QCOMPARE(screen.tblViewFocusSummary->rowCount(), 0);
-    }
-
 private:
     QString write(const QByteArray& bytes)
     {
-        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        const QString path = dir->filePath(u"vlmrStats.csv"_s);
         QFile f(path);
         f.open(QIODevice::WriteOnly | QIODevice::Append);
         f.write(bytes);

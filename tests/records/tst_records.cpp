@@ -6,6 +6,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -17,12 +19,12 @@ private Q_SLOTS:
 
     void headerIsWrittenOnceAndNeverReplaced()
     {
-        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        const QString path = dir->filePath(u"vlmrStats.csv"_s);
         UsageLog log(clock, path);
         QVERIFY(log.createIfMissing());
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
         QCOMPARE(QByteArray(UsageLog::kHeader).size(), 154);
-        QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("break"), .activity = QStringLiteral("Walk")}));
+        QVERIFY(log.addEntryInCsv({.logType = u"break"_s, .activity = u"Walk"_s}));
         QVERIFY(log.createIfMissing());
         QCOMPARE(read(path).count('\n'), 2);
     }
@@ -49,13 +51,13 @@ private Q_SLOTS:
         QFETCH(QString, activity);
         QFETCH(QString, feedback);
         QFETCH(QByteArray, line);
-        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        const QString path = dir->filePath(u"vlmrStats.csv"_s);
         UsageLog log(clock, path);
         log.createIfMissing();
-        QVERIFY(log.addEntryInCsv({.logType = QStringLiteral("morning routine"),
+        QVERIFY(log.addEntryInCsv({.logType = u"morning routine"_s,
                                    .activity = activity,
-                                   .durationInSeconds = QStringLiteral("30"),
-                                   .startTime = QStringLiteral("2026-03-14 07:29:40"),
+                                   .durationInSeconds = u"30"_s,
+                                   .startTime = u"2026-03-14 07:29:40"_s,
                                    .feedback = feedback}));
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader) + line);
     }
@@ -63,34 +65,34 @@ private Q_SLOTS:
     void failedWriteKeepsTheOldFile()
     {
         // A log that vanished is not recreated by a row: the row is lost, nothing else.
-        UsageLog missing(clock, dir->filePath(QStringLiteral("gone.csv")));
-        QVERIFY(!missing.addEntryInCsv({.logType = QStringLiteral("break")}));
+        UsageLog missing(clock, dir->filePath(u"gone.csv"_s));
+        QVERIFY(!missing.addEntryInCsv({.logType = u"break"_s}));
         QVERIFY(!QFile::exists(missing.path()));
 
         // A folder we may not write to: the rewrite fails and the file stays as it was.
         if (getuid() == 0)
             QSKIP("root writes anywhere");
-        const QString path = dir->filePath(QStringLiteral("vlmrStats.csv"));
+        const QString path = dir->filePath(u"vlmrStats.csv"_s);
         UsageLog log(clock, path);
         log.createIfMissing();
         QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::ExeOwner);
-        QVERIFY(!log.addEntryInCsv({.logType = QStringLiteral("break")}));
+        QVERIFY(!log.addEntryInCsv({.logType = u"break"_s}));
         QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
     }
 
     void debugLogMakesItsFileAndNeverTruncates()
     {
-        const QString path = dir->filePath(QStringLiteral("Debug_Logs.txt"));
-        DebugLog(clock, path).addLog(QStringLiteral("first"));
+        const QString path = dir->filePath(u"Debug_Logs.txt"_s);
+        DebugLog(clock, path).addLog(u"first"_s);
         clock.set(clock.now().addSecs(1));
         // A second run continues the file; a text with a line break goes in as it is.
-        DebugLog(clock, path).addLog(QStringLiteral("two\nlines"));
+        DebugLog(clock, path).addLog(u"two\nlines"_s);
         QCOMPARE(read(path),
                  QByteArray("2026-03-14 07:30:12  -  first\n2026-03-14 07:30:13  -  two\nlines\n"));
         // The file may be moved away while we run: the next line makes it anew.
         QVERIFY(QFile::remove(path));
-        DebugLog(clock, path).addLog(QStringLiteral("again"));
+        DebugLog(clock, path).addLog(u"again"_s);
         QCOMPARE(read(path), QByteArray("2026-03-14 07:30:13  -  again\n"));
     }
 

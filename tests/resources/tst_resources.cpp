@@ -14,6 +14,8 @@
 #include <valijson/schema_parser.hpp>
 #include <valijson/validator.hpp>
 
+using namespace Qt::Literals::StringLiterals;
+
 namespace {
 
 QByteArray readResource(const QString& path)
@@ -27,15 +29,6 @@ QByteArray readResource(const QString& path)
 QJsonObject readObject(const QString& path)
 {
     return QJsonDocument::fromJson(readResource(path)).object();
-}
-
-// Follows a "group/sub-group/key" path through the catalogue.
-QJsonValue lookup(const QJsonObject& root, const QString& path)
-{
-    QJsonValue value = root;
-    for (const QString& part : path.split(u'/'))
-        value = value.toObject().value(part);
-    return value;
 }
 
 bool isInteger(const QJsonValue& value)
@@ -52,7 +45,7 @@ bool isStringList(const QJsonValue& value)
 }
 
 // Entries of the catalogue that are data rather than display text.
-const QStringList kNonTextEntries{QStringLiteral("welcomeInfo/introActivities")};
+const QStringList kNonTextEntries{u"welcomeInfo/introActivities"_s};
 
 void collectNonText(const QJsonObject& object, const QString& prefix, QStringList& out)
 {
@@ -73,27 +66,10 @@ class TestResources : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void documentsAreObjects_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::newRow("catalogue") << QStringLiteral(":/config.json");
-        QTest::newRow("settings") << QStringLiteral(":/settings.json");
-        QTest::newRow("schema") << QStringLiteral(":/settings-schema.json");
-    }
-
-    void documentsAreObjects()
-    {
-        QFETCH(QString, path);
-        QJsonParseError error{};
-        const QJsonDocument doc = QJsonDocument::fromJson(readResource(path), &error);
-        QCOMPARE(error.error, QJsonParseError::NoError);
-        QVERIFY(doc.isObject());
-    }
-
     void catalogueIsText()
     {
         QStringList nonText;
-        collectNonText(readObject(QStringLiteral(":/config.json")), QString(), nonText);
+        collectNonText(readObject(u":/config.json"_s), QString(), nonText);
         QCOMPARE(nonText, QStringList());
     }
 
@@ -101,8 +77,8 @@ private Q_SLOTS:
     {
         // The welcome flow takes the first entry; a wrong shape silently falls back
         // to the built-in intro item.
-        const QJsonValue list = lookup(readObject(QStringLiteral(":/config.json")),
-                                       QStringLiteral("welcomeInfo/introActivities"));
+        const QJsonValue list =
+            readObject(u":/config.json"_s).value(u"welcomeInfo").toObject().value(u"introActivities");
         QVERIFY(list.isArray());
         const QJsonObject first = list.toArray().first().toObject();
         QVERIFY(first.value(u"name").isString());
@@ -111,46 +87,11 @@ private Q_SLOTS:
         QVERIFY(isStringList(first.value(u"videoUrl")));
     }
 
-    void templatesKeepTheirMarkers_data()
-    {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QStringList>("markers");
-        const auto row = [](const char* path, QStringList markers) {
-            QTest::newRow(path) << QString::fromLatin1(path) << markers;
-        };
-        row("activityInfo/startActivityButtonText", {"<TIME>", "<NAME>"});
-        row("activityInfo/startBreakActivityTitleText", {"<TIME>", "<ACTIVITY>"});
-        row("activityInfo/activityFinishedText", {"<ACTIVITY>"});
-        row("activityInfo/lastActivityFinishedText", {"<ACTIVITY>"});
-        row("activityInfo/doSomeActivityText", {"<ACTIVITY>"});
-        row("activityInfo/habitsProgressText", {"<duration>", "<totalduration>"});
-        row("activityInfo/habitsCompleteText", {"<duration>"});
-        row("common/appBlockNotificationTitle", {"<APP_NAME>", "<FOCUS_NAME>"});
-        row("menuInfo/untilTimeText", {"<TIME>"});
-        row("focusInfo/startingFocusModeInfo/title", {"<FOCUSTYPE>"});
-        row("focusInfo/focusSummaryInfo/title", {"<COUNT>"});
-        row("focusInfo/focusSummaryInfo/totalFocusTimeText", {"<TIME>"});
-        row("shutOffTimeInfo/subTitle", {"<SHUTOFFTIME>", "<STARTTIME>"});
-        row("shutOffTimeInfo/shutOffAbortDoneInfo/subTitle", {"<STARTTIME>"});
-        row("rememberNextHabitViewInfo/questionText", {"<LAST_HABIT_NAME>"});
-        row("rememberNextHabitViewInfo/randomPhraseWrongChoice2", {"<CORRECT_HABIT_NAME>"});
-        row("settings/visitText", {"<SETTINGURL>"});
-    }
-
-    void templatesKeepTheirMarkers()
-    {
-        QFETCH(QString, path);
-        QFETCH(QStringList, markers);
-        const QString text = lookup(readObject(QStringLiteral(":/config.json")), path).toString();
-        for (const QString& marker : markers)
-            QVERIFY2(text.contains(marker), qPrintable(marker));
-    }
-
     void routineItemsAreComplete()
     {
         // The packaged day has every list and a break interval; a routine item without a
         // name or a whole-number duration cannot be played.
-        const QJsonObject settings = readObject(QStringLiteral(":/settings.json"));
+        const QJsonObject settings = readObject(u":/settings.json"_s);
         QVERIFY(isInteger(settings.value(u"breakAfterMinutes")) &&
                 settings.value(u"breakAfterMinutes").toInt() > 0);
         QVERIFY(settings.value(u"startTime").isString() && settings.value(u"shutOffTime").isString());
@@ -170,7 +111,7 @@ private Q_SLOTS:
     {
         QTest::addColumn<QByteArray>("document");
         QTest::addColumn<bool>("valid");
-        QTest::newRow("packaged settings") << readResource(QStringLiteral(":/settings.json")) << true;
+        QTest::newRow("packaged settings") << readResource(u":/settings.json"_s) << true;
         QTest::newRow("empty") << QByteArray("{}") << false; // what an unreadable page message becomes
         QTest::newRow("unknown key") << QByteArray(R"({"theme": "dark"})") << true;
         QTest::newRow("hour only") << QByteArray(R"({"startTime": "7"})") << true;
@@ -195,8 +136,7 @@ private Q_SLOTS:
         QFETCH(QByteArray, document);
         QFETCH(bool, valid);
 
-        const QJsonDocument schemaDoc =
-            QJsonDocument::fromJson(readResource(QStringLiteral(":/settings-schema.json")));
+        const QJsonDocument schemaDoc = QJsonDocument::fromJson(readResource(u":/settings-schema.json"_s));
         valijson::Schema schema;
         valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
         try {
@@ -220,7 +160,7 @@ private Q_SLOTS:
     {
         // The query strings come from arbitrary web addresses: markup in them must
         // never be interpreted, and the page must work without a network.
-        const QString page = QString::fromUtf8(readResource(QStringLiteral(":/block.html")));
+        const QString page = QString::fromUtf8(readResource(u":/block.html"_s));
         for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
             QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
         QVERIFY(page.contains(u"URLSearchParams"));
@@ -237,10 +177,8 @@ private Q_SLOTS:
         for (const char* name :
              {"Smile _Small", "Waking up _ SMall", "Glasses-Otter-250-px_V3", "cheer_250px_trans_centered",
               "Finger-and-Sign-Otter-250px", "Weight-otter-250-px_V2", "Whistle-otter-250-px", "Yawn_small"})
-            QTest::newRow(name) << QStringLiteral(":/images/%1.gif")
-                                       .arg(QString::fromLatin1(name).toLower().replace(
-                                           QRegularExpression(QStringLiteral("[^a-z0-9]+")),
-                                           QStringLiteral("-")));
+            QTest::newRow(name) << u":/images/%1.gif"_s.arg(
+                QString::fromLatin1(name).toLower().replace(QRegularExpression(u"[^a-z0-9]+"_s), u"-"_s));
     }
 
     void animationsPlay()
@@ -263,8 +201,8 @@ private Q_SLOTS:
     void soundsAreShortWavs_data()
     {
         QTest::addColumn<QString>("path");
-        QTest::newRow("afterMorningRoutine") << QStringLiteral(":/sounds/afterMorningRoutine.wav");
-        QTest::newRow("everyActivity") << QStringLiteral(":/sounds/everyActivity.wav");
+        QTest::newRow("afterMorningRoutine") << u":/sounds/afterMorningRoutine.wav"_s;
+        QTest::newRow("everyActivity") << u":/sounds/everyActivity.wav"_s;
     }
 
     void soundsAreShortWavs()

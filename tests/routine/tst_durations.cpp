@@ -3,6 +3,8 @@
 
 #include <QtTest>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 
 class DurationsTest : public QObject
@@ -67,14 +69,14 @@ private Q_SLOTS:
         QFETCH(QString, expected);
         TextCatalogue texts;
         texts.startActivityButtonText = templ;
-        QCOMPARE(getstartActivityButtonText(texts, 300, QStringLiteral("Yoga")), expected);
+        QCOMPARE(getstartActivityButtonText(texts, 300, u"Yoga"_s), expected);
     }
 
     void breakTitle()
     {
         TextCatalogue texts;
-        QCOMPARE(getStartBreakActivityTitleText(texts, 90, QStringLiteral("Walk")),
-                 QStringLiteral("It’s time for a break. Do 1 minute of Walk to earn more velmora."));
+        QCOMPARE(getStartBreakActivityTitleText(texts, 90, u"Walk"_s),
+                 u"It’s time for a break. Do 1 minute of Walk to earn more velmora."_s);
     }
 };
 

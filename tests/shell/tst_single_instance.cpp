@@ -6,6 +6,8 @@
 #include <QTest>
 #include <QTimer>
 
+using namespace Qt::Literals::StringLiterals;
+
 using velmora::SingleInstance;
 
 class TestSingleInstance : public QObject
@@ -17,7 +19,7 @@ private Q_SLOTS:
     void restartWaitsForTheOldCopyToLetGo()
     {
         QTemporaryDir dir;
-        const QString name = dir.filePath(QStringLiteral("instance"));
+        const QString name = dir.filePath(u"instance"_s);
         auto old = std::make_unique<SingleInstance>(name);
         QVERIFY(old->claim());
         QElapsedTimer clock;

@@ -77,7 +77,6 @@ public:
     }
     // Runs what is due now, such as posted calls.
     void flush() { runUntil(m_clock.now()); }
-    int pendingCount() const { return int(m_timers.size()); }
 
 private:
     struct Entry
@@ -192,14 +191,10 @@ public:
 class FakeLoginService : public LoginService
 {
 public:
-    bool install() override
-    {
-        ++installs;
-        return true;
-    }
+    bool install() override { return true; }
     void enable() override { ++enables; }
     void disable() override { ++disables; }
-    int installs = 0, enables = 0, disables = 0;
+    int enables = 0, disables = 0;
 };
 
 class FakeHotKeys : public HotKeys

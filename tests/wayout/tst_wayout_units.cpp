@@ -14,6 +14,8 @@
 #include <QtTest>
 #include <QtWidgets>
 
+using namespace Qt::Literals::StringLiterals;
+
 using namespace velmora;
 using namespace velmora::test;
 
@@ -23,8 +25,7 @@ QJsonArray items(int count, int seconds)
 {
     QJsonArray out;
     for (int i = 0; i < count; ++i)
-        out.append(QJsonObject{{QStringLiteral("name"), QStringLiteral("h%1").arg(i)},
-                               {QStringLiteral("durationSeconds"), seconds}});
+        out.append(QJsonObject{{u"name"_s, u"h%1"_s.arg(i)}, {u"durationSeconds"_s, seconds}});
     return out;
 }
 
@@ -32,7 +33,7 @@ QList<QJsonValue> durations(const QJsonValue& list)
 {
     QList<QJsonValue> out;
     for (const QJsonValue& v : list.toArray())
-        out << v.toObject().value(QStringLiteral("durationSeconds"));
+        out << v.toObject().value(u"durationSeconds"_s);
     return out;
 }
 
@@ -50,9 +51,8 @@ private Q_SLOTS:
         QTest::addColumn<bool>("removed");
 
         const auto doc = [](QJsonArray morning, QJsonArray evening, QJsonArray breaks) {
-            return QJsonObject{{QStringLiteral("morningHabits"), morning},
-                               {QStringLiteral("eveningHabits"), evening},
-                               {QStringLiteral("breakActivities"), breaks}};
+            return QJsonObject{
+                {u"morningHabits"_s, morning}, {u"eveningHabits"_s, evening}, {u"breakActivities"_s, breaks}};
         };
         QTest::newRow("ten habits stay ten")
             << doc(items(10, 60), items(2, 30), items(1, 10)) << 10 << QList<QJsonValue>{30, 30, 10} << false;
@@ -63,9 +63,9 @@ private Q_SLOTS:
         QTest::newRow("a long break activity becomes 30")
             << doc(items(1, 30), items(1, 31), items(4, 120)) << 1 << QList<QJsonValue>{30, 30, 30} << false;
         QTest::newRow("a duration that is no whole number stays")
-            << doc(QJsonArray{QJsonObject{{QStringLiteral("durationSeconds"), 45.5}}}, items(0, 0),
-                   QJsonArray{QJsonObject{{QStringLiteral("durationSeconds"), QStringLiteral("90")}}})
-            << 1 << QList<QJsonValue>{45.5, QJsonValue(QJsonValue::Undefined), QStringLiteral("90")} << false;
+            << doc(QJsonArray{QJsonObject{{u"durationSeconds"_s, 45.5}}}, items(0, 0),
+                   QJsonArray{QJsonObject{{u"durationSeconds"_s, u"90"_s}}})
+            << 1 << QList<QJsonValue>{45.5, QJsonValue(QJsonValue::Undefined), u"90"_s} << false;
     }
 
     void startSmallRewrites()
@@ -77,15 +77,12 @@ private Q_SLOTS:
 
         const StartSmallResult result = startSmall(document);
         QCOMPARE(result.isAnyHabitRemoved, removed);
-        const QJsonArray morning = result.document.value(QStringLiteral("morningHabits")).toArray();
+        const QJsonArray morning = result.document.value(u"morningHabits"_s).toArray();
         QCOMPARE(morning.size(), morningCount);
         // The kept habits are the first ones, in their order.
         for (int i = 0; i < morning.size(); ++i)
-            QCOMPARE(morning[i].toObject().value(QStringLiteral("name")),
-                     document.value(QStringLiteral("morningHabits"))
-                         .toArray()[i]
-                         .toObject()
-                         .value(QStringLiteral("name")));
+            QCOMPARE(morning[i].toObject().value(u"name"_s),
+                     document.value(u"morningHabits"_s).toArray()[i].toObject().value(u"name"_s));
         const char* lists[] = {"morningHabits", "eveningHabits", "breakActivities"};
         for (int i = 0; i < 3; ++i) {
             const QList<QJsonValue> all = durations(result.document.value(QLatin1String(lists[i])));
@@ -93,18 +90,17 @@ private Q_SLOTS:
             for (const QJsonValue& d : all)
                 QVERIFY(!d.isDouble() || d.toDouble() <= 30 || d.toDouble() != qRound(d.toDouble()));
         }
-        QCOMPARE(result.document.value(QStringLiteral("breakActivities")).toArray().size(),
-                 document.value(QStringLiteral("breakActivities")).toArray().size());
+        QCOMPARE(result.document.value(u"breakActivities"_s).toArray().size(),
+                 document.value(u"breakActivities"_s).toArray().size());
     }
 
     void startSmallLeavesAbsentListsAbsent()
     {
-        const QJsonObject document{{QStringLiteral("morningHabits"), items(2, 90)},
-                                   {QStringLiteral("startTime"), QStringLiteral("07:00")}};
+        const QJsonObject document{{u"morningHabits"_s, items(2, 90)}, {u"startTime"_s, u"07:00"_s}};
         const StartSmallResult result = startSmall(document);
-        QVERIFY(!result.document.contains(QStringLiteral("eveningHabits")));
-        QVERIFY(!result.document.contains(QStringLiteral("breakActivities")));
-        QCOMPARE(result.document.value(QStringLiteral("startTime")).toString(), QStringLiteral("07:00"));
+        QVERIFY(!result.document.contains(u"eveningHabits"_s));
+        QVERIFY(!result.document.contains(u"breakActivities"_s));
+        QCOMPARE(result.document.value(u"startTime"_s).toString(), u"07:00"_s);
     }
 
     void passwordCheck_data()
@@ -116,20 +112,18 @@ private Q_SLOTS:
         const auto encoded = [](const QString& text) {
             return QVariant(QString::fromLatin1(text.toUtf8().toBase64()));
         };
-        QTest::newRow("correct") << encoded(QStringLiteral("s3cret")) << QStringLiteral("s3cret")
-                                 << int(password::Check::Correct);
-        QTest::newRow("case counts") << encoded(QStringLiteral("s3cret")) << QStringLiteral("S3cret")
-                                     << int(password::Check::Wrong);
+        QTest::newRow("correct") << encoded(u"s3cret"_s) << u"s3cret"_s << int(password::Check::Correct);
+        QTest::newRow("case counts") << encoded(u"s3cret"_s) << u"S3cret"_s << int(password::Check::Wrong);
         QTest::newRow("non-ASCII by exact text")
-            << encoded(QStringLiteral("grüße✓")) << QStringLiteral("grüße✓") << int(password::Check::Correct);
-        QTest::newRow("not base64") << QVariant(QStringLiteral("%%not base64%%")) << QStringLiteral("x")
+            << encoded(u"grüße✓"_s) << u"grüße✓"_s << int(password::Check::Correct);
+        QTest::newRow("not base64") << QVariant(u"%%not base64%%"_s) << u"x"_s
                                     << int(password::Check::Undecodable);
         QTest::newRow("base64 of no UTF-8")
-            << QVariant(QString::fromLatin1(QByteArray("\xff\xfe\xfd").toBase64())) << QStringLiteral("x")
+            << QVariant(QString::fromLatin1(QByteArray("\xff\xfe\xfd").toBase64())) << u"x"_s
             << int(password::Check::Undecodable);
         QTest::newRow("not text at all")
-            << QVariant(QVariantList{1, 2}) << QStringLiteral("x") << int(password::Check::Undecodable);
-        QTest::newRow("no password") << QVariant() << QStringLiteral("x") << int(password::Check::NotSet);
+            << QVariant(QVariantList{1, 2}) << u"x"_s << int(password::Check::Undecodable);
+        QTest::newRow("no password") << QVariant() << u"x"_s << int(password::Check::NotSet);
     }
 
     void passwordCheck()
@@ -151,40 +145,35 @@ private Q_SLOTS:
     {
         FakePorts f;
         TextCatalogue texts;
-        texts.webhookUrl = QStringLiteral("https://hooks.example/velmora");
+        texts.webhookUrl = u"https://hooks.example/velmora"_s;
         DebugLog log(f.clock, {});
-        f.preferences.setValue(keys::kUserdefaultsSelectedJson, QStringLiteral(R"({"startTime": "07:00"})"));
+        f.preferences.setValue(keys::kUserdefaultsSelectedJson, uR"({"startTime": "07:00"})"_s);
         f.preferences.setValue(keys::kUserdefaultsFirstRunDate, QDateTime(QDate(2026, 3, 14), QTime(9, 0)));
         FeedbackUpload upload(f.http, f.preferences, texts, f.clock, QString(), log);
 
         QObject context;
         bool done = false;
-        upload.getAbortJsonToUpload(QString(), QStringLiteral("it froze"),
-                                    QStringLiteral("The app is broken"), &context, [&done] { done = true; });
+        upload.getAbortJsonToUpload(QString(), u"it froze"_s, u"The app is broken"_s, &context,
+                                    [&done] { done = true; });
         QCOMPARE(f.http.requests.size(), 1);
-        QCOMPARE(f.http.requests[0].url, QUrl(QStringLiteral("https://hooks.example/velmora")));
+        QCOMPARE(f.http.requests[0].url, QUrl(u"https://hooks.example/velmora"_s));
         QCOMPARE(f.http.requests[0].timeoutMs, FeedbackUpload::kTimeoutMs);
         const QJsonObject sent = QJsonDocument::fromJson(f.http.requests[0].body).object();
-        QCOMPARE(sent.value(QStringLiteral("abortReason")).toString(), QStringLiteral("The app is broken"));
-        QCOMPARE(sent.value(QStringLiteral("settingsJSON"))
-                     .toObject()
-                     .value(QStringLiteral("startTime"))
-                     .toString(),
-                 QStringLiteral("07:00"));
-        QCOMPARE(sent.value(QStringLiteral("usageStartDate")).toString(), QStringLiteral("2026-03-14"));
-        QCOMPARE(sent.value(QStringLiteral("feedback")).toString(), QStringLiteral("it froze"));
+        QCOMPARE(sent.value(u"abortReason"_s).toString(), u"The app is broken"_s);
+        QCOMPARE(sent.value(u"settingsJSON"_s).toObject().value(u"startTime"_s).toString(), u"07:00"_s);
+        QCOMPARE(sent.value(u"usageStartDate"_s).toString(), u"2026-03-14"_s);
+        QCOMPARE(sent.value(u"feedback"_s).toString(), u"it froze"_s);
         // An empty address is sent as it is; no address at all leaves the key out.
-        QVERIFY(sent.contains(QStringLiteral("emailAddress")));
-        QVERIFY(!sent.value(QStringLiteral("macOSVersion")).toString().isEmpty());
+        QVERIFY(sent.contains(u"emailAddress"_s));
+        QVERIFY(!sent.value(u"macOSVersion"_s).toString().isEmpty());
         QVERIFY(!done);
         f.http.answer({.status = 200, .body = "ok", .error = {}});
         QVERIFY(done);
 
-        const QJsonObject quit =
-            upload.document("quitReason", QStringLiteral("Something else"), std::nullopt, {});
-        QVERIFY(!quit.contains(QStringLiteral("emailAddress")));
-        QVERIFY(!quit.contains(QStringLiteral("abortReason")));
-        QCOMPARE(quit.value(QStringLiteral("quitReason")).toString(), QStringLiteral("Something else"));
+        const QJsonObject quit = upload.document("quitReason", u"Something else"_s, std::nullopt, {});
+        QVERIFY(!quit.contains(u"emailAddress"_s));
+        QVERIFY(!quit.contains(u"abortReason"_s));
+        QCOMPARE(quit.value(u"quitReason"_s).toString(), u"Something else"_s);
     }
 
     void uploadAlwaysFinishes_data()
@@ -193,12 +182,12 @@ private Q_SLOTS:
         QTest::addColumn<int>("status"); // -1: the server never answers
         QTest::addColumn<qint64>("doneAfterMs");
 
-        QTest::newRow("server error") << QStringLiteral("https://hooks.example/x") << 500 << qint64(0);
-        QTest::newRow("unreachable") << QStringLiteral("https://hooks.example/x") << 0 << qint64(0);
+        QTest::newRow("server error") << u"https://hooks.example/x"_s << 500 << qint64(0);
+        QTest::newRow("unreachable") << u"https://hooks.example/x"_s << 0 << qint64(0);
         QTest::newRow("never answers")
-            << QStringLiteral("https://hooks.example/x") << -1 << qint64(FeedbackUpload::kTimeoutMs);
+            << u"https://hooks.example/x"_s << -1 << qint64(FeedbackUpload::kTimeoutMs);
         QTest::newRow("no webhook") << QString() << -1 << qint64(0);
-        QTest::newRow("not an address") << QStringLiteral("::not a url") << -1 << qint64(0);
+        QTest::newRow("not an address") << u"::not a url"_s << -1 << qint64(0);
     }
 
     void uploadAlwaysFinishes()
@@ -213,11 +202,9 @@ private Q_SLOTS:
         FeedbackUpload upload(f.http, f.preferences, texts, f.clock, QString(), log, f.scheduler);
         QObject context;
         int done = 0;
-        upload.getQuitJsonToUpload(std::nullopt, {}, QStringLiteral("The app is broken"), &context,
-                                   [&done] { ++done; });
+        upload.getQuitJsonToUpload(std::nullopt, {}, u"The app is broken"_s, &context, [&done] { ++done; });
         if (status >= 0 && !f.http.requests.isEmpty())
-            f.http.answer(
-                {.status = status, .body = {}, .error = status ? QString() : QStringLiteral("refused")});
+            f.http.answer({.status = status, .body = {}, .error = status ? QString() : u"refused"_s});
         f.scheduler.advance(doneAfterMs ? doneAfterMs - 1 : 0);
         QCOMPARE(done, doneAfterMs ? 0 : 1);
         f.scheduler.advance(1);
@@ -234,7 +221,7 @@ private Q_SLOTS:
         FakePorts f;
         TextCatalogue texts;
         DebugLog log(f.clock, {});
-        f.preferences.setValue(keys::kUserdefaultsAppPassword, QStringLiteral("***not base64***"));
+        f.preferences.setValue(keys::kUserdefaultsAppPassword, u"***not base64***"_s);
         enterPasswordVc prompt({f.preferences, f.clock, f.scheduler, log, texts});
         QStringList alerts;
         prompt.inform = [&alerts](const QString& title, const QString&) { alerts << title; };
@@ -246,13 +233,13 @@ private Q_SLOTS:
         prompt.viewWillAppear(false);
 
         // An unreadable password lets nothing through, silently.
-        QTest::keyClicks(prompt.textFieldPassword, QStringLiteral("anything"));
+        QTest::keyClicks(prompt.textFieldPassword, u"anything"_s);
         prompt.btnOk->click();
         QCOMPARE(correct, 0);
         QVERIFY(prompt.isVisible());
         prompt.textFieldPassword->clear();
         prompt.btnOk->click();
-        QCOMPARE(alerts, QStringList{QStringLiteral("Password cannot be blank.")});
+        QCOMPARE(alerts, QStringList{u"Password cannot be blank."_s});
 
         // The reset is the way out: a day later both keys are gone.
         QVERIFY(prompt.btnResetPassword->isVisible() && prompt.btnResetPassword->isEnabled());

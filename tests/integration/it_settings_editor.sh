@@ -70,11 +70,14 @@ VELMORA_PID=""
 gone() { ! alive "$first"; }
 poll 15 "the program ends for its restart" gone
 wait "$first" || true
+# The new program, not a child it forks for a command (which runs our binary until it execs).
 restarted() {
-    local p
+    local p bin parent
+    bin="$(readlink -f "$VELMORA_BIN")"
     for p in /proc/[0-9]*; do
-        [ "${p#/proc/}" != "$first" ] && [ "$(readlink "$p/exe")" = "$(readlink -f "$VELMORA_BIN")" ] &&
-            echo "${p#/proc/}" && return 0
+        [ "${p#/proc/}" != "$first" ] && [ "$(readlink "$p/exe")" = "$bin" ] || continue
+        parent="$(awk '/^PPid:/ {print $2}' "$p/status")"
+        [ "$(readlink "/proc/$parent/exe")" != "$bin" ] && echo "${p#/proc/}" && return 0
     done 2>/dev/null
     return 1
 }

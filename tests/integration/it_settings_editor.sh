@@ -70,12 +70,14 @@ VELMORA_PID=""
 gone() { ! alive "$first"; }
 poll 15 "the program ends for its restart" gone
 wait "$first" || true
-# The new program, not a child it forks for a command (which runs our binary until it execs).
+# The new program of this session (other tests may run the same binary at the same time),
+# not a child it forks for a command (which runs our binary until it execs).
 restarted() {
     local p bin parent
     bin="$(readlink -f "$VELMORA_BIN")"
     for p in /proc/[0-9]*; do
         [ "${p#/proc/}" != "$first" ] && [ "$(readlink "$p/exe")" = "$bin" ] || continue
+        grep -qzxF "VELMORA_IT_SESSION=$VELMORA_IT_SESSION" "$p/environ" || continue
         parent="$(awk '/^PPid:/ {print $2}' "$p/status")"
         [ "$(readlink "/proc/$parent/exe")" != "$bin" ] && echo "${p#/proc/}" && return 0
     done 2>/dev/null

@@ -107,8 +107,10 @@ enum class Flow
     Stop
 };
 
-// Browser → program: whole JSON objects only.
-Flow relayFromBrowser(frames::FrameReader& reader, int program)
+// Relays every whole frame the reader holds to `target`, as long as it is a JSON
+// object; a frame over the reader's limit ends the connection.
+Flow relay(frames::FrameReader& reader, int program, int target, const QString& oversized,
+           const QString& notJson)
 {
     QByteArray frame;
     while (true) {
@@ -116,42 +118,34 @@ Flow relayFromBrowser(frames::FrameReader& reader, int program)
         case frames::FrameReader::Status::NeedMore:
             return Flow::Go;
         case frames::FrameReader::Status::Oversized:
-            reportRefusal(program,
-                          QStringLiteral("a frame from the browser is over the size limit; closing"));
+            reportRefusal(program, oversized);
             return Flow::Stop;
         case frames::FrameReader::Status::Frame:
             if (!frames::parse(frame)) {
-                reportRefusal(program, QStringLiteral("a frame from the browser is not a JSON object"));
+                reportRefusal(program, notJson);
                 break;
             }
-            if (!writeAll(program, frames::encode(frame)))
+            if (!writeAll(target, frames::encode(frame)))
                 return Flow::Stop;
             break;
         }
     }
 }
 
+// Browser → program: whole JSON objects only.
+Flow relayFromBrowser(frames::FrameReader& reader, int program)
+{
+    return relay(reader, program, program,
+                 QStringLiteral("a frame from the browser is over the size limit; closing"),
+                 QStringLiteral("a frame from the browser is not a JSON object"));
+}
+
 // Program → browser: at most 1 MB a frame, as browsers require.
 Flow relayFromProgram(frames::FrameReader& reader, int program)
 {
-    QByteArray frame;
-    while (true) {
-        switch (reader.next(&frame)) {
-        case frames::FrameReader::Status::NeedMore:
-            return Flow::Go;
-        case frames::FrameReader::Status::Oversized:
-            reportRefusal(program, QStringLiteral("a frame for the browser is over 1 MB; closing"));
-            return Flow::Stop;
-        case frames::FrameReader::Status::Frame:
-            if (!frames::parse(frame)) {
-                reportRefusal(program, QStringLiteral("a frame for the browser is not a JSON object"));
-                break;
-            }
-            if (!writeAll(STDOUT_FILENO, frames::encode(frame)))
-                return Flow::Stop;
-            break;
-        }
-    }
+    return relay(reader, program, STDOUT_FILENO,
+                 QStringLiteral("a frame for the browser is over 1 MB; closing"),
+                 QStringLiteral("a frame for the browser is not a JSON object"));
 }
 
 } // namespace

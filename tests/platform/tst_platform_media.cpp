@@ -60,31 +60,28 @@ private Q_SLOTS:
         QCOMPARE(PulseMediaMonitor(proc.path()).isACameraOn(), expected);
     }
 
-    void micWithoutServerIsOffAtOnce()
+    // Without a server the answer is at once; a server that accepts and then says
+    // nothing costs one bounded wait, and is not asked again right away.
+    void micWithoutAnAnsweringServerIsOff_data()
     {
-        qputenv("PULSE_SERVER", "unix:/nonexistent/pulse/native");
-        PulseMediaMonitor monitor;
-        QElapsedTimer clock;
-        clock.start();
-        QVERIFY(!monitor.isMicOn());
-        QVERIFY(!monitor.isMicOn());
-        QVERIFY2(clock.elapsed() < 500, qPrintable(QString::number(clock.elapsed())));
+        QTest::addColumn<bool>("listening");
+        QTest::newRow("no server") << false;
+        QTest::newRow("silent server") << true;
     }
 
-    // A server that accepts the connection and then says nothing.
-    void micWithSilentServerKeepsItsTimeLimit()
+    void micWithoutAnAnsweringServerIsOff()
     {
+        QFETCH(bool, listening);
         QTemporaryDir dir;
         QLocalServer silent;
-        QVERIFY(silent.listen(dir.filePath(u"native"_s)));
-        qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(silent.fullServerName()));
+        QVERIFY(!listening || silent.listen(dir.filePath(u"native"_s)));
+        qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(dir.filePath(u"native"_s)));
         PulseMediaMonitor monitor;
         QElapsedTimer clock;
         clock.start();
         QVERIFY(!monitor.isMicOn());
         const qint64 first = clock.restart();
-        QVERIFY2(first >= 900 && first < 2000, qPrintable(QString::number(first)));
-        // It is not asked again right away.
+        QVERIFY2(listening ? first >= 900 && first < 2000 : first < 500, qPrintable(QString::number(first)));
         QVERIFY(!monitor.isMicOn());
         QVERIFY(clock.elapsed() < 100);
     }

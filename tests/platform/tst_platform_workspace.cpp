@@ -8,6 +8,7 @@
 #include <QtTest>
 
 using namespace velmora;
+using namespace Qt::StringLiterals;
 
 class TestWorkspaceEntries : public QObject
 {
@@ -24,127 +25,76 @@ private:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("[Desktop Entry]\nType=Application\n" + body);
     }
-    QString user(const QString& file) const
-    {
-        return m_home.filePath(QStringLiteral("applications/") + file);
-    }
-    QString system(const QString& file) const
-    {
-        return m_system.filePath(QStringLiteral("applications/") + file);
-    }
+    QString user(const QString& file) const { return m_home.filePath(u"applications/"_s + file); }
+    QString system(const QString& file) const { return m_system.filePath(u"applications/"_s + file); }
 
 private Q_SLOTS:
     void initTestCase()
     {
         qputenv("XDG_DATA_HOME", QFile::encodeName(m_home.path()));
         qputenv("XDG_DATA_DIRS", QFile::encodeName(m_system.path()));
-        write(system(QStringLiteral("org.example.Editor.desktop")), "Name=Text Editor\nExec=/bin/true\n");
-        write(system(QStringLiteral("kde-viewer.desktop")), "Name=Viewer\nExec=ls\n");
-        write(system(QStringLiteral("chromium.desktop")),
-              "Name=Chromium\nExec=chromium %U\nStartupWMClass=chromium\n");
-        write(system(QStringLiteral("google-chrome.desktop")), "Name=Google Chrome\nExec=cat\n");
-        write(system(QStringLiteral("shell-a.desktop")), "Name=A\nExec=/bin/sh -c a\n");
-        write(system(QStringLiteral("shell-b.desktop")), "Name=B\nExec=/bin/sh -c b\n");
-        write(system(QStringLiteral("hidden-tool.desktop")), "Name=Hidden Tool\nExec=cat\nNoDisplay=true\n");
-        write(system(QStringLiteral("removed.desktop")), "Name=Removed\nExec=cat\n");
+        write(system(u"org.example.Editor.desktop"_s), "Name=Text Editor\nExec=/bin/true\n");
+        write(system(u"kde-viewer.desktop"_s), "Name=Viewer\nExec=ls\n");
+        write(system(u"chromium.desktop"_s), "Name=Chromium\nExec=chromium %U\nStartupWMClass=chromium\n");
+        write(system(u"google-chrome.desktop"_s), "Name=Google Chrome\nExec=cat\n");
+        write(system(u"shell-a.desktop"_s), "Name=A\nExec=/bin/sh -c a\n");
+        write(system(u"shell-b.desktop"_s), "Name=B\nExec=/bin/sh -c b\n");
+        write(system(u"hidden-tool.desktop"_s), "Name=Hidden Tool\nExec=cat\nNoDisplay=true\n");
+        write(system(u"removed.desktop"_s), "Name=Removed\nExec=cat\n");
         // The user's own copies outrank the system's.
-        write(user(QStringLiteral("removed.desktop")), "Name=Removed\nExec=cat\nHidden=true\n");
-        write(user(QStringLiteral("google-chrome.desktop")), "Name=My Chrome\nExec=cat\n");
+        write(user(u"removed.desktop"_s), "Name=Removed\nExec=cat\nHidden=true\n");
+        write(user(u"google-chrome.desktop"_s), "Name=My Chrome\nExec=cat\n");
     }
 
+    // A window's names, from the toolkit's own id to the lower-cased class, find one entry.
     void windowToApplication_data()
     {
-        QTest::addColumn<QString>("gtk");
-        QTest::addColumn<QString>("kde");
-        QTest::addColumn<QString>("instance");
-        QTest::addColumn<QString>("windowClass");
-        QTest::addColumn<QString>("executable");
+        QTest::addColumn<WindowFacts>("window");
         QTest::addColumn<QString>("name");
-
-        QTest::newRow("toolkit id first") << "org.example.Editor"
-                                          << ""
-                                          << "chromium"
-                                          << "Chromium"
-                                          << ""
-                                          << "org.example.editor";
-        QTest::newRow("kde desktop file") << ""
-                                          << "kde-viewer"
-                                          << "x"
-                                          << "X"
-                                          << ""
-                                          << "kde-viewer";
-        QTest::newRow("StartupWMClass, any case") << ""
-                                                  << ""
-                                                  << "chromium-browser"
-                                                  << "CHROMIUM"
-                                                  << ""
-                                                  << "chromium";
-        QTest::newRow("id equals the instance") << ""
-                                                << ""
-                                                << "google-chrome"
-                                                << "Google-chrome-x"
-                                                << ""
-                                                << "google-chrome";
-        QTest::newRow("program of one entry")
-            << ""
-            << ""
-            << "ed"
-            << "Ed" << QFileInfo(QStringLiteral("/bin/true")).canonicalFilePath() << "org.example.editor";
-        QTest::newRow("program of two entries names nothing")
-            << ""
-            << ""
-            << "sh"
-            << "Sh" << QFileInfo(QStringLiteral("/bin/sh")).canonicalFilePath() << "sh";
-        QTest::newRow("no entry: lower-cased class") << ""
-                                                     << ""
-                                                     << "xterm"
-                                                     << "XTerm"
-                                                     << ""
-                                                     << "xterm";
-        QTest::newRow("a hidden entry masks the system's") << ""
-                                                           << ""
-                                                           << "removed"
-                                                           << "Removed"
-                                                           << ""
-                                                           << "removed";
+        const auto row = [](const char* name, WindowFacts window, const char* expected) {
+            QTest::newRow(name) << window << QString::fromUtf8(expected);
+        };
+        const QString trueProgram = QFileInfo(u"/bin/true"_s).canonicalFilePath();
+        const QString shell = QFileInfo(u"/bin/sh"_s).canonicalFilePath();
+        row("toolkit id first", {u"org.example.Editor"_s, {}, u"chromium"_s, u"Chromium"_s, {}},
+            "org.example.editor");
+        row("kde desktop file", {{}, u"kde-viewer"_s, u"x"_s, u"X"_s, {}}, "kde-viewer");
+        row("StartupWMClass, any case", {{}, {}, u"chromium-browser"_s, u"CHROMIUM"_s, {}}, "chromium");
+        row("id equals the instance", {{}, {}, u"google-chrome"_s, u"Google-chrome-x"_s, {}},
+            "google-chrome");
+        row("program of one entry", {{}, {}, u"ed"_s, u"Ed"_s, trueProgram}, "org.example.editor");
+        row("program of two entries names nothing", {{}, {}, u"sh"_s, u"Sh"_s, shell}, "sh");
+        row("no entry: lower-cased class", {{}, {}, u"xterm"_s, u"XTerm"_s, {}}, "xterm");
+        row("a hidden entry masks the system's", {{}, {}, u"removed"_s, u"Removed"_s, {}}, "removed");
     }
     void windowToApplication()
     {
-        QFETCH(QString, gtk);
-        QFETCH(QString, kde);
-        QFETCH(QString, instance);
-        QFETCH(QString, windowClass);
-        QFETCH(QString, executable);
+        QFETCH(WindowFacts, window);
         QFETCH(QString, name);
-        DesktopEntries entries;
-        const Application app = entries.applicationForWindow({gtk, kde, instance, windowClass, executable});
-        QCOMPARE(app.name, name);
+        QCOMPARE(DesktopEntries().applicationForWindow(window).name, name);
     }
 
+    // A name in a settings document: a path, an id or the shown name.
     void nameToApplication_data()
     {
         QTest::addColumn<QString>("asked");
         QTest::addColumn<QString>("name");
-        QTest::newRow("full path") << system(QStringLiteral("chromium.desktop")) << "chromium";
-        QTest::newRow("id, any case") << "Chromium"
-                                      << "chromium";
-        QTest::newRow("shown name") << "Text Editor"
-                                    << "org.example.editor";
-        QTest::newRow("shown name as hyphens") << "Google Chrome"
-                                               << "google-chrome";
-        QTest::newRow("extension not stripped") << "chromium.desktop"
-                                                << "";
-        QTest::newRow("unknown") << "Safari"
-                                 << "";
-        QTest::newRow("path of a missing file") << "/nowhere/app.desktop"
-                                                << "";
+        const auto row = [](const char* name, const QString& asked, const char* expected) {
+            QTest::newRow(name) << asked << QString::fromUtf8(expected);
+        };
+        row("full path", system(u"chromium.desktop"_s), "chromium");
+        row("id, any case", u"Chromium"_s, "chromium");
+        row("shown name", u"Text Editor"_s, "org.example.editor");
+        row("shown name as hyphens", u"Google Chrome"_s, "google-chrome");
+        row("extension not stripped", u"chromium.desktop"_s, "");
+        row("unknown", u"Safari"_s, "");
+        row("path of a missing file", u"/nowhere/app.desktop"_s, "");
     }
     void nameToApplication()
     {
         QFETCH(QString, asked);
         QFETCH(QString, name);
-        DesktopEntries entries;
-        QCOMPARE(entries.applicationFor(asked).name, name);
+        QCOMPARE(DesktopEntries().applicationFor(asked).name, name);
     }
 
     void installedAreMenuEntriesByName()
@@ -159,10 +109,9 @@ private Q_SLOTS:
     void anEntryInstalledWhileRunningIsFound()
     {
         DesktopEntries entries;
-        QVERIFY(!entries.applicationFor(QStringLiteral("newcomer")).isValid());
-        write(user(QStringLiteral("tools/newcomer.desktop")), "Name=Newcomer\nExec=cat\n");
-        QTRY_COMPARE(entries.applicationFor(QStringLiteral("tools-newcomer")).displayName,
-                     QStringLiteral("Newcomer"));
+        QVERIFY(!entries.applicationFor(u"newcomer"_s).isValid());
+        write(user(u"tools/newcomer.desktop"_s), "Name=Newcomer\nExec=cat\n");
+        QTRY_COMPARE(entries.applicationFor(u"tools-newcomer"_s).displayName, u"Newcomer"_s);
     }
 };
 

@@ -115,40 +115,36 @@ private Q_SLOTS:
         QCOMPARE(s.arrAllEveningHabits.size(), 1);
     }
 
-    void badSavedDocumentMeansEmptySchedule_data()
+    // The packaged day applies until a document is saved; a malformed saved document
+    // means an empty schedule, not the packaged day.
+    void savedOrPackagedDocument_data()
     {
         QTest::addColumn<QVariant>("saved");
+        QTest::addColumn<QByteArray>("packaged");
         QTest::addColumn<bool>("packagedApplies");
-        QTest::newRow("not JSON") << QVariant(u"{\"morningHabits\": ["_s) << false;
-        QTest::newRow("JSON array") << QVariant(u"[1, 2]"_s) << false;
-        QTest::newRow("JSON string") << QVariant(u"\"hello\""_s) << false;
-        QTest::newRow("empty text") << QVariant(QString()) << false;
+        const QByteArray day = R"({"morningHabits": [{"name": "Water"}], "startTime": "6:45",
+                                   "shutOffTime": "22:00"})";
+        QTest::newRow("nothing saved") << QVariant() << day << true;
+        QTest::newRow("nothing saved, packaged not JSON") << QVariant() << "not json"_ba << false;
+        QTest::newRow("not JSON") << QVariant(u"{\"morningHabits\": ["_s) << day << false;
+        QTest::newRow("JSON array") << QVariant(u"[1, 2]"_s) << day << false;
+        QTest::newRow("JSON string") << QVariant(u"\"hello\""_s) << day << false;
+        QTest::newRow("empty text") << QVariant(QString()) << day << false;
         // A value that is no text counts as none saved.
-        QTest::newRow("stored as a number") << QVariant(42) << true;
-        QTest::newRow("stored as a list") << QVariant(QStringList{u"{}"_s}) << true;
+        QTest::newRow("stored as a number") << QVariant(42) << day << true;
+        QTest::newRow("stored as a list") << QVariant(QStringList{u"{}"_s}) << day << true;
     }
 
-    // A malformed saved document means an empty schedule, not the packaged day.
-    void badSavedDocumentMeansEmptySchedule()
+    void savedOrPackagedDocument()
     {
         QFETCH(QVariant, saved);
+        QFETCH(QByteArray, packaged);
         QFETCH(bool, packagedApplies);
-        const RunState s = load(saved, R"({"morningHabits": [{"name": "Water"}], "startTime": "07:00",
-                                            "shutOffTime": "22:00"})");
-        QCOMPARE(s.arrAllMorningHabits.size(), packagedApplies ? 1 : 0);
-        QCOMPARE(s.startTime.has_value(), packagedApplies);
-        QCOMPARE(s.shutOffTime.has_value(), packagedApplies);
-    }
-
-    void packagedDocumentAppliesUntilOneIsSaved()
-    {
         const MessageCapture output;
-        const RunState s = load(QVariant(), R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
-                                                "breakAfterMinutes": 45, "startTime": "6:45"})");
-        QCOMPARE(s.arrAllMorningHabits.size(), 1);
-        QCOMPARE(s.breakAfterMinutes, 45);
-        QCOMPARE(*s.startTime, (Time{6, 45, 0}));
-        QCOMPARE(load(QVariant(), "not json").arrAllMorningHabits.size(), 0);
+        const RunState s = load(saved, packaged);
+        QCOMPARE(s.arrAllMorningHabits.size(), packagedApplies ? 1 : 0);
+        QCOMPARE(s.startTime, packagedApplies ? std::optional(Time{6, 45, 0}) : std::nullopt);
+        QCOMPARE(s.shutOffTime.has_value(), packagedApplies);
         QVERIFY2(!output.all().contains(u"Water"), qPrintable(output.all())); // the user's day stays private
     }
 

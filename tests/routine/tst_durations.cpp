@@ -22,17 +22,14 @@ private Q_SLOTS:
         };
         row(0, "0 seconds", "", "00:00");
         row(1, "1 seconds", "1s", "00:01");
-        row(45, "45 seconds", "45s", "00:45");
         row(59, "59 seconds", "59s", "00:59");
         row(60, "1 minute", "1m", "01:00");
         row(75, "1 minute", "1m 15s", "01:15");
         row(119, "1 minute", "1m 59s", "01:59");
         row(120, "2 minutes", "2m", "02:00");
-        row(179, "2 minutes", "2m 59s", "02:59");
         row(3600, "60 minutes", "1h", "00:00");
         row(3605, "60 minutes", "1h 5s", "00:05");
         row(3661, "61 minutes", "1h 1m 1s", "01:01");
-        row(3700, "61 minutes", "1h 1m 40s", "01:40");
         row(5400, "90 minutes", "1h 30m", "30:00");
         row(7200, "120 minutes", "2h", "00:00");
         row(-5, "-5 seconds", "", "00:00");

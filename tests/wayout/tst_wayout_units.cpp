@@ -1,6 +1,5 @@
 // The parts of the ways out that stand alone: the start-small rewrite, the
-// stored password, the feedback upload against a webhook that misbehaves, and
-// the prompt outside the lock window.
+// stored password and the feedback upload against a webhook that misbehaves.
 
 #include "DebugLog.h"
 #include "enterPasswordVc.h"
@@ -37,6 +36,13 @@ QList<QJsonValue> durations(const QJsonValue& list)
     return out;
 }
 
+// The ports, texts and log the upload and the prompt are made with.
+struct Parts : FakePorts
+{
+    TextCatalogue texts;
+    DebugLog log{clock, {}};
+};
+
 } // namespace
 
 class WayOutUnitsTest : public QObject
@@ -50,22 +56,26 @@ private Q_SLOTS:
         QTest::addColumn<QList<QJsonValue>>("firstDurations"); // morning, evening, break: first element each
         QTest::addColumn<bool>("removed");
 
-        const auto doc = [](QJsonArray morning, QJsonArray evening, QJsonArray breaks) {
-            return QJsonObject{
-                {u"morningHabits"_s, morning}, {u"eveningHabits"_s, evening}, {u"breakActivities"_s, breaks}};
+        const auto row = [](const char* name, const QJsonArray& morning, const QJsonArray& evening,
+                            const QJsonArray& breaks, int morningCount, QList<QJsonValue> first,
+                            bool removed) {
+            const QJsonObject document{{u"morningHabits"_s, morning},
+                                       {u"eveningHabits"_s, evening},
+                                       {u"breakActivities"_s, breaks},
+                                       {u"startTime"_s, u"07:00"_s}};
+            QTest::newRow(name) << document << morningCount << first << removed;
         };
-        QTest::newRow("ten habits stay ten")
-            << doc(items(10, 60), items(2, 30), items(1, 10)) << 10 << QList<QJsonValue>{30, 30, 10} << false;
-        QTest::newRow("eleven become the first ten")
-            << doc(items(11, 10), items(1, 10), items(1, 10)) << 10 << QList<QJsonValue>{10, 10, 10} << true;
-        QTest::newRow("an evening removal sets the flag too")
-            << doc(items(3, 20), items(12, 45), items(1, 10)) << 3 << QList<QJsonValue>{20, 30, 10} << true;
-        QTest::newRow("a long break activity becomes 30")
-            << doc(items(1, 30), items(1, 31), items(4, 120)) << 1 << QList<QJsonValue>{30, 30, 30} << false;
-        QTest::newRow("a duration that is no whole number stays")
-            << doc(QJsonArray{QJsonObject{{u"durationSeconds"_s, 45.5}}}, items(0, 0),
-                   QJsonArray{QJsonObject{{u"durationSeconds"_s, u"90"_s}}})
-            << 1 << QList<QJsonValue>{45.5, QJsonValue(QJsonValue::Undefined), u"90"_s} << false;
+        const QJsonValue none(QJsonValue::Undefined);
+        row("ten habits stay ten", items(10, 60), items(2, 30), items(1, 10), 10, {30, 30, 10}, false);
+        row("eleven become the first ten", items(11, 10), items(1, 10), items(1, 10), 10, {10, 10, 10}, true);
+        row("an evening removal sets the flag too", items(3, 20), items(12, 45), items(1, 10), 3,
+            {20, 30, 10}, true);
+        row("a long break activity becomes 30", items(1, 30), items(1, 31), items(4, 120), 1, {30, 30, 30},
+            false);
+        row("a duration that is no whole number stays", {QJsonObject{{u"durationSeconds"_s, 45.5}}}, {},
+            {QJsonObject{{u"durationSeconds"_s, u"90"_s}}}, 1, {45.5, none, u"90"_s}, false);
+        QTest::newRow("absent lists stay absent") << QJsonObject{{u"morningHabits"_s, items(2, 90)}} << 2
+                                                  << QList<QJsonValue>{30, none, none} << false;
     }
 
     void startSmallRewrites()
@@ -92,15 +102,9 @@ private Q_SLOTS:
         }
         QCOMPARE(result.document.value(u"breakActivities"_s).toArray().size(),
                  document.value(u"breakActivities"_s).toArray().size());
-    }
-
-    void startSmallLeavesAbsentListsAbsent()
-    {
-        const QJsonObject document{{u"morningHabits"_s, items(2, 90)}, {u"startTime"_s, u"07:00"_s}};
-        const StartSmallResult result = startSmall(document);
-        QVERIFY(!result.document.contains(u"eveningHabits"_s));
-        QVERIFY(!result.document.contains(u"breakActivities"_s));
-        QCOMPARE(result.document.value(u"startTime"_s).toString(), u"07:00"_s);
+        // No list appears that was not there, and the rest of the document stays.
+        QCOMPARE(result.document.keys(), document.keys());
+        QCOMPARE(result.document.value(u"startTime"_s), document.value(u"startTime"_s));
     }
 
     void passwordCheck_data()
@@ -109,21 +113,20 @@ private Q_SLOTS:
         QTest::addColumn<QString>("entered");
         QTest::addColumn<int>("expected");
 
+        using enum password::Check;
+        const auto row = [](const char* name, const QVariant& stored, const QString& entered,
+                            password::Check c) { QTest::newRow(name) << stored << entered << int(c); };
         const auto encoded = [](const QString& text) {
-            return QVariant(QString::fromLatin1(text.toUtf8().toBase64()));
+            return QString::fromLatin1(text.toUtf8().toBase64());
         };
-        QTest::newRow("correct") << encoded(u"s3cret"_s) << u"s3cret"_s << int(password::Check::Correct);
-        QTest::newRow("case counts") << encoded(u"s3cret"_s) << u"S3cret"_s << int(password::Check::Wrong);
-        QTest::newRow("non-ASCII by exact text")
-            << encoded(u"grüße✓"_s) << u"grüße✓"_s << int(password::Check::Correct);
-        QTest::newRow("not base64") << QVariant(u"%%not base64%%"_s) << u"x"_s
-                                    << int(password::Check::Undecodable);
-        QTest::newRow("base64 of no UTF-8")
-            << QVariant(QString::fromLatin1(QByteArray("\xff\xfe\xfd").toBase64())) << u"x"_s
-            << int(password::Check::Undecodable);
-        QTest::newRow("not text at all")
-            << QVariant(QVariantList{1, 2}) << u"x"_s << int(password::Check::Undecodable);
-        QTest::newRow("no password") << QVariant() << u"x"_s << int(password::Check::NotSet);
+        row("correct", encoded(u"s3cret"_s), u"s3cret"_s, Correct);
+        row("case counts", encoded(u"s3cret"_s), u"S3cret"_s, Wrong);
+        row("non-ASCII by exact text", encoded(u"grüße✓"_s), u"grüße✓"_s, Correct);
+        row("not base64", u"%%not base64%%"_s, u"x"_s, Undecodable);
+        row("base64 of no UTF-8", QString::fromLatin1(QByteArray("\xff\xfe\xfd").toBase64()), u"x"_s,
+            Undecodable);
+        row("not text at all", QVariantList{1, 2}, u"x"_s, Undecodable);
+        row("no password", QVariant(), u"x"_s, NotSet);
     }
 
     void passwordCheck()
@@ -143,13 +146,11 @@ private Q_SLOTS:
 
     void uploadDocument()
     {
-        FakePorts f;
-        TextCatalogue texts;
-        texts.webhookUrl = u"https://hooks.example/velmora"_s;
-        DebugLog log(f.clock, {});
+        Parts f;
+        f.texts.webhookUrl = u"https://hooks.example/velmora"_s;
         f.preferences.setValue(keys::kUserdefaultsSelectedJson, uR"({"startTime": "07:00"})"_s);
         f.preferences.setValue(keys::kUserdefaultsFirstRunDate, QDateTime(QDate(2026, 3, 14), QTime(9, 0)));
-        FeedbackUpload upload(f.http, f.preferences, texts, f.clock, QString(), log);
+        FeedbackUpload upload(f.http, f.preferences, f.texts, f.clock, QString(), f.log);
 
         QObject context;
         bool done = false;
@@ -182,10 +183,10 @@ private Q_SLOTS:
         QTest::addColumn<int>("status"); // -1: the server never answers
         QTest::addColumn<qint64>("doneAfterMs");
 
-        QTest::newRow("server error") << u"https://hooks.example/x"_s << 500 << qint64(0);
-        QTest::newRow("unreachable") << u"https://hooks.example/x"_s << 0 << qint64(0);
-        QTest::newRow("never answers")
-            << u"https://hooks.example/x"_s << -1 << qint64(FeedbackUpload::kTimeoutMs);
+        const QString hook = u"https://hooks.example/x"_s;
+        QTest::newRow("server error") << hook << 500 << qint64(0);
+        QTest::newRow("unreachable") << hook << 0 << qint64(0);
+        QTest::newRow("never answers") << hook << -1 << qint64(FeedbackUpload::kTimeoutMs);
         QTest::newRow("no webhook") << QString() << -1 << qint64(0);
         QTest::newRow("not an address") << u"::not a url"_s << -1 << qint64(0);
     }
@@ -195,11 +196,9 @@ private Q_SLOTS:
         QFETCH(QString, webhook);
         QFETCH(int, status);
         QFETCH(qint64, doneAfterMs);
-        FakePorts f;
-        TextCatalogue texts;
-        texts.webhookUrl = webhook;
-        DebugLog log(f.clock, {});
-        FeedbackUpload upload(f.http, f.preferences, texts, f.clock, QString(), log, f.scheduler);
+        Parts f;
+        f.texts.webhookUrl = webhook;
+        FeedbackUpload upload(f.http, f.preferences, f.texts, f.clock, QString(), f.log, f.scheduler);
         QObject context;
         int done = 0;
         upload.getQuitJsonToUpload(std::nullopt, {}, u"The app is broken"_s, &context, [&done] { ++done; });
@@ -214,45 +213,6 @@ private Q_SLOTS:
             f.http.answer({.status = 200, .body = "1", .error = {}});
         f.scheduler.advance(FeedbackUpload::kTimeoutMs);
         QCOMPARE(done, 1);
-    }
-
-    void promptOutsideTheLock()
-    {
-        FakePorts f;
-        TextCatalogue texts;
-        DebugLog log(f.clock, {});
-        f.preferences.setValue(keys::kUserdefaultsAppPassword, u"***not base64***"_s);
-        enterPasswordVc prompt({f.preferences, f.clock, f.scheduler, log, texts});
-        QStringList alerts;
-        prompt.inform = [&alerts](const QString& title, const QString&) { alerts << title; };
-        prompt.confirm = [](const QString&, const QString&) { return true; };
-        int correct = 0, cancelled = 0;
-        prompt.onCorrect = [&correct] { ++correct; };
-        prompt.onCancel = [&cancelled] { ++cancelled; };
-        prompt.show();
-        prompt.viewWillAppear(false);
-
-        // An unreadable password lets nothing through, silently.
-        QTest::keyClicks(prompt.textFieldPassword, u"anything"_s);
-        prompt.btnOk->click();
-        QCOMPARE(correct, 0);
-        QVERIFY(prompt.isVisible());
-        prompt.textFieldPassword->clear();
-        prompt.btnOk->click();
-        QCOMPARE(alerts, QStringList{u"Password cannot be blank."_s});
-
-        // The reset is the way out: a day later both keys are gone.
-        QVERIFY(prompt.btnResetPassword->isVisible() && prompt.btnResetPassword->isEnabled());
-        prompt.btnResetPassword->click();
-        QCOMPARE(cancelled, 1);
-        QCOMPARE(f.preferences.date(keys::kUserdefaults24HoursClearPasswordTime), f.clock.now().addDays(1));
-        prompt.viewWillAppear(false);
-        QVERIFY(!prompt.btnResetPassword->isEnabled());
-        f.scheduler.advance(24 * 3600 * 1000 - 1);
-        QVERIFY(password::isSet(f.preferences));
-        f.scheduler.advance(1);
-        QVERIFY(!password::isSet(f.preferences));
-        QVERIFY(!f.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
     }
 };
 

@@ -7,7 +7,6 @@
 #include <QJsonDocument>
 #include <QLabel>
 #include <QPushButton>
-#include <QRandomGenerator>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QtTest>
@@ -58,33 +57,19 @@ QString activityRows(const FocusSummaryData& s)
     return out.join(u';');
 }
 
-QByteArray randomBytes(int size)
-{
-    QRandomGenerator random(20260314);
-    QByteArray bytes(size, '\0');
-    for (char& c : bytes)
-        c = static_cast<char>(random.bounded(256));
-    return bytes;
-}
-
 } // namespace
 
-static QStringList cells(const QTableWidget* table, int row)
+// The table's rows, cells joined by '|'.
+static QStringList cells(const QTableWidget* table)
 {
-    QStringList out;
-    for (int c = 0; c < table->columnCount(); ++c) {
-        const QTableWidgetItem* item = table->item(row, c);
-        out << (item ? item->text() : u"<unset>"_s);
+    QStringList rows;
+    for (int r = 0; r < table->rowCount(); ++r) {
+        QStringList row;
+        for (int c = 0; c < table->columnCount(); ++c)
+            row << (table->item(r, c) ? table->item(r, c)->text() : u"<unset>"_s);
+        rows << row.join(u'|');
     }
-    return out;
-}
-
-static QStringList headers(const QTableWidget* table)
-{
-    QStringList out;
-    for (int c = 0; c < table->columnCount(); ++c)
-        out << table->horizontalHeaderItem(c)->text();
-    return out;
+    return rows;
 }
 
 class FocusSummaryTest : public QObject
@@ -156,11 +141,11 @@ private Q_SLOTS:
             << QByteArray("Log type,Duration in seconds,Timestamp\nfocus block,120,2026-03-14 09:00:00\n")
             << "0h 2m 0s | /120// | ";
         QTest::newRow("damaged bytes hide only their own row")
-            << log({randomBytes(512) + '\n', row("focus block", "2026-03-14 09:00:00", "Deep", "60")})
+            << log({QByteArray("\xff\0focus block,\x80,,;\xfe\n", 20),
+                    row("focus block", "2026-03-14 09:00:00", "Deep", "60")})
             << "0h 1m 0s | Deep/60// | ";
         QTest::newRow("empty file") << QByteArray("") << "0h 0m 0s |  | ";
         QTest::newRow("missing file") << QByteArray() << "0h 0m 0s |  | ";
-        QTest::newRow("random bytes") << randomBytes(64 * 1024) << "0h 0m 0s |  | ";
     }
 
     void todaysRows()
@@ -188,37 +173,23 @@ private Q_SLOTS:
         screen.onContinue = [&continued] { ++continued; };
         screen.show();
 
+        // Collapsed at first: only the title and the button that opens the rest.
         screen.viewWillAppear(path, kBoundary);
         QCOMPARE(screen.lblTitle->text(), u"You completed 2 focus blocks today."_s);
-        QCOMPARE(screen.btnClickHere->text(), u"Click here to see what you achieved."_s);
-        QVERIFY(screen.btnClickHere->isVisible());
-        const QList<QWidget*> opened{screen.lblTotalFocusTime, screen.lblFocusSummary,
-                                     screen.lblActivitySummary, screen.scrollViewFocusSummary,
-                                     screen.scrollViewActivitySummary};
-        for (const QWidget* w : opened)
+        for (const QWidget* w : std::initializer_list<const QWidget*>{
+                 screen.lblTotalFocusTime, screen.lblFocusSummary, screen.lblActivitySummary,
+                 screen.scrollViewFocusSummary, screen.scrollViewActivitySummary})
             QVERIFY2(!w->isVisible(), qPrintable(w->objectName()));
-
         QTest::mouseClick(screen.btnClickHere, Qt::LeftButton);
         QVERIFY(!screen.btnClickHere->isVisible());
-        QVERIFY(screen.tblViewFocusSummary->isVisible());
-        QVERIFY(screen.tblViewActivitySummary->isVisible());
+        QVERIFY(screen.tblViewFocusSummary->isVisible() && screen.tblViewActivitySummary->isVisible());
         QCOMPARE(screen.lblTotalFocusTime->text(), u"Total focus time: 1h 1m 1s"_s);
-        QCOMPARE(screen.lblFocusSummary->text(), u"Focus Summary:"_s);
-        QCOMPARE(screen.lblActivitySummary->text(), u"Activity Summary:"_s);
 
         const QTableWidget* focus = screen.tblViewFocusSummary;
-        QCOMPARE(headers(focus), (QStringList{"Focus type", "Start Time", "Duration", "Work Achieved",
-                                              "Distractions encountered"}));
-        QCOMPARE(focus->rowCount(), 2);
-        QCOMPARE(cells(focus, 0), (QStringList{"Deep", "2026-03-14 06:59:00", "1h 1m 1s", "tests", "mail"}));
-        QCOMPARE(cells(focus, 1), (QStringList{"Write", "2026-03-14 06:59:00", "<unset>", "draft", ""}));
-
+        QCOMPARE(cells(focus), (QStringList{"Deep|2026-03-14 06:59:00|1h 1m 1s|tests|mail",
+                                            "Write|2026-03-14 06:59:00|<unset>|draft|"}));
         const QTableWidget* activities = screen.tblViewActivitySummary;
-        QCOMPARE(headers(activities),
-                 (QStringList{"Activity", "Total Quantity", "Average", "Max", "Min", "Total Duration"}));
-        QCOMPARE(activities->rowCount(), 2);
-        QCOMPARE(cells(activities, 0), (QStringList{"Pushups", "10", "5", "12", "-2", "2m"}));
-        QCOMPARE(cells(activities, 1), (QStringList{"Walk", "0", "0", "0", "0", "5m"}));
+        QCOMPARE(cells(activities), (QStringList{"Pushups|10|5|12|-2|2m", "Walk|0|0|0|0|5m"}));
 
         // Every appearance reads the file and the catalogue anew and starts collapsed; a
         // catalogue text that is no text keeps the built-in one.
@@ -229,8 +200,7 @@ private Q_SLOTS:
                                 .object());
         screen.viewWillAppear(path, kBoundary);
         QCOMPARE(screen.lblTitle->text(), u"3 blocks"_s);
-        QVERIFY(screen.btnClickHere->isVisible());
-        QVERIFY(!screen.tblViewFocusSummary->isVisible());
+        QVERIFY(screen.btnClickHere->isVisible() && !screen.tblViewFocusSummary->isVisible());
         QTest::mouseClick(screen.btnClickHere, Qt::LeftButton);
         QCOMPARE(screen.lblTotalFocusTime->text(), u"Focused 1h 2m 1s"_s);
         QCOMPARE(screen.btnContinue->text(), u"On"_s);

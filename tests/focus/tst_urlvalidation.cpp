@@ -17,42 +17,27 @@ private Q_SLOTS:
         QTest::addColumn<QString>("address");
         QTest::addColumn<bool>("matches");
 
-        QTest::newRow("fragment matches the www host") << "example"
-                                                       << "https://www.example.org/a" << true;
-        QTest::newRow("fragment matches a subdomain") << "example.org"
-                                                      << "https://m.example.org/" << true;
-        QTest::newRow("full address means its host, any path") << "https://www.example.org/feed"
-                                                               << "https://example.org/other?q=1" << true;
-        QTest::newRow("star form used as given: not the bare domain") << "*.example.org"
-                                                                      << "https://example.org/" << false;
-        QTest::newRow("star form: a subdomain") << "*.example.org"
-                                                << "https://video.example.org/" << true;
-        QTest::newRow("file entry: the whole address, exactly") << "file:///Users/"
-                                                                << "file:///Users/" << true;
-        QTest::newRow("file entry: a longer address is no match") << "file:///Users/"
-                                                                  << "file:///Users/me/a.html" << false;
-        QTest::newRow("file entry with star") << "file:///Users/*"
-                                              << "file:///Users/me/a.html" << true;
-        QTest::newRow("file entry: address without ://") << "file:*"
-                                                         << "about:blank" << false;
-        QTest::newRow("case differs: no match") << "Example"
-                                                << "https://example.org/" << false;
-        QTest::newRow("no host: *x* fails") << "*x*"
-                                            << "about:blank" << false;
-        QTest::newRow("no host: * passes") << "*"
-                                           << "about:blank" << true;
-        QTest::newRow("www in the entry stays, the host loses it") << "www.example.org"
-                                                                   << "https://www.example.org/" << false;
-        QTest::newRow("entry with http but no scheme names no host: all match")
-            << "httpbin.org"
-            << "https://elsewhere.test/" << true;
-        QTest::newRow("question mark is one character") << "exam?le"
-                                                        << "https://example.org/" << true;
-        QTest::newRow("devtools is an address like any other")
-            << "devtools"
-            << "devtools://devtools/bundled/inspector.html" << true;
-        QTest::newRow("other site") << "example.org"
-                                    << "https://example.com/" << false;
+        const auto row = [](const char* name, const char* entry, const char* address, bool matches) {
+            QTest::newRow(name) << QString(entry) << QString(address) << matches;
+        };
+        row("fragment matches the www host", "example", "https://www.example.org/a", true);
+        row("fragment matches a subdomain", "example.org", "https://m.example.org/", true);
+        row("full address: its host, any path", "https://www.example.org/feed",
+            "https://example.org/other?q=1", true);
+        row("star form used as given: not the bare domain", "*.example.org", "https://example.org/", false);
+        row("star form: a subdomain", "*.example.org", "https://video.example.org/", true);
+        row("file entry: the whole address, exactly", "file:///Users/", "file:///Users/", true);
+        row("file entry: a longer address is no match", "file:///Users/", "file:///Users/me/a.html", false);
+        row("file entry with star", "file:///Users/*", "file:///Users/me/a.html", true);
+        row("file entry: address without ://", "file:*", "about:blank", false);
+        row("case differs: no match", "Example", "https://example.org/", false);
+        row("no host: *x* fails", "*x*", "about:blank", false);
+        row("no host: * passes", "*", "about:blank", true);
+        row("www stays in the entry, not the host", "www.example.org", "https://www.example.org/", false);
+        row("http without scheme: all match", "httpbin.org", "https://elsewhere.test/", true);
+        row("question mark is one character", "exam?le", "https://example.org/", true);
+        row("devtools is an address", "devtools", "devtools://devtools/bundled/inspector.html", true);
+        row("other site", "example.org", "https://example.com/", false);
     }
     void isUrlValid()
     {
@@ -66,20 +51,16 @@ private Q_SLOTS:
     {
         QTest::addColumn<QString>("address");
         QTest::addColumn<QString>("domain");
-        QTest::newRow("www removed") << "https://www.example.org/x"
-                                     << "example.org";
-        QTest::newRow("every www removed") << "https://sub.www.example.www.org"
-                                           << "sub.example.org";
-        QTest::newRow("no scheme, no host") << "example.org"
-                                            << "";
-        QTest::newRow("not an address") << "not an address"
-                                        << "";
-        QTest::newRow("file address") << "file:///home/me/a.html"
-                                      << "";
-        QTest::newRow("port dropped") << "http://127.0.0.1:8080/a"
-                                      << "127.0.0.1";
-        QTest::newRow("empty") << ""
-                               << "";
+        const auto row = [](const char* name, const char* address, const char* domain) {
+            QTest::newRow(name) << QString(address) << QString(domain);
+        };
+        row("www removed", "https://www.example.org/x", "example.org");
+        row("every www removed", "https://sub.www.example.www.org", "sub.example.org");
+        row("no scheme, no host", "example.org", "");
+        row("not an address", "not an address", "");
+        row("file address", "file:///home/me/a.html", "");
+        row("port dropped", "http://127.0.0.1:8080/a", "127.0.0.1");
+        row("empty", "", "");
     }
     void getDomainFromUrl()
     {

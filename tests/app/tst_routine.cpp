@@ -7,8 +7,8 @@
 #include "logQuantityVc.h"
 #include "MessageCapture.h"
 #include "rememberNextHabitVc.h"
-#include "Style.h"
 #include "StatusItem.h"
+#include "Style.h"
 #include "thirdVc.h"
 #include "timerViewcontroller.h"
 #include "ViewController.h"
@@ -242,40 +242,6 @@ private Q_SLOTS:
         QCOMPARE(rows.size(), 2);
         QVERIFY(rows[0].startsWith(u"evening routine,Tidy,40,,,"_s));
         QVERIFY(rows[1].startsWith(u"evening routine,Journal,50,How many pages of <activity>?,3,"_s));
-    }
-
-    void welcomeFlowHasNoAbortButtonAndStartsTheTickAfterUnlock()
-    {
-        AppFixture f(kMorning);
-        f.fakes.preferences.remove(keys::kUserdefaultsFirstRun);
-        AppDelegate& app = f.launch(at(23, QTime(15, 0)));
-        ViewController& vc = app.viewController();
-        firstViewController& overview = vc.firstViewControllerObj();
-        QVERIFY(app.state().isFirstRun);
-        QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date(), QDate(2026, 11, 23));
-        QVERIFY(!vc.btnAbort->isVisible());
-        QVERIFY(overview.btnStartFirstHabit->isVisible()); // no countdown on the welcome screen
-        QVERIFY(overview.tblViewHabits->isHidden());
-        click(overview.btnStartFirstHabit);
-        QVERIFY(!vc.btnAbort->isVisible());
-        QCOMPARE(app.state().currentState, CURRENTSTATE::_BREATHING_);
-        const int seconds = app.state().introActivity->durationSeconds;
-        QVERIFY(seconds > 0);
-        f.fakes.scheduler.advance(seconds * 1000);
-        thirdVc& progress = vc.thirdVcObj();
-        QVERIFY(progress.boxBreathingFinished->isVisible());
-        QCOMPARE(progress.btnMain->text(), u"Unlock the machine"_s);
-        QVERIFY(!vc.btnAbort->isVisible());
-        QVERIFY(!app.isTickRunning());
-        click(progress.btnMain);
-        f.fakes.scheduler.advance(3'000);
-        QVERIFY(!app.mainWindow().isVisible());
-        QVERIFY(app.isTickRunning());
-        QVERIFY(!app.state().isFirstRun);
-        QVERIFY(f.usageRows().isEmpty()); // the intro never reaches the usage log
-        // No morning routine follows on the day of the first run.
-        f.fakes.scheduler.advanceTo(QTime(21, 0));
-        QCOMPARE(f.logCount(u"Showing morning habits."_s), 0);
     }
 
     void quantityFieldKeepsAWholeNumber_data()

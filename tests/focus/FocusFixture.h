@@ -23,6 +23,11 @@ struct FocusFixture : AppFixture
 
     AppDelegate& start(const QTime& time = QTime(10, 0)) { return launch(at(23, time)); }
     FocusEngine& engine() { return app->focusEngine(); }
+    // A block of "Work" started from its dialog.
+    void startWork(int minutes)
+    {
+        engine().session().start(kWork, minutes, {}, FocusSession::Origin::Dialog);
+    }
 
     // The usage log's rows, without its header.
     QStringList rows() const

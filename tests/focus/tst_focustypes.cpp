@@ -1,9 +1,26 @@
+// The list of focus types (its repair at launch, names, copies, colours, the rules the
+// blockers read) and the focus tab that edits it, on fake preferences and a fake desktop.
+
+#include "addApplicationVc.h"
+#include "addFocusTypeVc.h"
+#include "addWebUrlVc.h"
+#include "blockedUrlsVc.h"
 #include "DebugLog.h"
+#include "FakeBrowserTabs.h"
 #include "FakePorts.h"
+#include "focusPreferencesVc.h"
 #include "FocusTypeList.h"
 #include "PreferenceKeys.h"
+#include "TextCatalogue.h"
 
+#include <QAbstractButton>
+#include <QCheckBox>
 #include <QFile>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QPushButton>
+#include <QRadioButton>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -34,6 +51,38 @@ const QString kDefault = focus::kDefaultTypeName;
 const QString kMeetings = focus::kMeetingsTypeName;
 
 } // namespace
+
+// The focus tab on fake preferences and a fake desktop. Alerts are recorded
+// instead of shown: "title|text" for a notice, the question for a confirmation.
+struct Screens
+{
+    FakeClock clock;
+    MemoryPreferences preferences;
+    DebugLog log{clock, QString()};
+    TextCatalogue texts;
+    FakeWorkspace workspace;
+    QVariantList types;
+    QStringList blocked{u"example.org"_s};
+    FocusTypeList list{types, preferences, log};
+    FocusPreferencesContext ctx{list, blocked, preferences, texts, log, &workspace};
+    focusPreferencesVc tab{ctx};
+    QStringList alerts;
+    bool answer = true;
+
+    Screens()
+    {
+        preferences.setValue(u"kUserdefaultsArrFocusTypes"_s,
+                             QVariantList{focus::makeUserType(u"Work"_s, u"3D8B6E"_s)});
+        list.load(); // Work, Meetings, default
+        tab.inform = [this](const QString& title, const QString& text) { alerts << title + u'|' + text; };
+        tab.ask = [this](const QString& question, const QString&, const QString&) {
+            alerts << question;
+            return answer;
+        };
+        tab.resize(900, 640);
+        tab.show();
+    }
+};
 
 class FocusTypesTest : public QObject
 {
@@ -207,7 +256,252 @@ private Q_SLOTS:
         QVERIFY(!types.isAllowedAllUrlsInFocus());
         QCOMPARE(types.allowUrl(), QStringList{u"example.org"_s});
     }
+
+    void removalRefusalsSayWhy_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("on");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QString>("alert");
+        QTest::addColumn<int>("left");
+        const QString builtIn = u"Can not delete.|The Default focus type cannot be deleted."_s;
+        const QString confirm = u"Are you sure you want to delete the selected Focus type?"_s;
+        QTest::newRow("default") << 2 << false << true << builtIn << 3;
+        QTest::newRow("meetings, in the default's words") << 1 << false << true << builtIn << 3;
+        QTest::newRow("running") << 0 << true << true
+                                 << u"Focus mode is on. Please abort the focus mode to delete it.|"_s << 3;
+        QTest::newRow("confirmed") << 0 << false << true << confirm << 2;
+        QTest::newRow("declined") << 0 << false << false << confirm << 3;
+    }
+
+    void removalRefusalsSayWhy()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, on);
+        QFETCH(bool, yes);
+        QFETCH(QString, alert);
+        QFETCH(int, left);
+        Screens s;
+        s.list.setOn(row, on);
+        s.answer = yes;
+        s.tab.selectRow(row);
+        s.tab.btnRemoveFocusType->click();
+        QCOMPARE(s.alerts, QStringList{alert});
+        QCOMPARE(s.list.count(), left);
+        QCOMPARE(s.tab.tblViewFocusType->count(), left);
+    }
+
+    void typeSheetRefusesClashingNames_data()
+    {
+        QTest::addColumn<int>("editRow"); // -1: adding
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("adding another case") << -1 << u"WORK"_s << true;
+        QTest::newRow("adding a built-in's name") << -1 << u"meetings"_s << true;
+        QTest::newRow("adding a new name") << -1 << u"Reading"_s << false;
+        QTest::newRow("renaming to another case") << 0 << u"work"_s << false;
+        QTest::newRow("renaming to a built-in's name") << 0 << u"Meetings"_s << true;
+    }
+
+    void typeSheetRefusesClashingNames()
+    {
+        QFETCH(int, editRow);
+        QFETCH(QString, name);
+        QFETCH(bool, refused);
+        Screens s;
+        if (editRow < 0) {
+            s.tab.btnAddFocusType->click();
+        } else {
+            s.tab.selectRow(editRow);
+            s.tab.tableRowFocusTypeDoubleClicked(editRow);
+        }
+        addFocusTypeVc& sheet = *s.tab.addFocusTypeVcObj;
+        QVERIFY(sheet.isVisible());
+        QVERIFY(!sheet.btnAdd->isEnabled());
+        sheet.textFieldFocusType->clear();
+        QTest::keyClicks(sheet.textFieldFocusType, name);
+        QTest::keyClick(sheet.textFieldFocusType, Qt::Key_Return); // the main button's key
+        QCOMPARE(sheet.isVisible(), refused);
+        QCOMPARE(sheet.lblError->isVisible(), refused);
+        if (refused) {
+            QCOMPARE(sheet.lblError->text(), u"Focus type with the same name already exist."_s);
+            return;
+        }
+        const int row = editRow < 0 ? 1 : editRow; // added just before the built-in types' end
+        QCOMPARE(s.list.name(editRow < 0 ? s.list.count() - 2 : row), name);
+        QCOMPARE(s.list.count(), editRow < 0 ? 4 : 3);
+        QVERIFY(s.list.isDefault(s.list.count() - 1));
+    }
+
+    void urlSheetRules_data()
+    {
+        QTest::addColumn<bool>("focusList");
+        QTest::addColumn<int>("editRow"); // -1: adding
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("error"); // empty: accepted
+        QTest::newRow("only stars, focus list")
+            << true << -1 << u"***"_s
+            << u"If you want to allow all urls please select \"Allow all urls\" instead."_s;
+        QTest::newRow("only stars, blocked list")
+            << false << -1 << u"***"_s << u"Adding * will block all urls. Please use another combination."_s;
+        QTest::newRow("a star with more") << false << -1 << u"*.example.com"_s << QString();
+        QTest::newRow("duplicate ignoring case")
+            << false << -1 << u"Example.ORG"_s << u"Example.ORG already exists in the list."_s;
+        QTest::newRow("editing without a change") << false << 0 << u"example.org"_s << QString();
+        QTest::newRow("blanks pass") << true << -1 << u"   "_s << QString();
+    }
+
+    void browsersFollowTheirExtension()
+    {
+        Screens s;
+        FakeBrowserTabs tabs;
+        s.ctx.browserTabs = &tabs;
+        blockedUrlsVc blockedTab(s.ctx);
+        blockedTab.show();
+        QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(),
+                 u"Chromium: not connected (see “Browsers” in the README)"_s);
+        tabs.connected = {u"chromium"_s};
+        Q_EMIT tabs.connectionsChanged();
+        QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(), u"Chromium: connected"_s);
+    }
+
+    void urlSheetRules()
+    {
+        QFETCH(bool, focusList);
+        QFETCH(int, editRow);
+        QFETCH(QString, typed);
+        QFETCH(QString, error);
+        Screens s;
+        blockedUrlsVc blockedTab(s.ctx);
+        addWebUrlVc* sheet = s.tab.addWebUrlVcObj;
+        if (focusList) {
+            s.tab.selectRow(0);
+            s.tab.radioBtnAllowSelectedUrls->click();
+            s.tab.btnAddUrl->click();
+        } else {
+            sheet = blockedTab.addWebUrlVcObj;
+            blockedTab.show();
+            if (editRow < 0)
+                blockedTab.btnAddUrl->click();
+            else
+                blockedTab.tableRowAllowedUrlsDoubleClicked(editRow);
+        }
+        QVERIFY(sheet->isVisible());
+        sheet->textField->clear();
+        QTest::keyClicks(sheet->textField, typed);
+        sheet->btnAdd->click();
+        QCOMPARE(sheet->lblInvalidDomain->isVisible(), !error.isEmpty());
+        if (!error.isEmpty()) {
+            QCOMPARE(sheet->lblInvalidDomain->text(), error);
+            return;
+        }
+        const QStringList entries = focusList ? s.list.urlsArray(0) : s.blocked;
+        QVERIFY(entries.contains(typed));
+        QCOMPARE(s.preferences.stringList(u"kUserdefaultsArrBlockedUrls"_s).has_value(), !focusList);
+    }
+
+    void switchLeadsToTheDialogsOfTheBlock_data()
+    {
+        QTest::addColumn<int>("runningRow"); // -1: no block
+        QTest::addColumn<bool>("sheetUp");
+        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<bool>("checked");
+        QTest::newRow("turned on") << -1 << false << u"start 0 Work"_s << false;
+        QTest::newRow("turned on under the discouraging sheet") << -1 << true << QString() << false;
+        QTest::newRow("turned on while another runs")
+            << 1 << false
+            << u"A focus mode is already running. Please abort the running focus mode to start a new one.|"_s
+            << false;
+        QTest::newRow("turned off") << 0 << false << u"abort"_s << true;
+        QTest::newRow("turned off under the discouraging sheet") << 0 << true << QString() << true;
+    }
+
+    void switchLeadsToTheDialogsOfTheBlock()
+    {
+        QFETCH(int, runningRow);
+        QFETCH(bool, sheetUp);
+        QFETCH(QString, outcome);
+        QFETCH(bool, checked);
+        Screens s;
+        QStringList calls;
+        s.tab.showStartingFocusMode = [&](int row, const QString& name) {
+            calls << u"start %1 %2"_s.arg(row).arg(name);
+        };
+        s.tab.showAbortingFocusModeVc = [&] { calls << u"abort"_s; };
+        s.tab.isDiscourageSheetShown = [&] { return sheetUp; };
+        s.list.setOn(runningRow, true);
+        s.tab.selectRow(0);
+        s.tab.reloadData();
+        QVERIFY(s.tab.toggleButton->isEnabled());
+        s.tab.toggleButton->click();
+        QCOMPARE((calls + s.alerts).join(u';'), outcome);
+        QCOMPARE(s.tab.toggleButton->isChecked(), checked);
+    }
+
+    void applicationsComeFromTheDesktop()
+    {
+        Screens s;
+        s.workspace.installed = {
+            {u"firefox"_s, u"Firefox"_s, u"/usr/share/applications/firefox.desktop"_s, u"firefox"_s},
+            {u"gimp"_s, u"GNU Image Manipulation Program"_s, u"/usr/share/applications/gimp.desktop"_s, {}},
+            {u"xterm"_s, u"XTerm"_s, u"/usr/share/applications/xterm.desktop"_s, {}}};
+        s.tab.selectRow(0);
+        s.tab.radioBtnAllowSelectedApps->click();
+        s.tab.btnAddApp->click();
+        addApplicationVc& chooser = *s.tab.addApplicationVcObj;
+        QCOMPARE(chooser.tblViewApplications->count(), 3);
+        QTest::keyClicks(chooser.textFieldSearch, u"image"_s);
+        QCOMPARE(chooser.tblViewApplications->findItems(u"GNU"_s, Qt::MatchStartsWith)[0]->isHidden(), false);
+        QCOMPARE(chooser.tblViewApplications->item(0)->isHidden(), true);
+        chooser.tblViewApplications->item(1)->setSelected(true);
+        QTest::keyClick(chooser.textFieldSearch, Qt::Key_Return);
+        QCOMPARE(s.list.appsArray(0), QStringList{u"/usr/share/applications/gimp.desktop"_s});
+        QCOMPARE(s.tab.tblViewAllowedApps->item(0)->text(), u"GNU Image Manipulation Program"_s);
+
+        // The same entry from another folder, through the file chooser, is refused.
+        s.tab.btnAddApp->click();
+        chooser.chooseDesktopFiles = [] {
+            return QStringList{u"/home/me/.local/share/applications/GIMP.desktop"_s};
+        };
+        chooser.btnOtherFile->click();
+        QCOMPARE(s.alerts, QStringList{u"Some of the apps selected are already present in the list.|"_s});
+        QCOMPARE(s.list.appsArray(0).size(), 1);
+    }
+
+    void everyControlIsReachableAndNamedAsItReads()
+    {
+        Screens s;
+        s.tab.showStartingFocusMode = [](int, const QString&) {};
+        s.tab.showAbortingFocusModeVc = [] {};
+        s.tab.selectRow(0);
+        s.tab.radioBtnAllowSelectedApps->click();
+        s.tab.radioBtnAllowSelectedUrls->click();
+        s.list.addUrl(0, u"example.org"_s);
+        s.tab.reloadData();
+        s.tab.tblViewAllowedUrls->setCurrentRow(0);
+
+        QSet<QWidget*> chain;
+        for (QWidget* w = s.tab.nextInFocusChain(); w != &s.tab; w = w->nextInFocusChain())
+            chain.insert(w);
+        for (QWidget* w : s.tab.findChildren<QWidget*>()) {
+            if (w->isVisible() && w->isEnabled() && (w->focusPolicy() & Qt::TabFocus))
+                QVERIFY2(chain.contains(w), qPrintable(w->objectName()));
+            if (auto* b = qobject_cast<QAbstractButton*>(w))
+                QCOMPARE(b->accessibleName(), b->text());
+        }
+        for (QListWidget* list : s.tab.findChildren<QListWidget*>()) {
+            if (list->window() != &s.tab)
+                continue; // the sheets' lists are named when they open
+            QVERIFY(!list->accessibleName().isEmpty());
+            for (int i = 0; i < list->count(); ++i)
+                QCOMPARE(list->item(i)->data(Qt::AccessibleTextRole).toString(), list->item(i)->text());
+        }
+        s.tab.tableRowFocusTypeDoubleClicked(0);
+        const addFocusTypeVc& sheet = *s.tab.addFocusTypeVcObj;
+        QCOMPARE(sheet.colorWell->accessibleName(), u"#3D8B6E"_s);
+        QCOMPARE(sheet.colorWell->text(), u"#3D8B6E"_s);
+    }
 };
 
-QTEST_GUILESS_MAIN(FocusTypesTest)
+QTEST_MAIN(FocusTypesTest)
 #include "tst_focustypes.moc"

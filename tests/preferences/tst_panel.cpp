@@ -1,5 +1,5 @@
 // The tray panel, office mode, the preferences window behind its password, the
-// password tab, the uninstall tab and the export of the usage log.
+// password tab, the settings editor, the uninstall tab and the export of the usage log.
 
 #include "AppFixture.h"
 #include "enterPasswordVc.h"
@@ -8,6 +8,7 @@
 #include "PasswordStore.h"
 #include "passwordVc.h"
 #include "preferencesWindowController.h"
+#include "selectJsonVc.h"
 #include "StatusItem.h"
 #include "uninstallVc.h"
 
@@ -20,6 +21,7 @@
 #include <QJsonObject>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPlainTextEdit>
 #include <QPushButton>
 #include <QTabWidget>
 #include <QtTest>
@@ -45,11 +47,45 @@ void write(const QString& path, const QByteArray& data)
     file.write(data);
 }
 
+const QString kValid = QStringLiteral(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
+  "eveningHabits": [], "breakActivities": [], "breakAfterMinutes": 45, "startTime": "07:00"})");
+const QString kCannotValidate = QStringLiteral("Your settings can not be validated.");
+const QString kNotValid = QStringLiteral("Sorry it seems like your settings aren’t valid.");
+const QString kValidated = QStringLiteral("Your settings have been validated and will be applied now.");
+
 } // namespace
 
 class PanelTest : public QObject
 {
     Q_OBJECT
+    std::unique_ptr<AppFixture> ed; // the program of the settings editor's tests
+    QStringList alerts;             // message, then details
+
+    // The program with Preferences → Settings open; a configuration server when asked.
+    selectJsonVc& open(bool server = false)
+    {
+        ed = std::make_unique<AppFixture>();
+        ed->fakes.preferences.setValue(QStringLiteral("kUserdefaultsSelectedJson"), kValid);
+        if (server)
+            ed->catalogue = "{\"deployment\": {\"configServer\": \"http:/"
+                            "/127.0.0.1:9/\"}}";
+        ed->launch(at(23, QTime(12, 0)));
+        while (!ed->fakes.http.requests.isEmpty()) // the catalogue: the packaged one will do
+            ed->fakes.http.answer(HttpReply{404, {}, {}});
+        alerts.clear();
+        auto& window = ed->app->preferencesWindowControllerObj();
+        window.selectJsonVcObj->inform = [this](const QString& message, const QString& details) {
+            alerts << message << details;
+        };
+        window.menuItem_Preferences();
+        window.preferencesTabViewController->setCurrentIndex(preferencesWindowController::SettingsEditorTab);
+        return *window.selectJsonVcObj;
+    }
+    QString stored() const
+    {
+        return *ed->fakes.preferences.string(QStringLiteral("kUserdefaultsSelectedJson"));
+    }
+
 private Q_SLOTS:
     void rowsFollowTheState_data()
     {
@@ -93,7 +129,6 @@ private Q_SLOTS:
         for (QPushButton* row : {menu.boxPreferences, menu.boxExportStatistics, menu.boxCheckForUpdates,
                                  menu.boxEnableOfficeMode, menu.boxQuit})
             QVERIFY2(row->isVisible(), qPrintable(row->text()));
-        QCOMPARE(menu.boxQuit->text(), u"Quit"_s);
 
         // A click on a row closes the panel before the row acts.
         if (!reactivateShown) {
@@ -146,10 +181,9 @@ private Q_SLOTS:
         menuViewController& menu = app.menuViewControllerObj();
         int asked = 0;
         QStringList told;
-        menu.ask = [&](const QString& text, const QString& yes, const QString&) {
+        menu.ask = [&](const QString& text, const QString&, const QString&) {
             ++asked;
             [&] { QVERIFY(text.startsWith(u"You don't have any office friendly break activities"_s)); }();
-            [&] { QCOMPARE(yes, u"Yeah sounds good"_s); }();
             return answerYes;
         };
         menu.inform = [&](const QString& title, const QString&) { told << title; };
@@ -229,10 +263,8 @@ private Q_SLOTS:
         RunState state;
         DebugLog log(fakes.clock, {});
         TextCatalogue texts;
-        menuViewController menu({{state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts},
-                                 fakes.http,
-                                 QString(),
-                                 QUrl(server)});
+        const PreferencesContext context{state, fakes.preferences, fakes.clock, fakes.scheduler, log, texts};
+        menuViewController menu({context, fakes.http, {}, QUrl(server)});
         QStringList messages;
         menu.inform = [&](const QString&, const QString& text) { messages << text; };
 
@@ -478,6 +510,131 @@ private Q_SLOTS:
         const QStringList afterExport = snapshot();
         app.menuItem_ExportStatistics();
         QCOMPARE(snapshot(), afterExport);
+    }
+
+    void advancedFace_data()
+    {
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<bool>("expectStored");
+        QTest::addColumn<QString>("expectInView");
+        QTest::addColumn<QStringList>("expectAlert"); // message, then what the details hold
+
+        QString curly = kValid;
+        curly.replace(QStringLiteral("\"Water\""), QStringLiteral("“Water”"));
+        QString wrong = kValid;
+        wrong.replace(QStringLiteral("30}"), QStringLiteral("\"30\"}"))
+            .replace(QStringLiteral("45"), QStringLiteral("0"));
+        const QString broken = QStringLiteral("{\"morningHabits\": [\n  {\"name\": \"Water\",}\n]}");
+        QTest::newRow("valid, stored as typed") << kValid + u' ' << true << kValid + u' ' << QStringList();
+        QTest::newRow("smart quotes made plain") << curly << true << kValid << QStringList();
+        QTest::newRow("parse failure keeps the text") << broken << false << broken << QStringList();
+        QTest::newRow("schema errors listed by path")
+            << wrong << false << wrong
+            << QStringList{kNotValid, QStringLiteral("breakAfterMinutes: "),
+                           QStringLiteral("morningHabits[0].durationSeconds: ")};
+        QTest::newRow("an array is checked as an empty object")
+            << QStringLiteral("[1]") << false << QStringLiteral("[1]") << QStringList{kNotValid};
+    }
+    void advancedFace()
+    {
+        QFETCH(QString, typed);
+        QFETCH(bool, expectStored);
+        QFETCH(QString, expectInView);
+        QFETCH(QStringList, expectAlert);
+        selectJsonVc& editor = open();
+        QCOMPARE(editor.textViewJson->toPlainText(), kValid); // the tab shows what is stored
+        editor.btnAdvanced->click();
+        QVERIFY(editor.textscrollView->isVisible() && !editor.btnAdvanced->isVisible());
+        QVERIFY(QFontInfo(editor.textViewJson->font()).fixedPitch());
+        editor.textViewJson->setPlainText(typed);
+        editor.btnSave->click();
+
+        QCOMPARE(stored(), expectStored ? expectInView : kValid);
+        QCOMPARE(ed->fakes.launcher.restarts, expectStored ? 1 : 0);
+        QCOMPARE(editor.textViewJson->toPlainText(), expectInView);
+        QCOMPARE(alerts.isEmpty(), expectAlert.isEmpty());
+        for (qsizetype i = 0; i < expectAlert.size(); ++i)
+            QVERIFY2(alerts.value(qMin(i, qsizetype(1))).contains(expectAlert[i]),
+                     qPrintable(alerts.join(u'|')));
+        QCOMPARE(editor.lblParseError->text().isEmpty(), !typed.contains(QLatin1String(",}")));
+    }
+
+    // What the page posts: stored pretty-printed after the alert, or refused.
+    void pageMessage_data()
+    {
+        QTest::addColumn<QVariant>("body");
+        QTest::addColumn<QString>("expectAlert");
+        QTest::newRow("valid") << QVariant(kValid) << kValidated;
+        QTest::newRow("not JSON") << QVariant(QStringLiteral("{morning")) << kNotValid;
+        QTest::newRow("not text") << QVariant(42) << kNotValid;
+    }
+    void pageMessage()
+    {
+        QFETCH(QVariant, body);
+        QFETCH(QString, expectAlert);
+        selectJsonVc& editor = open();
+        editor.messageHandler->postMessage(QStringLiteral("setting_saved"), body);
+        QVERIFY2(alerts.value(0).startsWith(expectAlert), qPrintable(alerts.join(u'|')));
+        const bool saved = expectAlert == kValidated;
+        const QJsonDocument pretty(QJsonDocument::fromJson(kValid.toUtf8()));
+        QCOMPARE(stored(), saved ? QString::fromUtf8(pretty.toJson(QJsonDocument::Indented)) : kValid);
+        QCOMPARE(ed->fakes.launcher.restarts, saved ? 1 : 0);
+    }
+
+    // A configured server's schema decides; one that fails it lets nothing be stored.
+    void schemaFromServer_data()
+    {
+        QTest::addColumn<HttpReply>("reply");
+        QTest::addColumn<bool>("viaPage");
+        QTest::addColumn<QString>("expectDetails"); // null: the document is stored
+        const auto row = [](const char* name, const HttpReply& reply, bool viaPage, const QString& details) {
+            QTest::newRow(name) << reply << viaPage << details;
+        };
+        const QString unreadable = QStringLiteral("The settings schema cannot be read");
+        row("hangs until the time-out", {0, {}, QStringLiteral("Operation timed out")}, false, QString(""));
+        row("garbage", {200, "<html>502 Bad Gateway</html>", {}}, false, QString(""));
+        row("not found, from the page", {404, {}, {}}, true, QString(""));
+        row("schema valijson cannot parse", {200, R"({"type": 12})", {}}, false, unreadable);
+        const QByteArray remote = "{\"$ref\": \"http:/" // split: moc reads the two slashes as a comment
+                                  "/127.0.0.1:9/other.json\"}";
+        row("remote reference, from the page", {200, remote, {}}, true, unreadable);
+        row("the server's own rules", {200, R"({"required": ["eveningHabits"]})", {}}, false, QString());
+    }
+
+    void schemaFromServer()
+    {
+        QFETCH(HttpReply, reply);
+        QFETCH(bool, viaPage);
+        QFETCH(QString, expectDetails);
+        selectJsonVc& editor = open(true);
+        auto& window = ed->app->preferencesWindowControllerObj();
+        if (viaPage) {
+            editor.messageHandler->postMessage(QStringLiteral("setting_saved"), kValid);
+        } else {
+            editor.btnAdvanced->click();
+            editor.textViewJson->setPlainText(kValid);
+            editor.btnSave->click();
+        }
+        QCOMPARE(ed->fakes.http.requests.size(), 1);
+        QCOMPARE(ed->fakes.http.requests[0].url.path(), QStringLiteral("/config/settings-schema.json"));
+        QVERIFY(ed->fakes.http.requests[0].timeoutMs <= 60'000);
+        QVERIFY(editor.isGettingSchema && !editor.btnSave->isEnabled());
+        QVERIFY(!window.windowShouldClose()); // while it runs the window stays open
+        QVERIFY(window.isVisible());
+
+        ed->fakes.http.answer(reply);
+        QVERIFY(!editor.isGettingSchema);
+        QCOMPARE(ed->fakes.launcher.restarts, expectDetails.isNull() ? 1 : 0);
+        if (!expectDetails.isNull()) {
+            QCOMPARE(alerts.value(0), kCannotValidate);
+            QVERIFY2(alerts.value(1).left(expectDetails.size()) == expectDetails,
+                     qPrintable(alerts.value(1)));
+            QCOMPARE(editor.textViewJson->toPlainText(), kValid);
+            // Now the window closes, and its editor is back at the choice.
+            QVERIFY(window.windowShouldClose());
+            QVERIFY(!editor.textscrollView->isVisibleTo(&editor) &&
+                    editor.btnEditSettings->isVisibleTo(&editor));
+        }
     }
 };
 

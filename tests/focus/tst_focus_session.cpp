@@ -12,15 +12,8 @@
 #include "startingFocusModeVc.h"
 #include "StatusItem.h"
 
-#include <QAccessible>
-#include <QApplication>
-#include <QComboBox>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
-#include <QPlainTextEdit>
-#include <QPushButton>
 #include <QtTest>
+#include <QtWidgets>
 
 using namespace velmora;
 using namespace velmora::test;

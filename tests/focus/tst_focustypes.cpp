@@ -13,16 +13,8 @@
 #include "PreferenceKeys.h"
 #include "TextCatalogue.h"
 
-#include <QAbstractButton>
-#include <QCheckBox>
-#include <QFile>
-#include <QLabel>
-#include <QLineEdit>
-#include <QListWidget>
-#include <QPushButton>
-#include <QRadioButton>
-#include <QTemporaryDir>
 #include <QtTest>
+#include <QtWidgets>
 
 using namespace velmora;
 using namespace velmora::test;

@@ -68,12 +68,9 @@ private Q_SLOTS:
         stale.close();
 
         f.launch(at(23, QTime(15, 0)));
-        QFile csv(data + u"/vlmrStats.csv"_s);
-        QVERIFY(csv.open(QIODevice::ReadOnly));
-        QCOMPARE(csv.readAll(), QByteArray(UsageLog::kHeader));
-        QFile page(data + u"/vlmr-focus.html"_s);
-        QVERIFY(page.open(QIODevice::ReadOnly));
-        QVERIFY(page.readAll().contains("old_url"));
+        QCOMPARE(AppFixture::readAll(data + u"/vlmrStats.csv"_s), QString::fromUtf8(UsageLog::kHeader));
+        QVERIFY(AppFixture::readAll(data + u"/vlmr-focus.html"_s)
+                    .contains(u"old_url"_s)); // the stale page replaced
         QVERIFY(QFile::exists(data + u"/logo.png"_s));
         // The sound server can only play real files.
         for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})

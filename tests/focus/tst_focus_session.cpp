@@ -354,7 +354,7 @@ private Q_SLOTS:
         FocusEngine& engine = f.engine();
         QWidget* window = nullptr;
         if (screen == u"start") {
-            engine.showStartingFocusMode(FocusFixture::kWork, QStringLiteral("Work"));
+            engine.showStartingFocusMode(FocusFixture::kWork, u"Work"_s);
             window = engine.startingFocusWindow();
         } else if (screen == u"abort") {
             f.startWork(30);
@@ -375,10 +375,8 @@ private Q_SLOTS:
         for (QWidget* w : window->findChildren<QWidget*>()) {
             if (!w->isVisible() || !w->isEnabled() || !(w->focusPolicy() & Qt::TabFocus))
                 continue;
-            QVERIFY2(visited.contains(w),
-                     qPrintable(w->objectName() + QStringLiteral(" is out of Tab's reach")));
-            QVERIFY2(!accessibleName(w).isEmpty(),
-                     qPrintable(w->objectName() + QStringLiteral(" has no name")));
+            QVERIFY2(visited.contains(w), qPrintable(w->objectName() + u" is out of Tab's reach"_s));
+            QVERIFY2(!accessibleName(w).isEmpty(), qPrintable(w->objectName() + u" has no name"_s));
             if (auto* button = qobject_cast<QAbstractButton*>(w))
                 QCOMPARE(accessibleName(w), button->text());
         }

@@ -25,7 +25,7 @@ namespace {
 
 QVariantMap userType(const QString& name, QVariantMap extra = {})
 {
-    QVariantMap type = focus::makeUserType(name, QStringLiteral("3D8B6E"));
+    QVariantMap type = focus::makeUserType(name, u"3D8B6E"_s);
     for (auto it = extra.cbegin(); it != extra.cend(); ++it)
         type.insert(it.key(), it.value());
     return type;
@@ -105,7 +105,7 @@ private Q_SLOTS:
     void init()
     {
         dir = std::make_unique<QTemporaryDir>();
-        log = std::make_unique<DebugLog>(clock, dir->filePath(QStringLiteral("debug.txt")));
+        log = std::make_unique<DebugLog>(clock, dir->filePath(u"debug.txt"_s));
         preferences.clear();
         types.clear();
     }

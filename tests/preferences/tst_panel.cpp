@@ -44,9 +44,9 @@ void write(const QString& path, const QByteArray& data)
 
 const QString kValid = QStringLiteral(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
   "eveningHabits": [], "breakActivities": [], "breakAfterMinutes": 45, "startTime": "07:00"})");
-const QString kCannotValidate = QStringLiteral("Your settings can not be validated.");
-const QString kNotValid = QStringLiteral("Sorry it seems like your settings aren’t valid.");
-const QString kValidated = QStringLiteral("Your settings have been validated and will be applied now.");
+const QString kCannotValidate = u"Your settings can not be validated."_s;
+const QString kNotValid = u"Sorry it seems like your settings aren’t valid."_s;
+const QString kValidated = u"Your settings have been validated and will be applied now."_s;
 
 // A program whose packaged catalogue names a feedback webhook.
 struct QuitFixture : AppFixture
@@ -79,10 +79,9 @@ class PanelTest : public QObject
     selectJsonVc& open(bool server = false)
     {
         ed = std::make_unique<AppFixture>();
-        ed->fakes.preferences.setValue(QStringLiteral("kUserdefaultsSelectedJson"), kValid);
+        ed->fakes.preferences.setValue(u"kUserdefaultsSelectedJson"_s, kValid);
         if (server)
-            ed->catalogue = "{\"deployment\": {\"configServer\": \"http:/"
-                            "/127.0.0.1:9/\"}}";
+            ed->catalogue = "{\"deployment\": {\"configServer\": \"http://127.0.0.1:9/\"}}";
         ed->launch(at(23, QTime(12, 0)));
         while (!ed->fakes.http.requests.isEmpty()) // the catalogue: the packaged one will do
             ed->fakes.http.answer(HttpReply{404, {}, {}});
@@ -95,10 +94,7 @@ class PanelTest : public QObject
         window.preferencesTabViewController->setCurrentIndex(preferencesWindowController::SettingsEditorTab);
         return *window.selectJsonVcObj;
     }
-    QString stored() const
-    {
-        return *ed->fakes.preferences.string(QStringLiteral("kUserdefaultsSelectedJson"));
-    }
+    QString stored() const { return *ed->fakes.preferences.string(u"kUserdefaultsSelectedJson"_s); }
 
 private Q_SLOTS:
     void rowsFollowTheState_data()
@@ -529,20 +525,18 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("expectAlert"); // message, then what the details hold
 
         QString curly = kValid;
-        curly.replace(QStringLiteral("\"Water\""), QStringLiteral("“Water”"));
+        curly.replace(u"\"Water\""_s, u"“Water”"_s);
         QString wrong = kValid;
-        wrong.replace(QStringLiteral("30}"), QStringLiteral("\"30\"}"))
-            .replace(QStringLiteral("45"), QStringLiteral("0"));
-        const QString broken = QStringLiteral("{\"morningHabits\": [\n  {\"name\": \"Water\",}\n]}");
+        wrong.replace(u"30}"_s, u"\"30\"}"_s).replace(u"45"_s, u"0"_s);
+        const QString broken = u"{\"morningHabits\": [\n  {\"name\": \"Water\",}\n]}"_s;
         QTest::newRow("valid, stored as typed") << kValid + u' ' << true << kValid + u' ' << QStringList();
         QTest::newRow("smart quotes made plain") << curly << true << kValid << QStringList();
         QTest::newRow("parse failure keeps the text") << broken << false << broken << QStringList();
         QTest::newRow("schema errors listed by path")
             << wrong << false << wrong
-            << QStringList{kNotValid, QStringLiteral("breakAfterMinutes: "),
-                           QStringLiteral("morningHabits[0].durationSeconds: ")};
+            << QStringList{kNotValid, u"breakAfterMinutes: "_s, u"morningHabits[0].durationSeconds: "_s};
         QTest::newRow("an array is checked as an empty object")
-            << QStringLiteral("[1]") << false << QStringLiteral("[1]") << QStringList{kNotValid};
+            << u"[1]"_s << false << u"[1]"_s << QStringList{kNotValid};
     }
     void advancedFace()
     {
@@ -574,7 +568,7 @@ private Q_SLOTS:
         QTest::addColumn<QVariant>("body");
         QTest::addColumn<QString>("expectAlert");
         QTest::newRow("valid") << QVariant(kValid) << kValidated;
-        QTest::newRow("not JSON") << QVariant(QStringLiteral("{morning")) << kNotValid;
+        QTest::newRow("not JSON") << QVariant(u"{morning"_s) << kNotValid;
         QTest::newRow("not text") << QVariant(42) << kNotValid;
     }
     void pageMessage()
@@ -582,7 +576,7 @@ private Q_SLOTS:
         QFETCH(QVariant, body);
         QFETCH(QString, expectAlert);
         selectJsonVc& editor = open();
-        editor.messageHandler->postMessage(QStringLiteral("setting_saved"), body);
+        editor.messageHandler->postMessage(u"setting_saved"_s, body);
         QVERIFY2(alerts.value(0).startsWith(expectAlert), qPrintable(alerts.join(u'|')));
         const bool saved = expectAlert == kValidated;
         const QJsonDocument pretty(QJsonDocument::fromJson(kValid.toUtf8()));
@@ -599,14 +593,14 @@ private Q_SLOTS:
         const auto row = [](const char* name, const HttpReply& reply, bool viaPage, const QString& details) {
             QTest::newRow(name) << reply << viaPage << details;
         };
-        const QString unreadable = QStringLiteral("The settings schema cannot be read");
-        row("hangs until the time-out", {0, {}, QStringLiteral("Operation timed out")}, false, QString(""));
+        const QString unreadable = u"The settings schema cannot be read"_s;
+        row("hangs until the time-out", {0, {}, u"Operation timed out"_s}, false, QString(""));
         row("garbage", {200, "<html>502 Bad Gateway</html>", {}}, false, QString(""));
         row("not found, from the page", {404, {}, {}}, true, QString(""));
         row("schema valijson cannot parse", {200, R"({"type": 12})", {}}, false, unreadable);
-        const QByteArray remote = "{\"$ref\": \"http:/" // split: moc reads the two slashes as a comment
-                                  "/127.0.0.1:9/other.json\"}";
-        row("remote reference, from the page", {200, remote, {}}, true, unreadable);
+        // Not a raw string: moc would read its two slashes as a comment.
+        row("remote reference, from the page", {200, "{\"$ref\": \"http://127.0.0.1:9/other.json\"}", {}},
+            true, unreadable);
         row("the server's own rules", {200, R"({"required": ["eveningHabits"]})", {}}, false, QString());
     }
 
@@ -618,14 +612,14 @@ private Q_SLOTS:
         selectJsonVc& editor = open(true);
         auto& window = ed->app->preferencesWindowControllerObj();
         if (viaPage) {
-            editor.messageHandler->postMessage(QStringLiteral("setting_saved"), kValid);
+            editor.messageHandler->postMessage(u"setting_saved"_s, kValid);
         } else {
             editor.btnAdvanced->click();
             editor.textViewJson->setPlainText(kValid);
             editor.btnSave->click();
         }
         QCOMPARE(ed->fakes.http.requests.size(), 1);
-        QCOMPARE(ed->fakes.http.requests[0].url.path(), QStringLiteral("/config/settings-schema.json"));
+        QCOMPARE(ed->fakes.http.requests[0].url.path(), u"/config/settings-schema.json"_s);
         QVERIFY(ed->fakes.http.requests[0].timeoutMs <= 60'000);
         QVERIFY(editor.isGettingSchema && !editor.btnSave->isEnabled());
         QVERIFY(!window.windowShouldClose()); // while it runs the window stays open

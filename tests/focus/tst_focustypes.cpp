@@ -80,32 +80,30 @@ class FocusTypesTest : public QObject
 {
     Q_OBJECT
 
-    QString logText() const
-    {
-        QFile f(log->path());
-        f.open(QIODevice::ReadOnly);
-        return QString::fromUtf8(f.readAll());
-    }
+    QTemporaryDir dir;
+    FakeClock clock;
+    MemoryPreferences preferences;
+    DebugLog log{clock, dir.filePath(u"debug.txt"_s)};
+    QVariantList types;
+    std::unique_ptr<FocusTypeList> list;
+
     FocusTypeList& load(const QVariant& stored)
     {
         preferences.setValue(keys::kUserdefaultsArrFocusTypes, stored);
-        list = std::make_unique<FocusTypeList>(types, preferences, *log);
+        list = std::make_unique<FocusTypeList>(types, preferences, log);
         list->load();
         return *list;
     }
-
-    std::unique_ptr<QTemporaryDir> dir;
-    FakeClock clock;
-    MemoryPreferences preferences;
-    std::unique_ptr<DebugLog> log;
-    QVariantList types;
-    std::unique_ptr<FocusTypeList> list;
+    QString logText() const
+    {
+        QFile file(log.path());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
 
 private Q_SLOTS:
     void init()
     {
-        dir = std::make_unique<QTemporaryDir>();
-        log = std::make_unique<DebugLog>(clock, dir->filePath(u"debug.txt"_s));
+        QFile::remove(log.path());
         preferences.clear();
         types.clear();
     }

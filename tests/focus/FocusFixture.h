@@ -4,8 +4,6 @@
 #include "FocusEngine.h"
 #include "PreferenceKeys.h"
 
-#include <QFile>
-
 namespace velmora::test {
 
 // A program on an ordinary working day at 10:00, the morning routine done, with
@@ -23,23 +21,12 @@ struct FocusFixture : AppFixture
 
     AppDelegate& start(const QTime& time = QTime(10, 0)) { return launch(at(23, time)); }
     FocusEngine& engine() { return app->focusEngine(); }
+    // A block of "Work" started from its dialog.
+    void startWork(int minutes)
+    {
+        engine().session().start(kWork, minutes, {}, FocusSession::Origin::Dialog);
+    }
 
-    // The usage log's rows, without its header.
-    QStringList rows() const
-    {
-        QFile file(dataFolder() + QStringLiteral("/vlmrStats.csv"));
-        file.open(QIODevice::ReadOnly);
-        QStringList lines = QString::fromUtf8(file.readAll()).split(u'\n', Qt::SkipEmptyParts);
-        return lines.mid(1);
-    }
-    // A row without its time stamp, which is the clock's.
-    QString row(int i) const
-    {
-        QStringList fields = rows().value(i).split(u',');
-        if (fields.size() > 1)
-            fields.removeAt(1);
-        return fields.join(u',');
-    }
     bool isOn(int index) const { return app->state().arrFocusType.at(index).toMap().value("isOn").toBool(); }
 };
 

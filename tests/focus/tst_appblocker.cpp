@@ -1,5 +1,6 @@
 // The application blocker and the address checks it starts, on a fake desktop
-// and fake browsers, in virtual time.
+// and fake browsers, in virtual time; and which list entry matches which address,
+// quirks included.
 #include "AppBlocker.h"
 #include "DebugLog.h"
 #include "FakeBrowserTabs.h"
@@ -9,17 +10,19 @@
 #include "RunState.h"
 #include "TextCatalogue.h"
 #include "UrlBlocker.h"
+#include "urlValidation.h"
 
 #include <QtTest>
 
 using namespace velmora;
 using namespace velmora::test;
+using namespace Qt::StringLiterals;
 
 namespace {
 
 Application app(const QString& name, const QString& shown)
 {
-    return {name, shown, QStringLiteral("/usr/share/applications/%1.desktop").arg(name), {}};
+    return {name, shown, u"/usr/share/applications/%1.desktop"_s.arg(name), {}};
 }
 
 // The block as the focus session answers it, without its end time.
@@ -68,10 +71,10 @@ class TestAppBlocker : public QObject
         AppBlocker blocker{{state, p.scheduler, p.workspace, p.notifier, texts, log, block, urls, "Velmora"}};
     };
     std::unique_ptr<World> w;
-    const Application alpha = app(QStringLiteral("alpha"), QStringLiteral("Alpha"));
-    const Application beta = app(QStringLiteral("beta"), QStringLiteral("Beta"));
-    const Application chromium = app(QStringLiteral("chromium"), QStringLiteral("Chromium"));
-    const Application chrome = app(QStringLiteral("google-chrome"), QStringLiteral("Google Chrome"));
+    const Application alpha = app(u"alpha"_s, u"Alpha"_s);
+    const Application beta = app(u"beta"_s, u"Beta"_s);
+    const Application chromium = app(u"chromium"_s, u"Chromium"_s);
+    const Application chrome = app(u"google-chrome"_s, u"Google Chrome"_s);
 
     void enter(Situation situation, const QStringList& itemApps = {}, const QStringList& itemUrls = {})
     {
@@ -102,11 +105,10 @@ private Q_SLOTS:
     void init()
     {
         w = std::make_unique<World>();
-        w->state.arrBlockedUrls = {QStringLiteral("news.test")};
+        w->state.arrBlockedUrls = {u"news.test"_s};
         w->p.workspace.installed = {alpha, beta, chromium, chrome};
-        w->tabs.connected = {QStringLiteral("chromium")};
-        w->tabs.active.insert(QStringLiteral("chromium"),
-                              {QStringLiteral("chromium"), 1, QStringLiteral("http://news.test/")});
+        w->tabs.connected = {u"chromium"_s};
+        w->tabs.active.insert(u"chromium"_s, {u"chromium"_s, 1, u"http://news.test/"_s});
     }
 
     void frontApplicationChanged_data()
@@ -118,44 +120,37 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("notified");
         QTest::addColumn<QString>("blockQuery");
 
-        const QStringList none;
-        const QString noBlock;
-        QTest::newRow("own window or desktop: never judged")
-            << int(Focus) << none << "" << false << none << noBlock;
-        QTest::newRow("finder stays allowed") << int(Focus) << none << "finder" << false << none << noBlock;
-        QTest::newRow("our own name") << int(Focus) << none << "velmora" << false << none << noBlock;
-        QTest::newRow("block refuses what the type does not list")
-            << int(Focus) << none << "beta" << true
-            << QStringList{"Beta isn't allowed in the Deep focus mode."} << noBlock;
-        QTest::newRow("the screen locker is hidden, never reported")
-            << int(Focus) << none << "light-locker" << true << none << noBlock;
-        QTest::newRow("block allows a listed desktop entry")
-            << int(Focus) << none << "alpha" << false << none << noBlock;
-        QTest::newRow("block: allowed browser's address is checked at once")
-            << int(Focus) << none << "chromium" << false << none
-            << "?old_url=http:%2F%2Fnews.test%2F&focus_mode_end_time=&focus_mode=Deep";
-        QTest::newRow("all applications allowed still starts the address check")
-            << int(FocusAllApps) << none << "chromium" << false << none
-            << "?old_url=http:%2F%2Fnews.test%2F&focus_mode_end_time=&focus_mode=Deep";
-        QTest::newRow("browser without extension in a block: told how, once")
-            << int(FocusAllApps) << none << "google-chrome" << false
-            << QStringList{"Google Chrome can’t be checked in this focus block: add the Velmora extension to "
-                           "it "
-                           "(see “Browsers” in the README)."}
-            << noBlock;
-        QTest::newRow("no block: always-blocked list for a browser")
-            << int(Idle) << none << "chromium" << false << none
-            << "?old_url=http:%2F%2Fnews.test%2F&block_type=always-blocked";
-        QTest::newRow("no block: nothing hidden") << int(Idle) << none << "beta" << false << none << noBlock;
-        QTest::newRow("activity hides what it does not list, silently")
-            << int(Activity) << QStringList{"Alpha"} << "beta" << true << none << noBlock;
-        QTest::newRow("activity allows by shown name")
-            << int(Activity) << QStringList{"Alpha"} << "alpha" << false << none << noBlock;
-        QTest::newRow("item entries keep their extension")
-            << int(Activity) << QStringList{"alpha.desktop"} << "alpha" << true << none << noBlock;
-        QTest::newRow("habit's browser gets the item's address check")
-            << int(MorningHabit) << QStringList{"chromium"} << "chromium" << false << none
-            << "?old_url=&block_type=morning-habit";
+        const auto row = [](const char* name, Situation situation, const QString& front, bool hidden,
+                            const char* notified = nullptr, const char* query = nullptr,
+                            const QStringList& itemApps = {}) {
+            QTest::newRow(name) << int(situation) << itemApps << front << hidden
+                                << (notified ? QStringList{notified} : QStringList()) << QString(query);
+        };
+        const char* deepQuery = "?old_url=http:%2F%2Fnews.test%2F&focus_mode_end_time=&focus_mode=Deep";
+        row("own window or desktop: never judged", Focus, "", false);
+        row("finder stays allowed", Focus, "finder", false);
+        row("our own name", Focus, "velmora", false);
+        row("block refuses what the type does not list", Focus, "beta", true,
+            "Beta isn't allowed in the Deep focus mode.");
+        row("the screen locker is hidden, never reported", Focus, "light-locker", true);
+        row("block allows a listed desktop entry", Focus, "alpha", false);
+        row("block: allowed browser's address is checked at once", Focus, "chromium", false, nullptr,
+            deepQuery);
+        row("all applications allowed still starts the address check", FocusAllApps, "chromium", false,
+            nullptr, deepQuery);
+        row("browser without extension in a block: told how, once", FocusAllApps, "google-chrome", false,
+            "Google Chrome can’t be checked in this focus block: add the Velmora extension to it "
+            "(see “Browsers” in the README).");
+        row("no block: always-blocked list for a browser", Idle, "chromium", false, nullptr,
+            "?old_url=http:%2F%2Fnews.test%2F&block_type=always-blocked");
+        row("no block: nothing hidden", Idle, "beta", false);
+        row("activity hides what it does not list, silently", Activity, "beta", true, nullptr, nullptr,
+            {"Alpha"});
+        row("activity allows by shown name", Activity, "alpha", false, nullptr, nullptr, {"Alpha"});
+        row("item entries keep their extension", Activity, "alpha", true, nullptr, nullptr,
+            {"alpha.desktop"});
+        row("habit's browser gets the item's address check", MorningHabit, "chromium", false, nullptr,
+            "?old_url=&block_type=morning-habit", {"chromium"});
     }
     void frontApplicationChanged()
     {
@@ -175,25 +170,10 @@ private Q_SLOTS:
         QCOMPARE(w->tabs.blocked.isEmpty() ? QString() : w->tabs.blocked.last().second, blockQuery);
     }
 
-    void reportedOncePerBlockAndAgainInTheNext()
-    {
-        enter(Focus);
-        w->blocker.blockStarted();
-        w->p.workspace.activate(beta);
-        w->p.scheduler.advance(3000); // comes back to the front at every tick
-        QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
-        QCOMPARE(w->p.notifier.notifications.size(), 1);
-        w->blocker.blockEnded();
-        w->p.scheduler.advance(3000);
-        QCOMPARE(w->p.workspace.hidden.count(QStringLiteral("beta")), 4);
-        w->blocker.blockStarted();
-        QCOMPARE(w->p.notifier.notifications.size(), 2);
-    }
-
     void itemLaunchesItsApplicationsAndFirstAddress()
     {
-        enter(Activity, {QStringLiteral("Alpha"), QStringLiteral("Google Chrome"), QStringLiteral("Safari")},
-              {QStringLiteral("docs.test/start"), QStringLiteral("https://second.test")});
+        enter(Activity, {u"Alpha"_s, u"Google Chrome"_s, u"Safari"_s},
+              {u"docs.test/start"_s, u"https://second.test"_s});
         w->blocker.startTimerActivitiesAllowedApp();
         QCOMPARE(w->p.workspace.launched, (QStringList{"alpha", "google-chrome", "alpha"}));
         QCOMPARE(w->p.workspace.opened, QStringList{"http://docs.test/start"});
@@ -213,24 +193,99 @@ private Q_SLOTS:
         w->tabs.active.clear();
         w->p.workspace.activate(chromium);
         QVERIFY(w->tabs.blocked.isEmpty());
-        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://www.news.test/today"));
+        w->tabs.navigate(u"chromium"_s, u"https://www.news.test/today"_s);
         QCOMPARE(w->tabs.blocked.size(), 1);
         // The block page and the browser's own pages are left alone.
-        w->tabs.navigate(QStringLiteral("chromium"),
-                         QStringLiteral("chrome-extension://id/vlmr-focus.html?old_url=news.test"));
-        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("chrome://settings/news.test"));
+        w->tabs.navigate(u"chromium"_s, u"chrome-extension://id/vlmr-focus.html?old_url=news.test"_s);
+        w->tabs.navigate(u"chromium"_s, u"chrome://settings/news.test"_s);
         QCOMPARE(w->tabs.blocked.size(), 1);
         // Leaving the browser stops its check.
         w->p.workspace.activate(beta);
-        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
+        w->tabs.navigate(u"chromium"_s, u"https://news.test/"_s);
         QCOMPARE(w->tabs.blocked.size(), 1);
     }
 
     void unreadableFrontMeansTheFocusedBrowser()
     {
-        w->tabs.focused = QStringLiteral("chromium"); // a Wayland session: no front application
-        w->tabs.navigate(QStringLiteral("chromium"), QStringLiteral("https://news.test/"));
+        w->tabs.focused = u"chromium"_s; // a Wayland session: no front application
+        w->tabs.navigate(u"chromium"_s, u"https://news.test/"_s);
         QCOMPARE(w->tabs.blocked.size(), 1);
+    }
+
+    void isUrlValid_data()
+    {
+        QTest::addColumn<QString>("entry");
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<bool>("matches");
+
+        const auto row = [](const char* name, const char* entry, const char* address, bool matches) {
+            QTest::newRow(name) << QString(entry) << QString(address) << matches;
+        };
+        row("fragment matches the www host", "example", "https://www.example.org/a", true);
+        row("fragment matches a subdomain", "example.org", "https://m.example.org/", true);
+        row("full address: its host, any path", "https://www.example.org/feed",
+            "https://example.org/other?q=1", true);
+        row("star form used as given: not the bare domain", "*.example.org", "https://example.org/", false);
+        row("star form: a subdomain", "*.example.org", "https://video.example.org/", true);
+        row("file entry: the whole address, exactly", "file:///Users/", "file:///Users/", true);
+        row("file entry: a longer address is no match", "file:///Users/", "file:///Users/me/a.html", false);
+        row("file entry with star", "file:///Users/*", "file:///Users/me/a.html", true);
+        row("file entry: address without ://", "file:*", "about:blank", false);
+        row("case differs: no match", "Example", "https://example.org/", false);
+        row("no host: *x* fails", "*x*", "about:blank", false);
+        row("no host: * passes", "*", "about:blank", true);
+        row("www stays in the entry, not the host", "www.example.org", "https://www.example.org/", false);
+        row("http without scheme: all match", "httpbin.org", "https://elsewhere.test/", true);
+        row("question mark is one character", "exam?le", "https://example.org/", true);
+        row("devtools is an address", "devtools", "devtools://devtools/bundled/inspector.html", true);
+        row("other site", "example.org", "https://example.com/", false);
+    }
+    void isUrlValid()
+    {
+        QFETCH(QString, entry);
+        QFETCH(QString, address);
+        QFETCH(bool, matches);
+        QCOMPARE(urlValidation::isUrlValid(address, entry, velmora::getDomainFromUrl(address)), matches);
+    }
+
+    void getDomainFromUrl_data()
+    {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<QString>("domain");
+        const auto row = [](const char* name, const char* address, const char* domain) {
+            QTest::newRow(name) << QString(address) << QString(domain);
+        };
+        row("www removed", "https://www.example.org/x", "example.org");
+        row("every www removed", "https://sub.www.example.www.org", "sub.example.org");
+        row("no scheme, no host", "example.org", "");
+        row("not an address", "not an address", "");
+        row("file address", "file:///home/me/a.html", "");
+        row("port dropped", "http://127.0.0.1:8080/a", "127.0.0.1");
+        row("empty", "", "");
+    }
+    void getDomainFromUrl()
+    {
+        QFETCH(QString, address);
+        QFETCH(QString, domain);
+        QCOMPARE(velmora::getDomainFromUrl(address), domain);
+    }
+
+    void endTimeText_data()
+    {
+        QTest::addColumn<QDateTime>("end");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("afternoon reads like morning")
+            << QDateTime(QDate(2026, 11, 23), QTime(15, 4, 5)) << "2026-11-23T03:04:05";
+        QTest::newRow("half past midnight is twelve")
+            << QDateTime(QDate(2026, 11, 23), QTime(0, 30)) << "2026-11-23T12:30:00";
+        QTest::newRow("new year's day in the old week-year")
+            << QDateTime(QDate(2027, 1, 1), QTime(9, 0)) << "2026-01-01T09:00:00";
+    }
+    void endTimeText()
+    {
+        QFETCH(QDateTime, end);
+        QFETCH(QString, text);
+        QCOMPARE(UrlBlocker::focusModeEndTimeText(end), text);
     }
 };
 

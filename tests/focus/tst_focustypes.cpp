@@ -1,11 +1,20 @@
+// The list of focus types (its repair at launch, names, copies, colours, the rules the
+// blockers read) and the focus tab that edits it, on fake preferences and a fake desktop.
+
+#include "addApplicationVc.h"
+#include "addFocusTypeVc.h"
+#include "addWebUrlVc.h"
+#include "blockedUrlsVc.h"
 #include "DebugLog.h"
+#include "FakeBrowserTabs.h"
 #include "FakePorts.h"
+#include "focusPreferencesVc.h"
 #include "FocusTypeList.h"
 #include "PreferenceKeys.h"
+#include "TextCatalogue.h"
 
-#include <QFile>
-#include <QTemporaryDir>
 #include <QtTest>
+#include <QtWidgets>
 
 using namespace velmora;
 using namespace velmora::test;
@@ -16,7 +25,7 @@ namespace {
 
 QVariantMap userType(const QString& name, QVariantMap extra = {})
 {
-    QVariantMap type = focus::makeUserType(name, QStringLiteral("3D8B6E"));
+    QVariantMap type = focus::makeUserType(name, u"3D8B6E"_s);
     for (auto it = extra.cbegin(); it != extra.cend(); ++it)
         type.insert(it.key(), it.value());
     return type;
@@ -35,243 +44,454 @@ const QString kMeetings = focus::kMeetingsTypeName;
 
 } // namespace
 
+// The focus tab on fake preferences and a fake desktop. Alerts are recorded
+// instead of shown: "title|text" for a notice, the question for a confirmation.
+struct Screens
+{
+    FakeClock clock;
+    MemoryPreferences preferences;
+    DebugLog log{clock, QString()};
+    TextCatalogue texts;
+    FakeWorkspace workspace;
+    QVariantList types;
+    QStringList blocked{u"example.org"_s};
+    FocusTypeList list{types, preferences, log};
+    FocusPreferencesContext ctx{list, blocked, preferences, texts, log, &workspace};
+    focusPreferencesVc tab{ctx};
+    QStringList alerts;
+    bool answer = true;
+
+    Screens()
+    {
+        preferences.setValue(u"kUserdefaultsArrFocusTypes"_s,
+                             QVariantList{focus::makeUserType(u"Work"_s, u"3D8B6E"_s)});
+        list.load(); // Work, Meetings, default
+        tab.inform = [this](const QString& title, const QString& text) { alerts << title + u'|' + text; };
+        tab.ask = [this](const QString& question, const QString&, const QString&) {
+            alerts << question;
+            return answer;
+        };
+        tab.resize(900, 640);
+        tab.show();
+    }
+};
+
 class FocusTypesTest : public QObject
 {
     Q_OBJECT
 
-private Q_SLOTS:
-    void init();
-    void launchRepair_data();
-    void launchRepair();
-    void nameClashesIgnoreCase_data();
-    void nameClashesIgnoreCase();
-    void duplicateNaming_data();
-    void duplicateNaming();
-    void removalRefusals_data();
-    void removalRefusals();
-    void colourStrings_data();
-    void colourStrings();
-    void sameApplicationFromTwoFoldersIsOneEntry();
-    void blockersReadTheRulesOfTheTypeThatIsOn();
+    QTemporaryDir dir;
+    FakeClock clock;
+    MemoryPreferences preferences;
+    DebugLog log{clock, dir.filePath(u"debug.txt"_s)};
+    QVariantList types;
+    std::unique_ptr<FocusTypeList> list;
 
-private:
-    QString logText() const
-    {
-        QFile f(log->path());
-        f.open(QIODevice::ReadOnly);
-        return QString::fromUtf8(f.readAll());
-    }
     FocusTypeList& load(const QVariant& stored)
     {
         preferences.setValue(keys::kUserdefaultsArrFocusTypes, stored);
-        list = std::make_unique<FocusTypeList>(types, preferences, *log);
+        list = std::make_unique<FocusTypeList>(types, preferences, log);
         list->load();
         return *list;
     }
+    QString logText() const
+    {
+        QFile file(log.path());
+        return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+    }
 
-    std::unique_ptr<QTemporaryDir> dir;
-    FakeClock clock;
-    MemoryPreferences preferences;
-    std::unique_ptr<DebugLog> log;
-    QVariantList types;
-    std::unique_ptr<FocusTypeList> list;
+private Q_SLOTS:
+    void init()
+    {
+        QFile::remove(log.path());
+        preferences.clear();
+        types.clear();
+    }
+
+    void launchRepair_data()
+    {
+        QTest::addColumn<QVariant>("stored");
+        QTest::addColumn<QStringList>("names");
+        QTest::addColumn<QString>("logged");
+
+        const auto row = [](const char* name, const QVariant& stored, const QStringList& names,
+                            const char* logged = "") {
+            QTest::newRow(name) << stored << names << QString(logged);
+        };
+        QVariantMap oldDefault = focus::makeDefaultType();
+        oldDefault.insert(key::name, u"Renamed by hand"_s);
+        const QVariantMap work = userType(u"Work"_s, {{key::isOn, true}});
+        const QStringList builtIns{kMeetings, kDefault};
+        row("default moved last and renamed, meetings inserted, isOn cleared", QVariantList{oldDefault, work},
+            QStringList{u"Work"_s} + builtIns);
+        row("nothing stored", QVariant(), builtIns);
+        row("not a list", u"junk"_s, builtIns, "not a list");
+        row("not a list of maps", QVariantList{work, u"x"_s}, builtIns, "not a list of dictionaries");
+        row("two types on", QVariantList{work, userType(u"Read"_s, {{key::isOn, true}})},
+            QStringList{u"Work"_s, u"Read"_s} + builtIns, "2 focus types were on");
+        row("missing and wrongly typed keys",
+            QVariantList{QVariantMap{{key::name, 7}, {key::appsArray, 3}, {key::isAllowedAllApps, u"yes"_s}}},
+            QStringList{QString()} + builtIns,
+            "name, color, appsArray, urlsArray, isOn, isAllowedAllApps, isAllowedAllUrls");
+        row("colour not hexadecimal", QVariantList{userType(u"Work"_s, {{key::color, u"red"_s}})},
+            QStringList{u"Work"_s} + builtIns, "\"Work\": missing or unreadable color");
+    }
+
+    void launchRepair()
+    {
+        QFETCH(QVariant, stored);
+        QFETCH(QStringList, names);
+        QFETCH(QString, logged);
+
+        const FocusTypeList& types = load(stored);
+        QCOMPARE(::names(types), names);
+        QVERIFY(!types.isFocusModeOn());
+        QVERIFY(types.isDefault(types.count() - 1));
+        QVERIFY(types.isMeetings(types.count() - 2));
+        for (int row = 0; row < types.count(); ++row) {
+            const QVariantMap type = types.type(row);
+            QCOMPARE(type.value(key::isOn).typeId(), QMetaType::Bool);
+            QCOMPARE(type.value(key::appsArray).typeId(), QMetaType::QStringList);
+            QVERIFY(focus::isHexColorString(type.value(key::color).toString()));
+        }
+        QCOMPARE(preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), types.count());
+        if (logged.isEmpty())
+            QVERIFY(logText().isEmpty());
+        else
+            QVERIFY2(logText().contains(logged), qPrintable(logText()));
+    }
+
+    void duplicateNaming_data()
+    {
+        QTest::addColumn<QString>("source");
+        QTest::addColumn<QString>("copy");
+        QTest::addColumn<int>("offset"); // where the copy lands, from the source row
+        // Rows: Work, Work 1, Meetings, default.
+        QTest::newRow("next free number") << u"Work"_s << u"Work 2"_s << 1;
+        QTest::newRow("a copy of a copy") << u"Work 1"_s << u"Work 1 1"_s << 1;
+        QTest::newRow("meetings, without its marker") << kMeetings << u"Meetings 1"_s << 1;
+        QTest::newRow("the default, just before it") << kDefault << kDefault + u" 1"_s << 0;
+    }
+
+    void duplicateNaming()
+    {
+        QFETCH(QString, source);
+        QFETCH(QString, copy);
+        QFETCH(int, offset);
+        FocusTypeList& types = load(QVariantList{userType(u"Work"_s), userType(u"Work 1"_s)});
+        const int row = static_cast<int>(::names(types).indexOf(source));
+        types.setOn(row, !types.isBuiltIn(row));
+        QVERIFY(!types.removeFocusType(row)); // running or built in: it stays
+        const QStringList apps = types.appsArray(row);
+
+        const int at = types.makeDuplicateFocus(row);
+        QCOMPARE(at, row + offset);
+        QCOMPARE(types.name(at), copy);
+        QVERIFY(!types.isOn(at) && !types.isBuiltIn(at));
+        QCOMPARE(types.appsArray(at), apps);
+        QVERIFY(types.isDefault(types.count() - 1));
+        QVERIFY(types.removeFocusType(at)); // a copy of a built-in type can go
+    }
+
+    void colourStrings_data()
+    {
+        QTest::addColumn<QString>("stored");
+        QTest::addColumn<QString>("reads");
+        QTest::newRow("as written") << u"D0963C"_s << u"D0963C"_s;
+        QTest::newRow("with #, lower case") << u"#d0963c"_s << u"D0963C"_s;
+        QTest::newRow("short number") << u"12"_s << u"000012"_s;
+        QTest::newRow("stops at the first non-digit") << u"12G4"_s << u"000012"_s;
+        QTest::newRow("not a number") << u"red"_s << u"000000"_s;
+        QTest::newRow("empty") << QString() << u"000000"_s;
+        QTest::newRow("too long") << u"FFFFFFFFFFFF"_s << u"FFFFFF"_s;
+    }
+
+    void colourStrings()
+    {
+        QFETCH(QString, stored);
+        QFETCH(QString, reads);
+        QCOMPARE(focus::getColorString(focus::colorFromString(stored)), reads);
+    }
+
+    void sameApplicationFromTwoFoldersIsOneEntry()
+    {
+        FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
+        QVERIFY(!types.addApps(0, {u"/usr/share/applications/firefox.desktop"_s}));
+        QVERIFY(types.addApps(0, {u"/home/u/.local/share/applications/Firefox.desktop"_s,
+                                  u"/usr/share/applications/gimp.desktop"_s}));
+        QCOMPARE(types.appsArray(0), (QStringList{u"/usr/share/applications/firefox.desktop"_s,
+                                                  u"/usr/share/applications/gimp.desktop"_s}));
+    }
+
+    void blockersReadTheRulesOfTheTypeThatIsOn()
+    {
+        FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
+        types.setAllowedAllApps(0, false);
+        types.addApps(0, {u"/usr/share/applications/gimp.desktop"_s});
+        types.fillAllowAppArray();
+        QVERIFY(types.allowAppsPath().isEmpty()); // nothing is on
+
+        types.setOn(0, true);
+        types.fillAllowAppArray();
+        types.fillAllowUrlArray();
+        QVERIFY(!types.isAllowedAllAppsInFocus());
+        QCOMPARE(types.allowAppsPath(), QStringList{u"/usr/share/applications/gimp.desktop"_s});
+        QVERIFY(types.isAllowedAllUrlsInFocus());
+
+        // A change to the running type's rules reaches the blockers at once.
+        QSignalSpy urls(&types, &FocusTypeList::allowUrlsChanged);
+        types.setAllowedAllUrls(0, false);
+        types.addUrl(0, u"example.org"_s);
+        QCOMPARE(urls.count(), 2);
+        QVERIFY(!types.isAllowedAllUrlsInFocus());
+        QCOMPARE(types.allowUrl(), QStringList{u"example.org"_s});
+    }
+
+    void removalRefusalsSayWhy_data()
+    {
+        QTest::addColumn<int>("row");
+        QTest::addColumn<bool>("on");
+        QTest::addColumn<bool>("yes");
+        QTest::addColumn<QString>("alert");
+        QTest::addColumn<int>("left");
+        const QString builtIn = u"Can not delete.|The Default focus type cannot be deleted."_s;
+        const QString confirm = u"Are you sure you want to delete the selected Focus type?"_s;
+        QTest::newRow("default") << 2 << false << true << builtIn << 3;
+        QTest::newRow("meetings, in the default's words") << 1 << false << true << builtIn << 3;
+        QTest::newRow("running") << 0 << true << true
+                                 << u"Focus mode is on. Please abort the focus mode to delete it.|"_s << 3;
+        QTest::newRow("confirmed") << 0 << false << true << confirm << 2;
+        QTest::newRow("declined") << 0 << false << false << confirm << 3;
+    }
+
+    void removalRefusalsSayWhy()
+    {
+        QFETCH(int, row);
+        QFETCH(bool, on);
+        QFETCH(bool, yes);
+        QFETCH(QString, alert);
+        QFETCH(int, left);
+        Screens s;
+        s.list.setOn(row, on);
+        s.answer = yes;
+        s.tab.selectRow(row);
+        s.tab.btnRemoveFocusType->click();
+        QCOMPARE(s.alerts, QStringList{alert});
+        QCOMPARE(s.list.count(), left);
+        QCOMPARE(s.tab.tblViewFocusType->count(), left);
+    }
+
+    void typeSheetRefusesClashingNames_data()
+    {
+        QTest::addColumn<int>("editRow"); // -1: adding
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("refused");
+        QTest::newRow("adding another case") << -1 << u"WORK"_s << true;
+        QTest::newRow("adding a built-in's name") << -1 << u"meetings"_s << true;
+        QTest::newRow("adding a new name") << -1 << u"Reading"_s << false;
+        QTest::newRow("renaming to another case") << 0 << u"work"_s << false;
+        QTest::newRow("renaming to a built-in's name") << 0 << u"Meetings"_s << true;
+    }
+
+    void typeSheetRefusesClashingNames()
+    {
+        QFETCH(int, editRow);
+        QFETCH(QString, name);
+        QFETCH(bool, refused);
+        Screens s;
+        if (editRow < 0) {
+            s.tab.btnAddFocusType->click();
+        } else {
+            s.tab.selectRow(editRow);
+            s.tab.tableRowFocusTypeDoubleClicked(editRow);
+        }
+        addFocusTypeVc& sheet = *s.tab.addFocusTypeVcObj;
+        QVERIFY(sheet.isVisible());
+        QVERIFY(!sheet.btnAdd->isEnabled());
+        sheet.textFieldFocusType->clear();
+        QTest::keyClicks(sheet.textFieldFocusType, name);
+        QTest::keyClick(sheet.textFieldFocusType, Qt::Key_Return); // the main button's key
+        QCOMPARE(sheet.isVisible(), refused);
+        QCOMPARE(sheet.lblError->isVisible(), refused);
+        if (refused) {
+            QCOMPARE(sheet.lblError->text(), u"Focus type with the same name already exist."_s);
+            return;
+        }
+        const int row = editRow < 0 ? 1 : editRow; // added just before the built-in types' end
+        QCOMPARE(s.list.name(editRow < 0 ? s.list.count() - 2 : row), name);
+        QCOMPARE(s.list.count(), editRow < 0 ? 4 : 3);
+        QVERIFY(s.list.isDefault(s.list.count() - 1));
+    }
+
+    void urlSheetRules_data()
+    {
+        QTest::addColumn<bool>("focusList");
+        QTest::addColumn<int>("editRow"); // -1: adding
+        QTest::addColumn<QString>("typed");
+        QTest::addColumn<QString>("error"); // empty: accepted
+        QTest::newRow("only stars, focus list")
+            << true << -1 << u"***"_s
+            << u"If you want to allow all urls please select \"Allow all urls\" instead."_s;
+        QTest::newRow("only stars, blocked list")
+            << false << -1 << u"***"_s << u"Adding * will block all urls. Please use another combination."_s;
+        QTest::newRow("a star with more") << false << -1 << u"*.example.com"_s << QString();
+        QTest::newRow("duplicate ignoring case")
+            << false << -1 << u"Example.ORG"_s << u"Example.ORG already exists in the list."_s;
+        QTest::newRow("editing without a change") << false << 0 << u"example.org"_s << QString();
+        QTest::newRow("blanks pass") << true << -1 << u"   "_s << QString();
+    }
+
+    void browsersFollowTheirExtension()
+    {
+        Screens s;
+        FakeBrowserTabs tabs;
+        s.ctx.browserTabs = &tabs;
+        blockedUrlsVc blockedTab(s.ctx);
+        blockedTab.show();
+        QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(),
+                 u"Chromium: not connected (see “Browsers” in the README)"_s);
+        tabs.connected = {u"chromium"_s};
+        Q_EMIT tabs.connectionsChanged();
+        QCOMPARE(blockedTab.tblViewBrowsers->item(1)->text(), u"Chromium: connected"_s);
+    }
+
+    void urlSheetRules()
+    {
+        QFETCH(bool, focusList);
+        QFETCH(int, editRow);
+        QFETCH(QString, typed);
+        QFETCH(QString, error);
+        Screens s;
+        blockedUrlsVc blockedTab(s.ctx);
+        addWebUrlVc* sheet = s.tab.addWebUrlVcObj;
+        if (focusList) {
+            s.tab.selectRow(0);
+            s.tab.radioBtnAllowSelectedUrls->click();
+            s.tab.btnAddUrl->click();
+        } else {
+            sheet = blockedTab.addWebUrlVcObj;
+            blockedTab.show();
+            if (editRow < 0)
+                blockedTab.btnAddUrl->click();
+            else
+                blockedTab.tableRowAllowedUrlsDoubleClicked(editRow);
+        }
+        QVERIFY(sheet->isVisible());
+        sheet->textField->clear();
+        QTest::keyClicks(sheet->textField, typed);
+        sheet->btnAdd->click();
+        QCOMPARE(sheet->lblInvalidDomain->isVisible(), !error.isEmpty());
+        if (!error.isEmpty()) {
+            QCOMPARE(sheet->lblInvalidDomain->text(), error);
+            return;
+        }
+        const QStringList entries = focusList ? s.list.urlsArray(0) : s.blocked;
+        QVERIFY(entries.contains(typed));
+        QCOMPARE(s.preferences.stringList(u"kUserdefaultsArrBlockedUrls"_s).has_value(), !focusList);
+    }
+
+    void switchLeadsToTheDialogsOfTheBlock_data()
+    {
+        QTest::addColumn<int>("runningRow"); // -1: no block
+        QTest::addColumn<bool>("sheetUp");
+        QTest::addColumn<QString>("outcome");
+        QTest::addColumn<bool>("checked");
+        QTest::newRow("turned on") << -1 << false << u"start 0 Work"_s << false;
+        QTest::newRow("turned on under the discouraging sheet") << -1 << true << QString() << false;
+        QTest::newRow("turned on while another runs")
+            << 1 << false
+            << u"A focus mode is already running. Please abort the running focus mode to start a new one.|"_s
+            << false;
+        QTest::newRow("turned off") << 0 << false << u"abort"_s << true;
+        QTest::newRow("turned off under the discouraging sheet") << 0 << true << QString() << true;
+    }
+
+    void switchLeadsToTheDialogsOfTheBlock()
+    {
+        QFETCH(int, runningRow);
+        QFETCH(bool, sheetUp);
+        QFETCH(QString, outcome);
+        QFETCH(bool, checked);
+        Screens s;
+        QStringList calls;
+        s.tab.showStartingFocusMode = [&](int row, const QString& name) {
+            calls << u"start %1 %2"_s.arg(row).arg(name);
+        };
+        s.tab.showAbortingFocusModeVc = [&] { calls << u"abort"_s; };
+        s.tab.isDiscourageSheetShown = [&] { return sheetUp; };
+        s.list.setOn(runningRow, true);
+        s.tab.selectRow(0);
+        s.tab.reloadData();
+        QVERIFY(s.tab.toggleButton->isEnabled());
+        s.tab.toggleButton->click();
+        QCOMPARE((calls + s.alerts).join(u';'), outcome);
+        QCOMPARE(s.tab.toggleButton->isChecked(), checked);
+    }
+
+    void applicationsComeFromTheDesktop()
+    {
+        Screens s;
+        s.workspace.installed = {
+            {u"firefox"_s, u"Firefox"_s, u"/usr/share/applications/firefox.desktop"_s, u"firefox"_s},
+            {u"gimp"_s, u"GNU Image Manipulation Program"_s, u"/usr/share/applications/gimp.desktop"_s, {}},
+            {u"xterm"_s, u"XTerm"_s, u"/usr/share/applications/xterm.desktop"_s, {}}};
+        s.tab.selectRow(0);
+        s.tab.radioBtnAllowSelectedApps->click();
+        s.tab.btnAddApp->click();
+        addApplicationVc& chooser = *s.tab.addApplicationVcObj;
+        QCOMPARE(chooser.tblViewApplications->count(), 3);
+        QTest::keyClicks(chooser.textFieldSearch, u"image"_s);
+        QCOMPARE(chooser.tblViewApplications->findItems(u"GNU"_s, Qt::MatchStartsWith)[0]->isHidden(), false);
+        QCOMPARE(chooser.tblViewApplications->item(0)->isHidden(), true);
+        chooser.tblViewApplications->item(1)->setSelected(true);
+        QTest::keyClick(chooser.textFieldSearch, Qt::Key_Return);
+        QCOMPARE(s.list.appsArray(0), QStringList{u"/usr/share/applications/gimp.desktop"_s});
+        QCOMPARE(s.tab.tblViewAllowedApps->item(0)->text(), u"GNU Image Manipulation Program"_s);
+
+        // The same entry from another folder, through the file chooser, is refused.
+        s.tab.btnAddApp->click();
+        chooser.chooseDesktopFiles = [] {
+            return QStringList{u"/home/me/.local/share/applications/GIMP.desktop"_s};
+        };
+        chooser.btnOtherFile->click();
+        QCOMPARE(s.alerts, QStringList{u"Some of the apps selected are already present in the list.|"_s});
+        QCOMPARE(s.list.appsArray(0).size(), 1);
+    }
+
+    void everyControlIsReachableAndNamedAsItReads()
+    {
+        Screens s;
+        s.tab.showStartingFocusMode = [](int, const QString&) {};
+        s.tab.showAbortingFocusModeVc = [] {};
+        s.tab.selectRow(0);
+        s.tab.radioBtnAllowSelectedApps->click();
+        s.tab.radioBtnAllowSelectedUrls->click();
+        s.list.addUrl(0, u"example.org"_s);
+        s.tab.reloadData();
+        s.tab.tblViewAllowedUrls->setCurrentRow(0);
+
+        QSet<QWidget*> chain;
+        for (QWidget* w = s.tab.nextInFocusChain(); w != &s.tab; w = w->nextInFocusChain())
+            chain.insert(w);
+        for (QWidget* w : s.tab.findChildren<QWidget*>()) {
+            if (w->isVisible() && w->isEnabled() && (w->focusPolicy() & Qt::TabFocus))
+                QVERIFY2(chain.contains(w), qPrintable(w->objectName()));
+            if (auto* b = qobject_cast<QAbstractButton*>(w))
+                QCOMPARE(b->accessibleName(), b->text());
+        }
+        for (QListWidget* list : s.tab.findChildren<QListWidget*>()) {
+            if (list->window() != &s.tab)
+                continue; // the sheets' lists are named when they open
+            QVERIFY(!list->accessibleName().isEmpty());
+            for (int i = 0; i < list->count(); ++i)
+                QCOMPARE(list->item(i)->data(Qt::AccessibleTextRole).toString(), list->item(i)->text());
+        }
+        s.tab.tableRowFocusTypeDoubleClicked(0);
+        const addFocusTypeVc& sheet = *s.tab.addFocusTypeVcObj;
+        QCOMPARE(sheet.colorWell->accessibleName(), u"#3D8B6E"_s);
+        QCOMPARE(sheet.colorWell->text(), u"#3D8B6E"_s);
+    }
 };
 
-void FocusTypesTest::init()
-{
-    dir = std::make_unique<QTemporaryDir>();
-    log = std::make_unique<DebugLog>(clock, dir->filePath(QStringLiteral("debug.txt")));
-    preferences.clear();
-    types.clear();
-}
-
-void FocusTypesTest::launchRepair_data()
-{
-    QTest::addColumn<QVariant>("stored");
-    QTest::addColumn<QStringList>("names");
-    QTest::addColumn<QString>("logged");
-
-    QVariantMap oldDefault = focus::makeDefaultType();
-    oldDefault.insert(key::name, QStringLiteral("Renamed by hand"));
-    const QVariantMap work = userType(QStringLiteral("Work"), {{key::isOn, true}});
-    QTest::newRow("default moved last and renamed, meetings inserted, isOn cleared")
-        << QVariant(QVariantList{oldDefault, work}) << QStringList{u"Work"_s, kMeetings, kDefault}
-        << QString();
-    QTest::newRow("nothing stored") << QVariant() << QStringList{kMeetings, kDefault} << QString();
-    QTest::newRow("not a list") << QVariant(QStringLiteral("junk")) << QStringList{kMeetings, kDefault}
-                                << QStringLiteral("not a list");
-    QTest::newRow("not a list of maps")
-        << QVariant(QVariantList{work, QStringLiteral("x")}) << QStringList{kMeetings, kDefault}
-        << QStringLiteral("not a list of dictionaries");
-    QTest::newRow("two types on") << QVariant(QVariantList{
-                                         work, userType(QStringLiteral("Read"), {{key::isOn, true}})})
-                                  << QStringList{u"Work"_s, u"Read"_s, kMeetings, kDefault}
-                                  << QStringLiteral("2 focus types were on");
-    QTest::newRow("missing and wrongly typed keys")
-        << QVariant(QVariantList{
-               QVariantMap{{key::name, 7}, {key::appsArray, 3}, {key::isAllowedAllApps, u"yes"_s}}})
-        << QStringList{QString(), kMeetings, kDefault}
-        << QStringLiteral("name, color, appsArray, urlsArray, isOn, isAllowedAllApps, isAllowedAllUrls");
-    QTest::newRow("colour not hexadecimal")
-        << QVariant(QVariantList{userType(QStringLiteral("Work"), {{key::color, u"red"_s}})})
-        << QStringList{u"Work"_s, kMeetings, kDefault}
-        << QStringLiteral("\"Work\": missing or unreadable color");
-}
-
-void FocusTypesTest::launchRepair()
-{
-    QFETCH(QVariant, stored);
-    QFETCH(QStringList, names);
-    QFETCH(QString, logged);
-
-    const FocusTypeList& types = load(stored);
-    QCOMPARE(::names(types), names);
-    QVERIFY(!types.isFocusModeOn());
-    QVERIFY(types.isDefault(types.count() - 1));
-    QVERIFY(types.isMeetings(types.count() - 2));
-    for (int row = 0; row < types.count(); ++row) {
-        const QVariantMap type = types.type(row);
-        QCOMPARE(type.value(key::isOn).typeId(), QMetaType::Bool);
-        QCOMPARE(type.value(key::appsArray).typeId(), QMetaType::QStringList);
-        QVERIFY(focus::isHexColorString(type.value(key::color).toString()));
-    }
-    QCOMPARE(preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), types.count());
-    if (logged.isEmpty())
-        QVERIFY(logText().isEmpty());
-    else
-        QVERIFY2(logText().contains(logged), qPrintable(logText()));
-}
-
-void FocusTypesTest::nameClashesIgnoreCase_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("exceptRow");
-    QTest::addColumn<bool>("available");
-    QTest::newRow("same case") << u"Work"_s << -1 << false;
-    QTest::newRow("other case") << u"work"_s << -1 << false;
-    QTest::newRow("built-in, other case") << u"MEETINGS"_s << -1 << false;
-    QTest::newRow("renaming the same row to another case") << u"work"_s << 0 << true;
-    QTest::newRow("renaming another row") << u"work"_s << 1 << false;
-    QTest::newRow("new name") << u"Reading"_s << -1 << true;
-}
-
-void FocusTypesTest::nameClashesIgnoreCase()
-{
-    QFETCH(QString, name);
-    QFETCH(int, exceptRow);
-    QFETCH(bool, available);
-    const FocusTypeList& types = load(QVariantList{userType(u"Work"_s), QVariantMap{{key::name, 5}}});
-    QCOMPARE(types.isFocusNameAvailable(name, exceptRow), available);
-}
-
-void FocusTypesTest::duplicateNaming_data()
-{
-    QTest::addColumn<QString>("source");
-    QTest::addColumn<QString>("copy");
-    QTest::addColumn<int>("offset"); // where the copy lands, from the source row
-    // Rows: Work, Work 1, Meetings, default.
-    QTest::newRow("next free number") << u"Work"_s << u"Work 2"_s << 1;
-    QTest::newRow("a copy of a copy") << u"Work 1"_s << u"Work 1 1"_s << 1;
-    QTest::newRow("meetings, without its marker") << kMeetings << u"Meetings 1"_s << 1;
-    QTest::newRow("the default, just before it") << kDefault << kDefault + u" 1"_s << 0;
-}
-
-void FocusTypesTest::duplicateNaming()
-{
-    QFETCH(QString, source);
-    QFETCH(QString, copy);
-    QFETCH(int, offset);
-    FocusTypeList& types = load(QVariantList{userType(u"Work"_s), userType(u"Work 1"_s)});
-    const int row = static_cast<int>(::names(types).indexOf(source));
-    types.setOn(row, true);
-    const QStringList apps = types.appsArray(row);
-
-    const int at = types.makeDuplicateFocus(row);
-    QCOMPARE(at, row + offset);
-    QCOMPARE(types.name(at), copy);
-    QVERIFY(!types.isOn(at) && !types.isBuiltIn(at));
-    QCOMPARE(types.appsArray(at), apps);
-    QVERIFY(types.isDefault(types.count() - 1));
-    QVERIFY(types.removeFocusType(at)); // a copy of a built-in type can go
-}
-
-void FocusTypesTest::removalRefusals_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<bool>("on");
-    QTest::addColumn<int>("answer");
-    QTest::newRow("default") << kDefault << false << int(FocusTypeList::Removal::BuiltIn);
-    QTest::newRow("meetings") << kMeetings << false << int(FocusTypeList::Removal::BuiltIn);
-    QTest::newRow("running type") << u"Work"_s << true << int(FocusTypeList::Removal::RunningType);
-    QTest::newRow("user type") << u"Work"_s << false << int(FocusTypeList::Removal::Allowed);
-}
-
-void FocusTypesTest::removalRefusals()
-{
-    QFETCH(QString, name);
-    QFETCH(bool, on);
-    QFETCH(int, answer);
-    FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
-    const int row = static_cast<int>(::names(types).indexOf(name));
-    types.setOn(row, on);
-    QCOMPARE(int(types.removalCheck(row)), answer);
-    QCOMPARE(types.removeFocusType(row), answer == int(FocusTypeList::Removal::Allowed));
-    QCOMPARE(types.count(), answer == int(FocusTypeList::Removal::Allowed) ? 2 : 3);
-}
-
-void FocusTypesTest::colourStrings_data()
-{
-    QTest::addColumn<QString>("stored");
-    QTest::addColumn<QString>("reads");
-    QTest::newRow("as written") << u"D0963C"_s << u"D0963C"_s;
-    QTest::newRow("with #, lower case") << u"#d0963c"_s << u"D0963C"_s;
-    QTest::newRow("short number") << u"12"_s << u"000012"_s;
-    QTest::newRow("stops at the first non-digit") << u"12G4"_s << u"000012"_s;
-    QTest::newRow("not a number") << u"red"_s << u"000000"_s;
-    QTest::newRow("empty") << QString() << u"000000"_s;
-    QTest::newRow("too long") << u"FFFFFFFFFFFF"_s << u"FFFFFF"_s;
-}
-
-void FocusTypesTest::colourStrings()
-{
-    QFETCH(QString, stored);
-    QFETCH(QString, reads);
-    QCOMPARE(focus::getColorString(focus::colorFromString(stored)), reads);
-}
-
-void FocusTypesTest::sameApplicationFromTwoFoldersIsOneEntry()
-{
-    FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
-    QVERIFY(!types.addApps(0, {u"/usr/share/applications/firefox.desktop"_s}));
-    QVERIFY(types.addApps(0, {u"/home/u/.local/share/applications/Firefox.desktop"_s,
-                              u"/usr/share/applications/gimp.desktop"_s}));
-    QCOMPARE(types.appsArray(0), (QStringList{u"/usr/share/applications/firefox.desktop"_s,
-                                              u"/usr/share/applications/gimp.desktop"_s}));
-}
-
-void FocusTypesTest::blockersReadTheRulesOfTheTypeThatIsOn()
-{
-    FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
-    types.setAllowedAllApps(0, false);
-    types.addApps(0, {u"/usr/share/applications/gimp.desktop"_s});
-    types.fillAllowAppArray();
-    QVERIFY(types.allowAppsPath().isEmpty()); // nothing is on
-
-    types.setOn(0, true);
-    types.fillAllowAppArray();
-    types.fillAllowUrlArray();
-    QVERIFY(!types.isAllowedAllAppsInFocus());
-    QCOMPARE(types.allowAppsPath(), QStringList{u"/usr/share/applications/gimp.desktop"_s});
-    QVERIFY(types.isAllowedAllUrlsInFocus());
-
-    // A change to the running type's rules reaches the blockers at once.
-    QSignalSpy urls(&types, &FocusTypeList::allowUrlsChanged);
-    types.setAllowedAllUrls(0, false);
-    types.addUrl(0, u"example.org"_s);
-    QCOMPARE(urls.count(), 2);
-    QVERIFY(!types.isAllowedAllUrlsInFocus());
-    QCOMPARE(types.allowUrl(), QStringList{u"example.org"_s});
-}
-
-QTEST_GUILESS_MAIN(FocusTypesTest)
+QTEST_MAIN(FocusTypesTest)
 #include "tst_focustypes.moc"

@@ -42,7 +42,8 @@ private Q_SLOTS:
         QCOMPARE(csv.readAll(), QByteArray(UsageLog::kHeader));
         QFile page(data + u"/vlmr-focus.html"_s);
         QVERIFY(page.open(QIODevice::ReadOnly));
-        QVERIFY(page.readAll().contains("old_url"));
+        QVERIFY(page.readAll().contains("vlmr-focus.js"));
+        QVERIFY(QFile::exists(data + u"/vlmr-focus.js"_s));
         QVERIFY(QFile::exists(data + u"/logo.png"_s));
         // The sound server can only play real files.
         for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})

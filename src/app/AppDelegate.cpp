@@ -274,6 +274,7 @@ void AppDelegate::prepareDataFolder()
     m_usage.setPath(folder.filePath(QStringLiteral("vlmrStats.csv")));
     m_usage.createIfMissing();
     refreshFromPackage(QStringLiteral(":/block.html"), QStringLiteral("vlmr-focus.html"));
+    refreshFromPackage(QStringLiteral(":/vlmr-focus.js"), QStringLiteral("vlmr-focus.js"));
     refreshFromPackage(QStringLiteral(":/logo.png"), QStringLiteral("logo.png"));
     // The sound server plays files, not packaged resources.
     folder.mkpath(QStringLiteral("sounds"));

@@ -137,7 +137,8 @@ private Q_SLOTS:
     {
         // The query strings come from arbitrary web addresses: markup in them must
         // never be interpreted, and the page must work without a network.
-        const QString page = QString::fromUtf8(readResource(u":/block.html"_s));
+        const QString page =
+            QString::fromUtf8(readResource(u":/block.html"_s) + readResource(u":/vlmr-focus.js"_s));
         for (const char* key : {"old_url", "block_type", "focus_mode", "focus_mode_end_time"})
             QVERIFY2(page.contains(u'"' + QLatin1String(key) + u'"'), key);
         QVERIFY(page.contains(u"URLSearchParams"));

@@ -70,7 +70,8 @@ private Q_SLOTS:
         f.launch(at(23, QTime(15, 0)));
         QCOMPARE(AppFixture::readAll(data + u"/vlmrStats.csv"_s), QString::fromUtf8(UsageLog::kHeader));
         // The block page is the packaged one, not what an older version left there.
-        QVERIFY(AppFixture::readAll(data + u"/vlmr-focus.html"_s).contains(u"old_url"_s));
+        QVERIFY(AppFixture::readAll(data + u"/vlmr-focus.html"_s).contains(u"vlmr-focus.js"_s) &&
+                QFile::exists(data + u"/vlmr-focus.js"_s));
         QVERIFY(QFile::exists(data + u"/logo.png"_s));
         // The sound server can only play real files.
         for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})

@@ -1,22 +1,130 @@
 #include "DebugLog.h"
 #include "FakePorts.h"
 #include "FocusSummary.h"
+#include "PreferenceKeys.h"
 #include "RecordFormats.h"
-#include "Samples.h"
 #include "SettingsLoader.h"
 #include "SettingsPreferences.h"
 #include "SyncTimestamps.h"
+#include "UsageLog.h"
 
-#include <QDir>
+#include <cstdio>
+#include <QLoggingCategory>
 #include <QProcess>
 #include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QtTest>
 
 using namespace velmora;
+using namespace Qt::StringLiterals;
 
 // Kills a writer of each of the program's files at random moments, then starts
-// the readers from what it left: old or new contents, never a torn file.
+// the readers from what it left: the old or the new contents, never a torn file.
+// The writer is this program again ("--write"), so both sides know the contents.
+
+namespace {
+
+const QDateTime kTimes[2] = {QDateTime(QDate(2026, 11, 23), QTime(7, 30)),
+                             QDateTime(QDate(2026, 11, 24), QTime(7, 45))};
+const int kKills = 200;
+
+// A focus-block row that the summary counts; the activity numbers the rows.
+UsageRow usageRow(int n)
+{
+    return {u"focus block"_s,         u"row %1"_s.arg(n), u"1500"_s, {}, {},
+            u"2026-11-23 07:00:00"_s, u"wrote tests"_s};
+}
+
+// Some 4 KB; the variants differ in their number of habits.
+QString settingsDocument(int variant)
+{
+    QStringList habits;
+    for (int i = 0; i < 30 + variant; ++i)
+        habits << uR"({"name": "Habit %1", "durationSeconds": 60, "videoUrl": ["https://example.org/%1"]})"_s
+                      .arg(i);
+    return u"{\"morningHabits\": [\n%1\n]}\n"_s.arg(habits.join(u",\n"_s));
+}
+
+QVariantList focusTypes(int variant)
+{
+    QVariantList types;
+    for (int i = 0; i < 12; ++i)
+        types << QVariantMap{{u"name"_s, u"Focus %1"_s.arg(i + variant)},
+                             {u"allowedUrls"_s, QStringList(5, u"https://example.org/"_s)}};
+    return types;
+}
+
+// Writes one file through the program's own code, alternating between two
+// contents, and prints the number of each finished write. It ends with the kill,
+// or with SIGPIPE once the test is gone.
+int writeForever(const QString& kind, const QDir& folder, int first)
+{
+    test::FakeClock clock(kTimes[0]);
+    SettingsPreferences preferences(folder.filePath(u"velmora.conf"_s));
+    test::MemoryPreferences syncFolder;
+    syncFolder.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
+    const SyncTimestamps timestamps(syncFolder, clock);
+    const UsageLog log(clock, folder.filePath(u"vlmrStats.csv"_s));
+    if (kind == u"log" && !log.createIfMissing())
+        return 1;
+    for (int i = first;; ++i) {
+        if (kind == u"log") {
+            log.addEntryInCsv(usageRow(i));
+        } else if (kind == u"plist") {
+            clock.set(kTimes[i % 2]);
+            timestamps.writeMorningRoutineDate();
+            timestamps.writeEveningRoutineDate();
+        } else {
+            // The settings document is kept among the preferences.
+            preferences.setValue(keys::kUserdefaultsFirstRunDate, kTimes[i % 2]);
+            preferences.setValue(keys::kUserdefaultsArrFocusTypes, focusTypes(i % 2));
+            preferences.setValue(keys::kUserdefaultsSelectedJson, settingsDocument(i % 2));
+            preferences.sync();
+        }
+        std::printf("%d\n", i);
+        std::fflush(stdout);
+    }
+}
+
+// Reads the file as the program does when it starts.
+void checkStart(const QString& kind, const QDir& folder, int lastWritten, int& rows)
+{
+    const SettingsPreferences preferences(folder.filePath(u"velmora.conf"_s));
+    if (kind == u"log") {
+        // The header and every row up to the one being written, byte for byte.
+        QFile file(folder.filePath(u"vlmrStats.csv"_s));
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray bytes = file.readAll();
+        rows = int(bytes.count('\n')) - 1;
+        QVERIFY2(rows > lastWritten, "a written row is lost");
+        QByteArray expected(UsageLog::kHeader);
+        for (int i = 0; i < rows; ++i)
+            expected += UsageLog::formatRow(formatRecordDate(kTimes[0]), usageRow(i)).toUtf8();
+        QCOMPARE(bytes, expected);
+        QCOMPARE(readCsv(file.fileName(), kTimes[0].addDays(-1)).arrFocusSummaryDic.size(), rows);
+    } else if (kind == u"preferences") {
+        // All keys from the same write, and the loader builds the morning from it.
+        const QString saved = preferences.string(keys::kUserdefaultsSelectedJson).value_or(QString());
+        const int variant = saved == settingsDocument(1) ? 1 : 0;
+        QCOMPARE(saved, settingsDocument(variant));
+        QVERIFY(preferences.date(keys::kUserdefaultsFirstRunDate) == kTimes[variant]);
+        QVERIFY(preferences.mapList(keys::kUserdefaultsArrFocusTypes) == focusTypes(variant));
+        RunState state;
+        test::FakeClock clock;
+        readSettingsJsonDictionary(state, preferences, {}, DebugLog(clock, {}));
+        QCOMPARE(state.arrAllMorningHabits.size(), 30 + variant);
+    } else {
+        test::MemoryPreferences syncFolder;
+        syncFolder.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
+        test::FakeClock clock;
+        const SyncTimestamps timestamps(syncFolder, clock);
+        for (const auto& date : {timestamps.getMorningRoutineDate(), timestamps.getEveningRoutineDate()})
+            QVERIFY(date == kTimes[0] || date == kTimes[1]);
+    }
+}
+
+} // namespace
+
 class tst_durability : public QObject
 {
     Q_OBJECT
@@ -24,117 +132,55 @@ class tst_durability : public QObject
 private Q_SLOTS:
     void killedWriterLeavesOldOrNew_data();
     void killedWriterLeavesOldOrNew();
-
-private:
-    void checkLog(const QDir& folder, int lastWritten, int& rows);
-    void checkPreferences(const QDir& folder);
-    void checkSettings(const QDir& folder);
-    void checkPlist(const QDir& folder);
 };
 
 void tst_durability::killedWriterLeavesOldOrNew_data()
 {
     QTest::addColumn<QString>("kind");
-    for (const char* kind : {"log", "preferences", "settings", "plist"})
+    for (const char* kind : {"log", "preferences", "plist"})
         QTest::newRow(kind) << QString::fromLatin1(kind);
 }
 
 void tst_durability::killedWriterLeavesOldOrNew()
 {
     QFETCH(QString, kind);
-    const int kills = qEnvironmentVariableIsSet("DURABILITY_KILLS") ? qEnvironmentVariableIntValue("DURABILITY_KILLS") : 200;
-    const quint32 seed = qEnvironmentVariableIsSet("DURABILITY_SEED")
-                             ? quint32(qEnvironmentVariableIntValue("DURABILITY_SEED"))
-                             : 20261123u;
-    qInfo("%d kills, seed %u (DURABILITY_SEED replays the counts)", kills, seed);
+    const quint32 seed = qEnvironmentVariable("DURABILITY_SEED", u"20261123"_s).toUInt();
+    qInfo("%d kills, seed %u (DURABILITY_SEED replays the counts)", kKills, seed);
     QRandomGenerator random(seed);
+    QLoggingCategory::setFilterRules(u"default.debug=false"_s); // the loader reports every document
     QTemporaryDir temporary;
     const QDir folder(temporary.path());
+    // What a writer killed between making its lock file and filling it leaves.
+    QFile(folder.filePath(u"velmora.conf.lock"_s)).open(QIODevice::WriteOnly);
     int rows = 0;
-    for (int n = 0; n < kills; ++n) {
+    for (int n = 0; n < kKills && !QTest::currentTestFailed(); ++n) {
         QProcess writer;
-        writer.start(QStringLiteral(VELMORA_DURABILITY_WRITER),
-                     {kind, folder.path(), QString::number(kind == u"log" ? rows : n)});
-        QVERIFY(writer.waitForStarted());
-        // The kill lands somewhere inside the write after the last line read.
+        writer.start(QCoreApplication::applicationFilePath(),
+                     {u"--write"_s, kind, folder.path(), QString::number(kind == u"log" ? rows : n)});
+        // The kill lands somewhere in the write that follows the last line read.
         int lastWritten = -1;
-        for (int lines = random.bounded(1, 6); lines > 0;) {
+        for (int lines = random.bounded(1, 3); lines > 0;) {
             QVERIFY2(writer.canReadLine() || writer.waitForReadyRead(10000), "the writer does not get on");
             for (; lines > 0 && writer.canReadLine(); --lines)
                 lastWritten = writer.readLine().trimmed().toInt();
         }
         writer.kill();
         QVERIFY(writer.waitForFinished());
-        if (kind == u"log")
-            checkLog(folder, lastWritten, rows);
-        else if (kind == u"preferences")
-            checkPreferences(folder);
-        else if (kind == u"settings")
-            checkSettings(folder);
-        else
-            checkPlist(folder);
+        checkStart(kind, folder, lastWritten, rows);
         if (QTest::currentTestFailed())
-            return qWarning("after kill %d", n);
+            qWarning("after kill %d", n);
     }
     qInfo() << "left in the folder:" << folder.entryList(QDir::Files | QDir::Hidden);
 }
 
-// The header and every row up to the one being written, byte for byte; the
-// summary of the day reads them all.
-void tst_durability::checkLog(const QDir& folder, int lastWritten, int& rows)
+int main(int argc, char** argv)
 {
-    const QString path = folder.filePath(QStringLiteral("vlmrStats.csv"));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    const QByteArray bytes = file.readAll();
-    rows = int(bytes.count('\n')) - 1;
-    QVERIFY2(rows > lastWritten, "a written row is lost");
-    QByteArray expected(UsageLog::kHeader);
-    for (int i = 0; i < rows; ++i)
-        expected += UsageLog::formatRow(formatRecordDate(durability::kTimes[0]), durability::usageRow(i)).toUtf8();
-    QCOMPARE(bytes, expected);
-    const FocusSummaryData summary = readCsv(path, durability::kTimes[0].addDays(-1));
-    QCOMPARE(summary.arrFocusSummaryDic.size(), rows);
+    if (argc == 5 && qstrcmp(argv[1], "--write") == 0)
+        return writeForever(QString::fromLocal8Bit(argv[2]), QDir(QString::fromLocal8Bit(argv[3])),
+                            std::atoi(argv[4]));
+    QCoreApplication app(argc, argv);
+    tst_durability test;
+    return QTest::qExec(&test, argc, argv);
 }
 
-static QVariantList storedPreferences(const Preferences& preferences)
-{
-    using namespace durability;
-    auto orNull = [](const auto& optional) { return optional ? QVariant::fromValue(*optional) : QVariant(); };
-    return {orNull(preferences.boolean(kPreferenceKeys[0])), orNull(preferences.date(kPreferenceKeys[1])),
-            orNull(preferences.stringList(kPreferenceKeys[2])), orNull(preferences.mapList(kPreferenceKeys[3]))};
-}
-
-void tst_durability::checkPreferences(const QDir& folder)
-{
-    const SettingsPreferences preferences(folder.filePath(QStringLiteral("velmora.conf")));
-    const QVariantList stored = storedPreferences(preferences);
-    QVERIFY2(stored == durability::preferenceValues(0) || stored == durability::preferenceValues(1),
-             qPrintable(QDebug::toString(stored)));
-}
-
-// The saved document is one of the two, and the loader builds the morning from it.
-void tst_durability::checkSettings(const QDir& folder)
-{
-    const SettingsPreferences preferences(folder.filePath(QStringLiteral("velmora.conf")));
-    const QString saved = preferences.string(keys::kUserdefaultsSelectedJson).value_or(QString());
-    const int variant = saved == durability::settingsDocument(1) ? 1 : 0;
-    QCOMPARE(saved, durability::settingsDocument(variant));
-    RunState state;
-    test::FakeClock clock;
-    readSettingsJsonDictionary(state, preferences, {}, DebugLog(clock, {}));
-    QCOMPARE(state.arrAllMorningHabits.size(), 30 + variant);
-}
-
-void tst_durability::checkPlist(const QDir& folder)
-{
-    test::MemoryPreferences preferences;
-    preferences.setValue(keys::kUserdefaultsSelectedFolder, folder.path());
-    test::FakeClock clock;
-    const SyncTimestamps timestamps(preferences, clock);
-    for (const auto& date : {timestamps.getMorningRoutineDate(), timestamps.getEveningRoutineDate()})
-        QVERIFY(date == durability::kTimes[0] || date == durability::kTimes[1]);
-}
-
-QTEST_GUILESS_MAIN(tst_durability)
 #include "tst_durability.moc"

@@ -44,10 +44,11 @@ QVariant storable(const QVariant& value)
 }
 
 // QSettings guards each write with "<file>.lock", which holds the writer's
-// process id and a lock on the file itself. A writer killed between making that
-// file and filling it leaves it empty; QSettings cannot tell whose it is and
-// waits out its half-minute stale time on every write, freezing the program.
-// An empty lock file that nobody holds a lock on is such a leftover.
+// process id and, while the writer lives, a lock on the file itself. A writer
+// killed between making that file and filling it leaves it empty; QSettings
+// cannot tell whose it is, and its next write waits until the file is half a
+// minute old, freezing the program that long. An empty lock file that nobody
+// holds a lock on is such a leftover.
 void removeAbandonedLock(const QString& settingsFile)
 {
     const QByteArray lockFile = QFile::encodeName(settingsFile + u".lock"_s);

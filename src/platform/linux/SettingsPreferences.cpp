@@ -1,6 +1,12 @@
 #include "SettingsPreferences.h"
 
+#include <fcntl.h>
+#include <QDebug>
+#include <QFile>
 #include <QStandardPaths>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -37,11 +43,32 @@ QVariant storable(const QVariant& value)
     }
 }
 
+// QSettings guards each write with "<file>.lock", which holds the writer's
+// process id and, while the writer lives, a lock on the file itself. A writer
+// killed between making that file and filling it leaves it empty; QSettings
+// cannot tell whose it is, and its next write waits until the file is half a
+// minute old, freezing the program that long. An empty lock file that nobody
+// holds a lock on is such a leftover.
+void removeAbandonedLock(const QString& settingsFile)
+{
+    const QByteArray lockFile = QFile::encodeName(settingsFile + u".lock"_s);
+    const int fd = ::open(lockFile.constData(), O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return;
+    struct stat status = {};
+    if (::fstat(fd, &status) == 0 && status.st_size == 0 && ::flock(fd, LOCK_EX | LOCK_NB) == 0) {
+        qDebug() << "removing the empty lock file left by a writer that died:" << lockFile;
+        ::unlink(lockFile.constData());
+    }
+    ::close(fd);
+}
+
 } // namespace
 
 SettingsPreferences::SettingsPreferences(const QString& filePath)
     : m_settings(filePath.isEmpty() ? defaultFilePath() : filePath, QSettings::IniFormat)
 {
+    removeAbandonedLock(m_settings.fileName());
 }
 
 QString SettingsPreferences::defaultFilePath()

@@ -7,7 +7,6 @@
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
-prefs() { "$VELMORA_PREFS" "$VELMORA_CONF" "$@"; }
 prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [{"name": "Water", "durationSeconds": 60}],
  "eveningHabits": [], "breakActivities": [{"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": true}],
  "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
@@ -17,20 +16,13 @@ prefs set-date kUserdefaultsShutdownAborted "$(date -d tomorrow +%F) 07:00:00"
 
 port="$("$VELMORA_IT_PYTHON" -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')"
 export QTWEBENGINE_REMOTE_DEBUGGING="127.0.0.1:$port"
-cdp() { "$VELMORA_IT_PYTHON" "$(dirname "$0")/cdp.py" "$port" "qrc:" "$@"; }
+cdp() { "$VELMORA_IT_PYTHON" "$it_here/web.py" page "$port" "qrc:" "$@"; }
 page_says() { [ "$(cdp eval "$1")" = "$2" ]; }
 
 start_accessibility
 start_velmora "$(date +%F) 12:00:00"
-poll 30 "the status icon is embedded in the tray" xutil tray-icons velmora
-icon="$(xutil tray-icons velmora | head -n1 | cut -d' ' -f1)"
-open_panel() {
-    a11y has button "Preferences" && return 0
-    xdotool mousemove --window "$(($icon))" 10 10 click 1
-    sleep 0.5
-    a11y has button "Preferences"
-}
-seen="a11y names button" poll 20 "the panel opens from the tray icon" open_panel
+tray_icon
+open_panel
 a11y press "Preferences" || fail "Preferences could not be pressed on the panel"
 poll 10 "the preferences window is mapped" mapped_titled "Velmora preferences"
 ! grep -q WebEngineCore "/proc/$VELMORA_PID/maps" || fail "the web engine was loaded before the settings page"
@@ -54,8 +46,6 @@ poll 5 "the empty name is marked" page_says 'document.getElementById("morningHab
 cdp type "Water"
 poll 5 "the mark goes" page_says 'document.getElementById("morningHabits-0-name-error").textContent' '""'
 cdp eval 'document.getElementById("morningHabits-title").scrollIntoView()' >/dev/null
-sleep 0.5 # the next frame is drawn
-screenshot settings-page
 
 # The program's alert is modal, and an input event sent through the debugging port
 # waits for its handler: the press comes a moment after the call.
@@ -65,26 +55,9 @@ seen="a11y names label" poll 15 "the program says the settings are valid" \
 # The next run owes today's morning, so its overview shows the habits it loaded.
 prefs set-date UserdefaultsLastHabitShowDate "$(date -d yesterday +%F) 00:00:01"
 a11y press OK || fail "the alert's OK could not be pressed"
-first="$VELMORA_PID"
-VELMORA_PID=""
-gone() { ! alive "$first"; }
-poll 15 "the program ends for its restart" gone
-wait "$first" || true
-# The new program of this session (other tests may run the same binary at the same time),
-# not a child it forks for a command (which runs our binary until it execs).
-restarted() {
-    local p bin parent
-    bin="$(readlink -f "$VELMORA_BIN")"
-    for p in /proc/[0-9]*; do
-        [ "${p#/proc/}" != "$first" ] && [ "$(readlink "$p/exe")" = "$bin" ] || continue
-        grep -qzxF "VELMORA_IT_SESSION=$VELMORA_IT_SESSION" "$p/environ" || continue
-        parent="$(awk '/^PPid:/ {print $2}' "$p/status")"
-        [ "$(readlink "/proc/$parent/exe")" != "$bin" ] && echo "${p#/proc/}" && return 0
-    done 2>/dev/null
-    return 1
-}
-poll 15 "the program started again" restarted
-VELMORA_PID="$(restarted)"
+wait_exit 15
+poll 15 "the program started again" session_velmora
+VELMORA_PID="$(session_velmora)"
 seen="a11y names row" poll 20 "the restarted program's morning lists the new habit" \
     a11y has row "2.   Read ten pages"
 

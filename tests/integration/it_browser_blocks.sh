@@ -1,18 +1,20 @@
 #!/usr/bin/env bash
-# The address blocker in the browsers, in windows on the desktop, with our extension and the
-# host manifests the program wrote at launch. With no block running, an always-blocked
-# address lands on the extension's block page before the page is shown: in Chromium with
-# block_type=always-blocked, in Firefox ESR (loaded through web-ext) as well. Then a focus
-# block whose type allows Chromium and docs.test: another address lands on the block page
-# with the old address, the block's end time and the type's name; docs.test stays.
+# The browsers on the desktop, with our extension and the host manifests the program wrote
+# at launch. With no block running, an always-blocked address lands on the extension's
+# block page before the page is shown, in Chromium and in Firefox ESR (through web-ext). A
+# call in Chromium brings the Meetings block. In a block whose type allows Chromium and
+# docs.test, another address lands there with the old address, the end time and the type.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/browser_setup.sh"
 web_ext="${VELMORA_WEB_EXT:-$(command -v web-ext || true)}"
 [ -x "$web_ext" ] && [ -x /usr/bin/firefox-esr ] || fail "needs firefox-esr and web-ext (scripts/install-deps.sh)"
 
-# The pomodoro window waits behind the browsers until the block is started.
-before_launch() { focus_block_prefs '["/usr/share/applications/chromium.desktop"]' '["docs.test"]'; }
+before_launch() {
+    prefs set-list kUserdefaultsArrFocusTypes '[{"name": "Deep", "color": "3366CC",
+        "appsArray": ["/usr/share/applications/chromium.desktop"], "urlsArray": ["docs.test"]}]'
+    start_accessibility
+}
 program_start '["news.test", "127.0.0.1"]'
 chromium_start
 block_page="chrome-extension://$extension_id/vlmr-focus.html"
@@ -32,10 +34,29 @@ seen=firefox_title poll 15 "Firefox shows the block page" eval 'firefox_title | 
 screenshot firefox-blocked
 stop_helper "$helper"
 
-focus_block_start
+# A call with Chromium open: a recording on the sound server brings the meeting suggestion;
+# accepting it starts the Meetings block without an end time, which ends with the call and
+# says in its row which program it was.
+start_helper parecord --device=mic /dev/null
+question="It looks like you're in a meeting. Will you need to use other apps during the meeting? If not, I can block everything else to help you concentrate."
+seen="a11y names label" poll 30 "the meeting suggestion comes up" a11y has label "$question"
+a11y has button "It's ok for me to use other apps during this meeting" || fail "the suggestion lacks its second button"
+a11y press "Block everything else" || fail "\"Block everything else\" could not be pressed"
+poll 10 "the Meetings block started without an end time" grep -q "focus mode Started until - $" "$VELMORA_LOG"
+stop_helper "$helper"
+seen="tail -n 2 $VELMORA_STATS" poll 30 "the block ended with the call and wrote its row" \
+    grep -q '^focus block,.*,Meetings,.*,Meeting using {chromium.desktop},' "$VELMORA_STATS"
+
+# A block of the user's type, from its row on the tray panel and its start dialog.
+tray_icon
+open_panel
+a11y press Deep || fail "the panel's Deep row could not be pressed"
+seen="a11y names label" poll 10 "the start dialog of Deep is up" a11y has label "Starting Focus type - Deep"
+a11y press "Start Focus" || fail "Start Focus could not be pressed"
+poll 10 "the block started" grep -q "focus mode Started until - 12:2" "$VELMORA_LOG"
 tab="$(tabs open "http://news.test/today")"
 tabs wait "$tab" "$block_page" 10 || fail "news.test was not sent to the block page in the block"
-# 25 minutes from about 12:00 on the program's clock.
+# Twenty minutes (the dialog's default) from about 12:01 on the program's clock.
 [[ "$(tabs url "$tab")" == *"?old_url=http:%2F%2Fnews.test%2Ftoday&focus_mode_end_time=${day}T12:2"?":"??"&focus_mode=Deep" ]] ||
     fail "the block page in the block has the wrong query: $(tabs url "$tab")"
 tab="$(tabs open "http://docs.test/guide")"

@@ -13,7 +13,10 @@ set -euo pipefail
 
 morning_done '{"morningHabits": [{"name": "Water", "durationSeconds": 120}], "startTime": "07:00", "shutOffTime": "22:00"}'
 item_apps_entries
-focus_block_prefs "[\"$XDG_DATA_HOME/applications/alpha.desktop\"]" '[]'
+prefs set-list kUserdefaultsArrFocusTypes \
+    "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
+prefs set-bool kUserdefaultsShowPomodoroView true
+start_accessibility
 notifications="$VELMORA_IT_DIR/notifications.log"
 dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
 it_helpers+=("$!")
@@ -31,7 +34,8 @@ xdotool key Escape
 panel_gone() { ! a11y has button "Preferences"; }
 poll 5 "Escape closes the panel" panel_gone
 
-focus_block_start
+a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
+poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
 grep -q "focus mode Started until - 10:25 AM" "$VELMORA_LOG" || fail "the block does not end at 10:25 AM"
 pomodoro_gone() { ! a11y has button "Let's do it"; }
 seen="a11y names button" poll 10 "the pomodoro window is gone" pomodoro_gone

@@ -1,6 +1,5 @@
-# Helpers of the integration scripts, sourced inside a session (session.sh) by a script
-# that has set -euo pipefail. VELMORA_BIN names the program, VELMORA_PREFS the velmora-prefs
-# tool, VELMORA_TEST_OUTPUT the folder for screenshots and logs.
+# Helpers of the integration scripts, sourced inside a session (session.sh) under set -euo
+# pipefail. VELMORA_BIN is the program, VELMORA_PREFS velmora-prefs (prefs_tool.cpp).
 
 it_name="$(basename "$0" .sh)"
 it_here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
@@ -26,17 +25,13 @@ fail() {
     echo "FAIL: $*" >&2
     set +e
     screenshot failure
-    {
-        echo "== windows"; xwininfo -root -tree
-        echo "== root"; xprop -root _NET_CLIENT_LIST_STACKING _NET_ACTIVE_WINDOW
-        echo "== pulse source outputs"; pactl list short source-outputs
-        echo "== $VELMORA_CONF"; cat "$VELMORA_CONF"
-        echo "== $VELMORA_LOG"; cat "$VELMORA_LOG"
-        [ -z "$it_a11y" ] || ! velmora_running || { echo "== widgets on AT-SPI"; a11y dump; }
-    } >"$VELMORA_TEST_OUTPUT/failure-state.txt" 2>&1
-    echo "--- the program's output" >&2; tail -n 25 "$VELMORA_OUT" >&2
-    echo "--- debug log" >&2; tail -n 15 "$VELMORA_LOG" >&2
-    echo "--- desktop state in $VELMORA_TEST_OUTPUT/failure-state.txt" >&2
+    local what
+    for what in "xwininfo -root -tree" "xprop -root _NET_CLIENT_LIST_STACKING _NET_ACTIVE_WINDOW" \
+        "pactl list short source-outputs" "cat $VELMORA_CONF" "cat $VELMORA_LOG" "${it_a11y:+a11y dump}"; do
+        echo "== $what" && $what
+    done >"$VELMORA_TEST_OUTPUT/failure-state.txt" 2>&1
+    tail -n 20 "$VELMORA_OUT" "$VELMORA_LOG" >&2
+    echo "--- the desktop in $VELMORA_TEST_OUTPUT/failure-state.txt" >&2
     exit 1
 }
 
@@ -60,7 +55,6 @@ poll() {
     done
 }
 
-# Preference keys as the program stores them (prefs_tool.cpp).
 prefs() {
     [ -x "${VELMORA_PREFS:-}" ] || fail "VELMORA_PREFS ('${VELMORA_PREFS:-}') is not the velmora-prefs tool"
     "$VELMORA_PREFS" "$VELMORA_CONF" "$@"
@@ -126,11 +120,11 @@ wait_exit() {
 
 stop_velmora() {
     [ -n "$VELMORA_PID" ] || return 0
-    kill -TERM "$VELMORA_PID" 2>/dev/null
+    kill -TERM "$VELMORA_PID" 2>/dev/null || true
     local deadline=$((SECONDS + 10))
     while velmora_running && [ "$SECONDS" -lt "$deadline" ]; do sleep 0.1; done
-    kill -KILL "$VELMORA_PID" 2>/dev/null
-    wait "$VELMORA_PID" 2>/dev/null
+    ! velmora_running || kill -KILL "$VELMORA_PID"
+    wait "$VELMORA_PID" 2>/dev/null || true
     VELMORA_PID=""
 }
 
@@ -154,7 +148,7 @@ start_helper() {
     helper=$!
     it_helpers+=("$helper")
 }
-stop_helper() { kill -TERM "$1" 2>/dev/null; wait "$1" 2>/dev/null || true; }
+stop_helper() { kill -TERM "$1" 2>/dev/null || true; wait "$1" 2>/dev/null || true; }
 
 it_cleanup() {
     local status=$? pid
@@ -257,18 +251,3 @@ start_accessibility() {
 # a11y has KIND TEXT | names KIND | press TEXT | center TEXT | field | dump  (see a11y.py)
 a11y() { "$VELMORA_IT_PYTHON" "$it_here/a11y.py" "$VELMORA_PID" "$@"; }
 
-# A focus type of the user's own, "Deep", allowing APPS-JSON and URLS-JSON, and the marker
-# by which a restart owes the user the pomodoro window. Before start_velmora.
-focus_block_prefs() {
-    prefs set-list kUserdefaultsArrFocusTypes \
-        "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": $1, \"urlsArray\": $2}]"
-    prefs set-bool kUserdefaultsShowPomodoroView true
-    start_accessibility
-}
-
-# Starts the 25-minute block from the pomodoro window.
-focus_block_start() {
-    seen="a11y names button" poll 30 "the pomodoro window offers \"Let's do it\"" a11y has button "Let's do it"
-    a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
-    poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
-}

@@ -2,16 +2,19 @@
 # A whole morning routine as the user goes through it at 07:00, the lock over both monitors
 # and above the window the user was working in; with the keyboard and, for the last button,
 # the mouse; then the lock going away and the rows of the usage log. Screens are read
-# through AT-SPI by their texts, as a screen reader would.
+# through AT-SPI by their texts, as a screen reader would. The second habit allows one
+# application: while it runs the lock is down, the program launches that application from
+# its desktop entry, and every other one is iconified each time it comes to the front; then
+# the lock is back as before, and once the routine is over nothing is hidden any more.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/item_apps.sh"
 
-habit() { # NAME LOG-QUANTITY
-    printf '{"name": "%s", "durationSeconds": 5, "logQuantity": %s}' "$1" "$2"
-}
-prefs set-string kUserdefaultsSelectedJson "{
-    \"morningHabits\": [$(habit Water false), $(habit Stretch false), $(habit Push-ups true)],
-    \"breakActivities\": [], \"breakAfterMinutes\": 50, \"startTime\": \"07:00\", \"shutOffTime\": \"22:00\"}"
+item_apps_entries
+prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [{"name": "Water", "durationSeconds": 5},
+    {"name": "Writing", "durationSeconds": 20, "allowedApps": ["Alpha"]},
+    {"name": "Push-ups", "durationSeconds": 5, "logQuantity": true}],
+    "breakActivities": [], "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
 night_done
 ordinary_window
 poll 5 "the ordinary window is the active one" is_active "$ordinary"
@@ -35,9 +38,20 @@ seen=$seen_labels poll 10 "the overview's title is shown" label_shown "$title"
 # unit tests' business; here the keys and the mouse go through the real window system.
 seen=$seen_all poll 40 "the start button 'Start 5 seconds Water' comes when the countdown ends" \
     a11y has button "Start 5 seconds Water"
-for name in Water Stretch Push-ups; do
+for name in Water Writing Push-ups; do
     xdotool key --clearmodifiers Return
-    seen=$seen_labels poll 5 "the timer screen 'Do some $name.' is shown" label_shown "Do some $name."
+    if [ "$name" = Writing ]; then
+        poll 10 "the lock is down while Writing runs" eval '! mapped_titled "Velmora lock"'
+        poll 15 "Writing's application Alpha was launched" xdotool search --onlyvisible --class '^Alpha$'
+        alpha="$(xdotool search --onlyvisible --class '^Alpha$' | head -n1)"
+        # Openbox gives a new window the focus: Beta may be hidden as soon as it appears.
+        start_helper "$VELMORA_IT_PYTHON" "$it_here/testwin.py" Beta
+        beta_hidden_alpha_stays
+        poll 30 "the lock is back when Writing is over" mapped_titled "Velmora lock"
+        check_lock_up
+    else
+        seen=$seen_labels poll 5 "the timer screen 'Do some $name.' is shown" label_shown "Do some $name."
+    fi
     [ "$name" = Push-ups ] ||
         seen=$seen_all poll 10 "the progress screen '$name finished!✅' is shown" label_shown "$name finished!✅"
 done
@@ -62,8 +76,11 @@ seen=$seen_all poll 5 "'OK - Stay focused throughout the day!' shows after the c
 lock_gone() { ! mapped_titled "Velmora lock" && ! mapped_titled "Velmora blank"; }
 seen="xwininfo -root -children | grep Velmora" poll 10 "the lock windows go away after the message" lock_gone
 ! xutil keyboard-grabbed || fail "the keyboard is still grabbed after the lock went away"
+xdotool windowactivate "$beta" 2>/dev/null || true
+sleep 2
+! iconic "$beta" || fail "Beta was still hidden after the habit was over"
 
 # One row per habit, in order, stamped on the program's clock, with the quantity typed.
 rows="$(tail -n +2 "$VELMORA_STATS" | cut -d, -f1-4,6-7 | sed -E "s/$day 07:0[0-9]:[0-5][0-9]/T/g" | tr '\n' '|')"
-[ "$rows" = "morning routine,T,Water,5,,T|morning routine,T,Stretch,5,,T|morning routine,T,Push-ups,5,12,T|" ] ||
+[ "$rows" = "morning routine,T,Water,5,,T|morning routine,T,Writing,20,,T|morning routine,T,Push-ups,5,12,T|" ] ||
     fail "the usage log's rows are not as expected: $rows"

@@ -161,10 +161,7 @@ it_cleanup() {
 trap it_cleanup EXIT
 
 # The mapped top-level windows titled exactly TITLE, as hex ids.
-windows_titled() {
-    local id
-    for id in $(xdotool search --onlyvisible --name "^$1\$" 2>/dev/null); do printf '0x%x\n' "$id"; done
-}
+windows_titled() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | xargs -r printf '0x%x\n'; }
 mapped_titled() { [ -n "$(windows_titled "$1")" ]; }
 
 # WIDTHxHEIGHT+X+Y of a window, in root coordinates.
@@ -174,10 +171,7 @@ geometry_of() {
 }
 
 # The windows of a WINDOW-list property of the root, as decimal numbers.
-root_windows() {
-    local id
-    for id in $(xprop -root "$1" | sed -n 's/^.*window id # //p' | tr ',' ' '); do echo $((id)); done
-}
+root_windows() { xprop -root "$1" | sed -n 's/^.*window id # //p' | tr ',' '\n' | xargs -r printf '%d\n'; }
 is_active() { [ "$(root_windows _NET_ACTIVE_WINDOW | head -n1)" = "$(($1))" ]; }
 
 # True when every window after BELOW comes above it in _NET_CLIENT_LIST_STACKING.

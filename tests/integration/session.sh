@@ -6,26 +6,16 @@
 #
 #   session.sh COMMAND [ARG...]   run COMMAND inside a session; exits with its status
 #   . session.sh                  a session in this shell, ended when the shell exits
-#
-# Every process started inside carries VELMORA_IT_SESSION; at tear-down whatever still
-# carries it is ended. The daemons stay in the foreground as children of this shell, so a
-# test runner that kills the process tree on a timeout reaches them too.
 # VELMORA_IT_KEEP=1 keeps the temporary folder; VELMORA_IT_DISPLAY=:N takes that display.
+# Every process started inside carries VELMORA_IT_SESSION, and whatever still does is ended
+# at tear-down. The daemons stay in the foreground as children of this shell, so a test
+# runner that kills the process tree on a timeout reaches them too.
 
 VS_HERE="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 VS_PIDS=()
 VS_DIR=""
 
 vs_log() { echo "session: $*" >&2; }
-
-vs_poll() {
-    local deadline=$((SECONDS + $1))
-    shift
-    until "$@" >/dev/null 2>&1; do
-        [ "$SECONDS" -lt "$deadline" ] || return 1
-        sleep 0.1
-    done
-}
 
 # A child that has exited but not been waited for is a zombie and does not count.
 vs_alive() {
@@ -42,12 +32,14 @@ vs_spawn() {
 
 # vs_up SECONDS WHAT COMMAND...: waits for a daemon to answer.
 vs_up() {
-    local seconds=$1 what=$2 f
+    local deadline=$((SECONDS + $1)) what=$2
     shift 2
-    vs_poll "$seconds" "$@" && return 0
-    vs_log "FAIL: $what"
-    for f in "$VS_DIR"/logs/*.log; do [ -s "$f" ] && vs_log "--- $f" && tail -n 15 "$f" >&2; done
-    return 1
+    until "$@" >/dev/null 2>&1; do
+        [ "$SECONDS" -lt "$deadline" ] && sleep 0.1 && continue
+        vs_log "FAIL: $what"
+        tail -n 15 "$VS_DIR"/logs/*.log >&2
+        return 1
+    done
 }
 
 vs_start_x() {
@@ -179,9 +171,7 @@ vs_on_signal() {
     exit "$vs_status"
 }
 trap 'vs_teardown; exit $vs_status' EXIT
-trap 'vs_on_signal 1' HUP
-trap 'vs_on_signal 2' INT
-trap 'vs_on_signal 15' TERM
+for vs_signal in 1:HUP 2:INT 15:TERM; do trap "vs_on_signal ${vs_signal%:*}" "${vs_signal#*:}"; done
 vs_start || exit 1
 # In the background, so that a signal to this shell is handled at once.
 "$@" &

@@ -90,10 +90,6 @@ vs_start_daemons() {
 }
 
 vs_start() {
-    local tool
-    for tool in Xvfb xrandr xdpyinfo xprop dbus-daemon pulseaudio pactl openbox tint2 xdotool; do
-        command -v "$tool" >/dev/null || { vs_log "FAIL: $tool is missing (scripts/install-deps.sh)"; return 1; }
-    done
     export VELMORA_IT_PYTHON=/usr/bin/python3 VELMORA_IT_XUTIL="$VS_HERE/xutil.py"
 
     # A session killed outright leaves its folder behind: remove those no process belongs

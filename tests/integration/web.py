@@ -5,7 +5,7 @@
       logged as "host path" to WORK/requests.log and answered with a page naming both;
       /config/config.json answers CATALOGUE with its webhook pointed here; a POST body is
       appended to WORK/posts.jsonl as one line.
-  web.py tabs PORT open URL | url ID | wait ID PREFIX SECONDS      Chromium's tabs
+  web.py tabs PORT open URL | wait ID PREFIX SECONDS   Chromium's tabs; wait prints the URL
   web.py page PORT URL-PREFIX eval EXPRESSION | click SELECTOR | type TEXT
       the page, through the DevTools protocol (EXPRESSION's value is printed as JSON)
 """
@@ -65,14 +65,13 @@ def tabs(port, command, *args):
         request = urllib.request.Request(base + "/new?" + urllib.parse.quote(args[0], safe=":/?&=%"), method="PUT")
         with urllib.request.urlopen(request, timeout=5) as reply:
             print(json.load(reply)["id"])
-    elif command == "url":
-        print(url_of(args[0]) or "")
     else:
         tab_id, prefix, deadline = args[0], args[1], time.monotonic() + float(args[2])
-        while not (url_of(tab_id) or "").startswith(prefix):
+        while not (url := url_of(tab_id) or "").startswith(prefix):
             if time.monotonic() > deadline:
-                sys.exit("tab %s still at %s" % (tab_id, url_of(tab_id)))
+                sys.exit("tab %s still at %s" % (tab_id, url))
             time.sleep(0.005)
+        print(url)
 
 
 def page(port, prefix, command, arg):

@@ -27,20 +27,20 @@ def ancestors(d, win):
     return chain
 
 
-def tray_owner(d):
+def owner_of_tray(d):
     owner = d.get_selection_owner(d.intern_atom("_NET_SYSTEM_TRAY_S%d" % d.get_default_screen()))
-    if owner in (X.NONE, None):
-        return 1
-    print(hex(owner.id))
-    return 0
+    return None if owner in (X.NONE, None) else owner.id
+
+
+def tray_owner(d):
+    print(hex(owner_of_tray(d) or 0))
+    return 0 if owner_of_tray(d) else 1
 
 
 def tray_icons(d, wanted):
     """An XEmbed icon is a client window the tray has reparented into windows of its own:
     viewable windows of the class with an ancestor made by the tray selection's owner."""
-    owner = d.get_selection_owner(d.intern_atom("_NET_SYSTEM_TRAY_S%d" % d.get_default_screen()))
-    if owner in (X.NONE, None):
-        return 1
+    owner = owner_of_tray(d) or 0
     client_bits = ~d.display.info.resource_id_mask
     found, pending = 0, [d.screen().root]
     while pending:
@@ -55,7 +55,7 @@ def tray_icons(d, wanted):
         except error.XError:
             continue
         for parent in ancestors(d, win)[1:]:
-            if parent.id & client_bits == owner.id & client_bits:
+            if owner and parent.id & client_bits == owner & client_bits:
                 print(hex(win.id), hex(parent.id))
                 found += 1
                 break

@@ -1,15 +1,12 @@
 #!/usr/bin/env bash
-# The tray panel and the windows behind it, as a screen reader and a keyboard user meet them.
-# A restart owes the user the pomodoro window (the morning routine was given up before it):
-# it comes up at launch, and the panel's rows are buttons on the accessibility bus named by
-# what they say. "Let's do it" starts a 25-minute block of the first type and the tray icon
-# takes the type's colour. The type allows only Alpha: Beta is iconified each time it comes
-# to the front and reported by one notification for the whole block. While the block runs
+# The tray panel and what lies behind it, as a screen reader and a keyboard user meet it.
+# The pomodoro window a restart owes comes up at launch; the panel's rows are buttons named
+# by what they say. "Let's do it" starts a 25-minute block whose type colours the tray icon
+# and allows only Alpha: Beta is iconified at each activation and reported once. In the block
 # the pomodoro row is gone, Return on the running row opens its abort dialog, and Tab and
-# Return reach and press the Preferences row. There, Settings → Edit Settings: the stored
-# settings appear on the generator page, a morning habit is added with the page's own
-# controls, and the program checks the document, stores it pretty-printed and starts again
-# with the new habit. Nothing before loads the web engine; the settings page does.
+# Return reach Preferences → Settings → Edit Settings, where a habit added on the page is
+# checked, stored pretty-printed and met again after the restart. Only that page loads the
+# web engine.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/item_apps.sh"
@@ -107,12 +104,8 @@ VELMORA_PID="$(session_velmora)"
 seen="a11y names row" poll 20 "the restarted program's morning lists the new habit" \
     a11y has row "2.   Read ten pages"
 
-prefs get-string kUserdefaultsSelectedJson >"$VELMORA_TEST_OUTPUT/stored-settings.json"
-"$VELMORA_IT_PYTHON" - "$VELMORA_TEST_OUTPUT/stored-settings.json" <<'EOS' || fail "stored otherwise than saved"
-import json, sys
-text = open(sys.argv[1], encoding="utf-8").read()
-doc = json.loads(text)
-assert "\n    " in text, "not pretty-printed"
-assert [(h["name"], h["durationSeconds"]) for h in doc["morningHabits"]] == [("Water", 60), ("Read ten pages", 720)]
-assert doc["breakAfterMinutes"] == 50 and doc["breakActivities"][0] == {"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": True}
-EOS
+prefs get-string kUserdefaultsSelectedJson | "$VELMORA_IT_PYTHON" -c 'import json, sys
+text = sys.stdin.read(); doc = json.loads(text)
+assert "\n    " in text and [(h["name"], h["durationSeconds"]) for h in doc["morningHabits"]] == [("Water", 60), ("Read ten pages", 720)]
+assert doc["breakAfterMinutes"] == 50 and doc["breakActivities"][0] == {"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": True}' ||
+    fail "the settings were stored otherwise than saved, or not pretty-printed"

@@ -1,11 +1,9 @@
 #!/usr/bin/env bash
-# Start at login and the first day. Where a systemd user manager answers, a copy started
-# by hand starts the unit and ends without a day of its own; without one the program runs
-# itself. Both ways the autostart entry is written (what the entry, the unit and the calls
-# hold is the login service's unit test). The very first start shows the welcome at once,
-# with the same lock over both monitors as any routine; the status icon lands in the tray;
-# the microphone check follows a recording on the sound server; a signal ends the program
-# by that signal, so that the service brings it back.
+# Start at login and the first day. Beside a systemd user manager a copy started by hand
+# starts the unit and ends without a day of its own; without one the program runs itself;
+# both ways the autostart entry is written. The first start shows the welcome under the lock
+# of any routine; the status icon lands in the tray; the microphone check follows a
+# recording; a signal ends the program by that signal, so that the service brings it back.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 [ -x "${VELMORA_PROBE:-}" ] || fail "VELMORA_PROBE ('${VELMORA_PROBE:-}') is not a program"

@@ -15,7 +15,6 @@ VELMORA_CONF="$XDG_CONFIG_HOME/velmora/velmora.conf"
 VELMORA_STATS="$XDG_DATA_HOME/velmora/vlmrStats.csv"
 day="$(date -d tomorrow +%F)"
 it_helpers=()
-it_a11y=""
 
 note() { echo "$it_name: $*"; }
 xutil() { "$VELMORA_IT_PYTHON" "$VELMORA_IT_XUTIL" "$@"; }
@@ -27,7 +26,7 @@ fail() {
     screenshot failure
     local what
     for what in "xwininfo -root -tree" "xprop -root _NET_CLIENT_LIST_STACKING _NET_ACTIVE_WINDOW" \
-        "pactl list short source-outputs" "cat $VELMORA_CONF" "cat $VELMORA_LOG" "${it_a11y:+a11y dump}"; do
+        "pactl list short source-outputs" "cat $VELMORA_CONF" "cat $VELMORA_LOG" "${QT_LINUX_ACCESSIBILITY_ALWAYS_ON:+a11y dump}"; do
         echo "== $what" && $what
     done >"$VELMORA_TEST_OUTPUT/failure-state.txt" 2>&1
     tail -n 20 "$VELMORA_OUT" "$VELMORA_LOG" >&2
@@ -239,7 +238,6 @@ start_accessibility() {
     poll 10 "the accessibility bus is up" eval 'dbus-send --session --print-reply --dest=org.freedesktop.DBus \
         /org/freedesktop/DBus org.freedesktop.DBus.NameHasOwner string:org.a11y.Bus | grep -q "boolean true"'
     export QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1
-    it_a11y=1
 }
 
 # a11y has KIND TEXT | names KIND | press TEXT | center TEXT | field | dump  (see a11y.py)

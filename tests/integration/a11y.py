@@ -1,7 +1,6 @@
 #!/usr/bin/python3
-"""Reads and drives the program's widgets through AT-SPI, as a screen reader does
-(python3-pyatspi; the program runs with QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1). Only showing
-widgets count; KIND is button, label, field (an editable text) or row (of a list or table).
+"""The program's showing widgets through AT-SPI, as a screen reader reads and presses them.
+KIND is button, label, field (an editable text) or row (of a list or table).
 
   a11y.py PID has KIND TEXT     exit 0 when a showing KIND reads exactly TEXT
   a11y.py PID names KIND        the texts of the showing KINDs, one per line

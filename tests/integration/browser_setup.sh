@@ -1,10 +1,8 @@
-# Sourced after lib.sh. program_start BLOCKED-JSON: a loopback web server ($port, $work) and
-# the program at midday with the BLOCKED-JSON addresses always blocked; the browsers'
-# folders exist, so the program writes its host's manifests into them at launch. A function
-# before_launch, when defined, runs just before the program starts.
-# chromium_start: Chromium in front with our extension ($extension, $extension_id), *.test
-# names resolving to the server; its DevTools port in $devtools, its tabs through `tabs`.
-# browser_start: both, with news.test always blocked.
+# Sourced after lib.sh. program_start BLOCKED-JSON: a loopback web server ($port, $work), and
+# the program at midday with those addresses always blocked, writing its host's manifests
+# into the browsers' folders; before_launch, when defined, runs just before it starts.
+# chromium_start: Chromium in front with our extension ($extension_id), *.test resolving to
+# the server, its tabs through `tabs`. browser_start: both, with news.test always blocked.
 program_start() {
     extension="$(cd "$it_here/../../browser/extension" && pwd)"
     work="$VELMORA_IT_DIR/browser"

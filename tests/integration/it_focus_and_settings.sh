@@ -35,16 +35,13 @@ for row in Deep "Start Pomodoro Mode" Preferences "Export Statistics" "Check for
     a11y has button "$row" || fail "the panel has no button named \"$row\" (buttons: $(a11y names button | tr '\n' '|'))"
 done
 xdotool key Escape
-panel_gone() { ! a11y has button "Preferences"; }
-poll 5 "Escape closes the panel" panel_gone
+poll 5 "Escape closes the panel" eval '! a11y has button Preferences'
 
 a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
 poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
 grep -q "focus mode Started until - 10:25 AM" "$VELMORA_LOG" || fail "the block does not end at 10:25 AM"
-pomodoro_gone() { ! a11y has button "Let's do it"; }
-seen="a11y names button" poll 10 "the pomodoro window is gone" pomodoro_gone
-icon_coloured() { xutil colours "$icon" | grep -q "^$1 "; }
-seen="xutil colours $icon" poll 10 "the tray icon shows the type's colour 3366CC" icon_coloured 3366CC
+seen="a11y names button" poll 10 "the pomodoro window is gone" eval "! a11y has button \"Let's do it\""
+seen="xutil colours $icon" poll 10 "the tray icon shows the type's colour 3366CC" eval 'xutil colours $icon | grep -q "^3366CC "'
 
 start_helper "$VELMORA_IT_PYTHON" "$it_here/testwin.py" Alpha
 poll 10 "Alpha's window exists" xdotool search --class '^Alpha$'

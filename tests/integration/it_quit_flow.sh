@@ -14,9 +14,7 @@ export VELMORA_CONFIG_SERVER="http://127.0.0.1:$(cat "$work/port")"
 
 # The morning lock falls at 07:00, while the quit flow is open: the flow must stay above it
 # and keep the keyboard. The night before is bought off until then.
-prefs set-string kUserdefaultsSelectedJson \
-    '{"morningHabits": [{"name": "Water", "durationSeconds": 120}], "startTime": "07:00", "shutOffTime": "22:00"}'
-prefs set-bool kUserdefaultsFirstRun true
+morning_done '{"morningHabits": [{"name": "Water", "durationSeconds": 120}], "startTime": "07:00", "shutOffTime": "22:00"}'
 prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"
 prefs set-date kUserdefaultsShutdownAborted "$day 07:00:00"
 ordinary_window

@@ -42,8 +42,7 @@ alive() {
 velmora_running() { [ -n "$VELMORA_PID" ] && alive "$VELMORA_PID"; }
 
 # poll SECONDS WHAT COMMAND...: runs COMMAND until it succeeds; fails the test after SECONDS,
-# or at once when the program exits meanwhile. A command in `seen` adds what it prints:
-#   seen="xprop -id $id WM_NAME" poll 5 "the title is set" has_title "$id"
+# or at once when the program exits meanwhile; adds what the command in `seen` prints.
 poll() {
     local deadline=$((SECONDS + $1)) what=$2
     shift 2
@@ -92,14 +91,13 @@ export PATH="$VELMORA_IT_DIR/bin:$PATH"
 # start_velmora [LOCAL-TIME]: the program in the background, its clock starting at
 # LOCAL-TIME ("2026-11-24 06:59:52") when given.
 start_velmora() {
-    local env=() libs target offset
+    local env=() libs offset
     if [ $# -gt 0 ]; then
         libs=(/usr/lib/*/faketime/libfaketimeMT.so.1)
         [ -e "${libs[0]}" ] || fail "libfaketime is not installed (package faketime)"
-        target="$(date -d "$1" +%s)" || fail "cannot read the time '$1'"
         # An offset rather than a start time gives the program's helper processes the
         # same clock; timers keep the real monotonic clock.
-        offset=$((target - $(date +%s)))
+        offset=$(($(date -d "$1" +%s) - $(date +%s)))
         [ "$offset" -lt 0 ] || offset="+$offset"
         env=(LD_PRELOAD="${libs[0]}" FAKETIME="$offset" FAKETIME_DONT_FAKE_MONOTONIC=1)
     fi
@@ -113,27 +111,20 @@ wait_exit() {
     while velmora_running && [ "$SECONDS" -lt "$deadline" ]; do sleep 0.1; done
     velmora_running && fail "the program still runs after $1 s"
     status=0
-    wait "$VELMORA_PID" || status=$?
+    wait "$VELMORA_PID" 2>/dev/null || status=$?
     VELMORA_PID=""
 }
 
-stop_velmora() {
-    [ -n "$VELMORA_PID" ] || return 0
-    kill -TERM "$VELMORA_PID" 2>/dev/null || true
-    local deadline=$((SECONDS + 10))
-    while velmora_running && [ "$SECONDS" -lt "$deadline" ]; do sleep 0.1; done
-    ! velmora_running || kill -KILL "$VELMORA_PID"
-    wait "$VELMORA_PID" 2>/dev/null || true
-    VELMORA_PID=""
-}
+# A program that does not end within ten seconds of TERM fails the test.
+stop_velmora() { [ -z "$VELMORA_PID" ] || { kill -TERM "$VELMORA_PID" 2>/dev/null || true; wait_exit 10; }; }
 
-# The program of this session (not of another test running the same binary) other than
-# EXCEPT, and not a child it forks for a command (which runs our binary until it execs).
+# The program of this session (not of another test running the same binary), and not a
+# child it forks for a command (which runs our binary until it execs).
 session_velmora() {
     local p bin parent
     bin="$(readlink -f "$VELMORA_BIN")"
     for p in /proc/[0-9]*; do
-        [ "${p#/proc/}" != "${1:-}" ] && [ "$(readlink "$p/exe")" = "$bin" ] || continue
+        [ "$(readlink "$p/exe")" = "$bin" ] || continue
         grep -qzxF "VELMORA_IT_SESSION=$VELMORA_IT_SESSION" "$p/environ" || continue
         parent="$(awk '/^PPid:/ {print $2}' "$p/status")"
         [ "$(readlink "/proc/$parent/exe")" != "$bin" ] && echo "${p#/proc/}" && return 0
@@ -150,12 +141,11 @@ start_helper() {
 stop_helper() { kill -TERM "$1" 2>/dev/null || true; wait "$1" 2>/dev/null || true; }
 
 it_cleanup() {
-    local status=$? pid
+    local rc=$? pid
     set +e
     stop_velmora
     for pid in "${it_helpers[@]}"; do stop_helper "$pid"; done
-    [ "$status" -ne 0 ] || note "PASS"
-    return "$status"
+    [ "$rc" -ne 0 ] || note "PASS"
 }
 trap it_cleanup EXIT
 
@@ -205,7 +195,7 @@ check_lock_up() {
         seen="xprop -id $id _NET_WM_STATE" poll 10 "window $id is FULLSCREEN and ABOVE" fullscreen_above "$id"
     done
     seen="xprop -root _NET_ACTIVE_WINDOW" poll 10 "the lock window $lock is active" is_active "$lock"
-    xutil is-inside "$(xutil input-focus)" "$lock" || fail "the keyboard focus is not in the lock window $lock"
+    xutil focus-in "$lock" || fail "the keyboard focus is not in the lock window $lock"
     poll 10 "the keyboard is grabbed" xutil keyboard-grabbed
 }
 geometry_is() { [ "$(geometry_of "$1")" = "$2" ]; }
@@ -220,10 +210,7 @@ tray_icon() {
 # Opens the tray panel; clicks before start-up has finished are ignored, so click until
 # its rows are on the accessibility bus.
 panel_shown() {
-    a11y has button "Preferences" && return 0
-    xdotool mousemove --window "$(($icon))" 10 10 click 1
-    sleep 0.5
-    a11y has button "Preferences"
+    a11y has button Preferences || { xdotool mousemove --window "$(($icon))" 10 10 click 1 && sleep 0.5 && a11y has button Preferences; }
 }
 open_panel() { seen="a11y names button" poll 20 "the panel opens from the tray icon" panel_shown; }
 

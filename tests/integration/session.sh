@@ -53,9 +53,7 @@ vs_start_x() {
     vs_up 10 "Xvfb on $DISPLAY does not accept clients" xdpyinfo || return 1
     # The server's only output goes to the left monitor, so that clients see exactly two
     # screens, as on a real machine.
-    local output
-    output="$(xrandr --query | awk '/ connected/ { print $1; exit }')"
-    xrandr --setmonitor LEFT 1280/340x800/210+0+0 "${output:-none}" >/dev/null &&
+    xrandr --setmonitor LEFT 1280/340x800/210+0+0 "$(xrandr | awk '/ connected/ { print $1; exit }')" >/dev/null &&
         xrandr --setmonitor RIGHT 1280/340x800/210+1280+0 none &&
         [ "$(xrandr --listmonitors | head -n1)" = "Monitors: 2" ] ||
         { vs_log "FAIL: no two monitors: $(xrandr --listmonitors | tr '\n' ' ')"; return 1; }
@@ -67,10 +65,9 @@ vs_start_daemons() {
     vs_up 10 "the D-Bus session bus did not come up" dbus-send --session --dest=org.freedesktop.DBus \
         --type=method_call --print-reply /org/freedesktop/DBus org.freedesktop.DBus.GetId || return 1
 
-    export PULSE_RUNTIME_PATH="$XDG_RUNTIME_DIR/pulse"
-    export PULSE_SERVER="unix:$PULSE_RUNTIME_PATH/native"
     # A client must never spawn a server of its own: it would outlive the session.
-    export PULSE_CLIENTCONFIG="$VS_DIR/pulse-client.conf"
+    export PULSE_RUNTIME_PATH="$XDG_RUNTIME_DIR/pulse" PULSE_CLIENTCONFIG="$VS_DIR/pulse-client.conf"
+    export PULSE_SERVER="unix:$PULSE_RUNTIME_PATH/native"
     echo "autospawn = no" >"$PULSE_CLIENTCONFIG"
     mkdir -m 700 "$PULSE_RUNTIME_PATH"
     vs_spawn pulseaudio pulseaudio -n --daemonize=no --use-pid-file=no --exit-idle-time=-1 \

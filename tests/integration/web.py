@@ -1,10 +1,9 @@
 #!/usr/bin/python3
 """Loopback web helpers of the integration scripts.
 
-  web.py serve WORK [CATALOGUE]   a server on a free port, written to WORK/port. A GET is
-      logged as "host path" to WORK/requests.log and answered with a page naming both;
-      /config/config.json answers CATALOGUE with its webhook pointed here; a POST body is
-      appended to WORK/posts.jsonl as one line.
+  web.py serve WORK [CATALOGUE]   on a free port (WORK/port): a GET is logged to WORK/requests.log
+      and answered with a page, /config/config.json with CATALOGUE, its webhook pointed here;
+      a POST body is appended to WORK/posts.jsonl as one line.
   web.py tabs PORT open URL | wait ID PREFIX SECONDS   Chromium's tabs; wait prints the URL
   web.py page PORT URL-PREFIX eval EXPRESSION | click SELECTOR | type TEXT
       the page, through the DevTools protocol (EXPRESSION's value is printed as JSON)

@@ -4,9 +4,8 @@
   tray-owner               owner of the system tray selection; exit 1 if none
   tray-icons CLASS         viewable windows of WM_CLASS CLASS embedded in the tray,
                            "icon tray-window" per line; exit 1 if none
-  input-focus              the window that holds the keyboard focus
+  focus-in WINDOW          exit 0 when the keyboard focus is in WINDOW
   keyboard-grabbed         exit 0 when another client holds the keyboard grabbed
-  is-inside WINDOW OUTER   exit 0 when WINDOW is OUTER or lies inside it
   screenshot FILE.png      the whole screen
   colours WINDOW           the colours shown where WINDOW lies, most frequent first
 """
@@ -62,10 +61,10 @@ def tray_icons(d, wanted):
     return 0 if found else 1
 
 
-def input_focus(d):
+def focus_in(d, window):
+    """Exit 0 when the keyboard focus is on WINDOW or a window inside it."""
     focus = d.get_input_focus().focus
-    print(hex(focus.id) if hasattr(focus, "id") else hex(int(focus)))
-    return 0
+    return 0 if hasattr(focus, "id") and int(window, 0) in (w.id for w in ancestors(d, focus)) else 1
 
 
 def keyboard_grabbed(d):
@@ -75,11 +74,6 @@ def keyboard_grabbed(d):
         d.sync()
         return 1
     return 0 if status == X.AlreadyGrabbed else 2
-
-
-def is_inside(d, window, outer):
-    win = d.create_resource_object("window", int(window, 0))
-    return 0 if int(outer, 0) in (w.id for w in ancestors(d, win)) else 1
 
 
 def pixels(d, x, y, width, height):
@@ -115,8 +109,8 @@ def colours(d, window):
 
 
 if __name__ == "__main__":
-    commands = {"tray-owner": tray_owner, "tray-icons": tray_icons, "input-focus": input_focus,
-                "keyboard-grabbed": keyboard_grabbed, "is-inside": is_inside, "screenshot": screenshot,
+    commands = {"tray-owner": tray_owner, "tray-icons": tray_icons, "focus-in": focus_in,
+                "keyboard-grabbed": keyboard_grabbed, "screenshot": screenshot,
                 "colours": colours}
     if len(sys.argv) < 2 or sys.argv[1] not in commands:
         sys.exit(__doc__)

@@ -23,10 +23,9 @@ vs_alive() {
     stat="$(cat "/proc/$1/stat" 2>/dev/null)" && [ -n "$stat" ] && [[ "$stat" != *") Z "* && "$stat" != *") X "* ]]
 }
 
+# vs_spawn NAME COMMAND...: a daemon in the background, logging to logs/NAME.log.
 vs_spawn() {
-    local name=$1
-    shift
-    "$@" >"$VS_DIR/logs/$name.log" 2>&1 </dev/null &
+    "${@:2}" >"$VS_DIR/logs/$1.log" 2>&1 </dev/null &
     VS_PIDS+=("$!")
 }
 
@@ -75,8 +74,7 @@ vs_start_daemons() {
     vs_up 15 "PulseAudio has no source called mic" sh -c 'pactl list short sources | cut -f2 | grep -qx mic' || return 1
 
     vs_spawn openbox openbox --sm-disable
-    vs_up 15 "openbox did not take over the screen" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' ||
-        return 1
+    vs_up 15 "openbox did not take over the screen" sh -c 'xprop -root _NET_SUPPORTING_WM_CHECK | grep -q "window id"' || return 1
 
     # A bottom panel on the first monitor with a task bar and a system tray.
     printf '%s\n' "panel_items = TS" "panel_monitor = 1" "panel_position = bottom center horizontal" \

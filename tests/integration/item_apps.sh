@@ -1,49 +1,34 @@
-# Sourced after lib.sh: desktop entries for Alpha and Beta (plain X11 windows), and a
-# morning habit that allows only Alpha, started at 07:00; sets $alpha, the launched window.
-# item_apps_entries: the two desktop entries alone.
+# Sourced after lib.sh: applications Alpha and Beta (plain X11 windows with desktop entries).
 item_apps_entries() {
-    local here name
-    here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
+    local name
     mkdir -p "$XDG_DATA_HOME/applications"
     for name in Alpha Beta; do
-        cat >"$XDG_DATA_HOME/applications/${name,,}.desktop" <<EOS
-[Desktop Entry]
-Type=Application
-Name=$name
-Exec=$VELMORA_IT_PYTHON $here/testwin.py $name
-StartupWMClass=$name
-EOS
+        printf '[Desktop Entry]\nType=Application\nName=%s\nExec=%s %s %s\nStartupWMClass=%s\n' "$name" \
+            "$VELMORA_IT_PYTHON" "$it_here/testwin.py" "$name" "$name" >"$XDG_DATA_HOME/applications/${name,,}.desktop"
     done
 }
 
-# item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes")
+# item_apps_start SECONDS DURATION-AS-THE-BUTTON-SAYS-IT ("25 seconds", "5 minutes"): a
+# morning habit that allows only Alpha, started at 07:00; the launched Alpha in $alpha.
 item_apps_start() {
-    local seconds=$1 spoken=$2 day
     item_apps_entries
-    day="$(date -d tomorrow +%F)"
-    "$VELMORA_PREFS" "$VELMORA_CONF" set-string kUserdefaultsSelectedJson "{
-        \"morningHabits\": [{\"name\": \"Writing\", \"durationSeconds\": $seconds, \"videoUrl\": [],
-                             \"logQuantity\": false, \"allowedUrls\": [], \"allowedApps\": [\"Alpha\"]}],
-        \"eveningHabits\": [], \"breakActivities\": [], \"breakAfterMinutes\": 50,
-        \"startTime\": \"07:00\", \"shutOffTime\": \"22:00\"}"
-    "$VELMORA_PREFS" "$VELMORA_CONF" set-bool kUserdefaultsFirstRun true
-    "$VELMORA_PREFS" "$VELMORA_CONF" set-bool kUserdefaultsPromptToRememberHabit false
-    for key in kUserdefaultsFocusSummaryShowedTillDate kUserdefaultsEveningHabitsShowedTillDate \
-        kUserdefaultsShutdownAborted; do
-        "$VELMORA_PREFS" "$VELMORA_CONF" set-date "$key" "$day 07:00:00"
-    done
+    prefs set-string kUserdefaultsSelectedJson "{\"morningHabits\": [{\"name\": \"Writing\",
+        \"durationSeconds\": $1, \"allowedApps\": [\"Alpha\"]}], \"breakActivities\": [],
+        \"breakAfterMinutes\": 50, \"startTime\": \"07:00\", \"shutOffTime\": \"22:00\"}"
+    night_done
     start_accessibility
     start_velmora "$day 06:59:55"
-    poll 30 "the morning routine is shown" grep -q 'Showing morning habits\.' "$VELMORA_LOG"
-    seen="a11y names button" poll 45 "the habit's start button comes" a11y has button "Start $spoken Writing"
-    a11y press "Start $spoken Writing"
+    seen="a11y names button" poll 75 "the habit's start button comes" a11y has button "Start $2 Writing"
+    a11y press "Start $2 Writing"
     poll 15 "the habit's allowed application Alpha was launched" xdotool search --onlyvisible --class '^Alpha$'
     alpha="$(xdotool search --onlyvisible --class '^Alpha$' | head -n1)"
 }
 
-# Three times: Beta ($beta) is iconified when activated, Alpha ($alpha) is not.
+# Beta, when it exists, is iconified each time it is activated; Alpha ($alpha) is not.
 beta_hidden_alpha_stays() {
     local round
+    poll 10 "Beta's window exists" xdotool search --class '^Beta$'
+    beta="$(xdotool search --class '^Beta$' | head -n1)"
     for round in 1 2 3; do
         xdotool windowactivate "$beta" 2>/dev/null || true
         seen="xprop -id $beta WM_STATE _NET_WM_STATE" poll 5 "Beta is iconified at activation $round" iconic "$beta"
@@ -53,5 +38,4 @@ beta_hidden_alpha_stays() {
     done
 }
 
-# True when the window is iconified (ICCCM WM_STATE Iconic).
 iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }

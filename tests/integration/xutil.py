@@ -1,39 +1,23 @@
 #!/usr/bin/python3
-"""Small X11 queries the shell tools cannot answer, for the integration scripts.
+"""X11 queries the shell tools cannot answer (python3-xlib). Window ids in hex (0x...).
 
-Run with Debian's /usr/bin/python3 (python3-xlib). Window ids are printed in hex (0x...).
-
-  xutil.py tray-owner                 owner of _NET_SYSTEM_TRAY_S<screen>; exit 1 if none
-  xutil.py tray-icons CLASS           viewable windows of WM_CLASS CLASS embedded in the tray
-                                      (one "icon-id tray-window-id" per line); exit 1 if none
-  xutil.py input-focus                the window that holds the keyboard focus
-  xutil.py keyboard-grabbed           exit 0 when another client holds the keyboard grabbed
-  xutil.py is-inside WINDOW ANCESTOR  exit 0 when WINDOW is ANCESTOR or lies inside it
-  xutil.py screenshot FILE.png        the whole root window as a PNG
-  xutil.py colours WINDOW             the colours shown where WINDOW lies on the screen,
-                                      most frequent first ("RRGGBB count" per line)
+  tray-owner               owner of the system tray selection; exit 1 if none
+  tray-icons CLASS         viewable windows of WM_CLASS CLASS embedded in the tray,
+                           "icon tray-window" per line; exit 1 if none
+  focus-in WINDOW          exit 0 when the keyboard focus is in WINDOW
+  keyboard-grabbed         exit 0 when another client holds the keyboard grabbed
+  screenshot FILE.png      the whole screen
+  colours WINDOW           the colours shown where WINDOW lies, most frequent first
 """
-
-import struct
-import sys
-import zlib
+import collections, struct, sys, zlib
 
 from Xlib import X, display, error
 
 
-def wm_class(win):
-    try:
-        value = win.get_wm_class()
-    except error.XError:
-        return None
-    return value
-
-
 def ancestors(d, win):
     """The window itself and its parents up to, not including, the root."""
-    root = d.screen().root
     chain = []
-    while win is not None and win.id != root.id:
+    while win is not None and win.id != d.screen().root.id:
         chain.append(win)
         try:
             win = win.query_tree().parent
@@ -42,67 +26,49 @@ def ancestors(d, win):
     return chain
 
 
-def all_windows(root):
-    pending = [root]
-    while pending:
-        win = pending.pop()
-        yield win
-        try:
-            pending.extend(win.query_tree().children)
-        except error.XError:
-            pass
+def owner_of_tray(d):
+    owner = d.get_selection_owner(d.intern_atom("_NET_SYSTEM_TRAY_S%d" % d.get_default_screen()))
+    return None if owner in (X.NONE, None) else owner.id
 
 
 def tray_owner(d):
-    atom = d.intern_atom("_NET_SYSTEM_TRAY_S%d" % d.get_default_screen())
-    owner = d.get_selection_owner(atom)
-    return 0 if owner in (X.NONE, None) else owner.id
+    print(hex(owner_of_tray(d) or 0))
+    return 0 if owner_of_tray(d) else 1
 
 
-def cmd_tray_owner(d):
-    owner = tray_owner(d)
-    if not owner:
-        return 1
-    print(hex(owner))
-    return 0
-
-
-def cmd_tray_icons(d, wanted):
-    """An XEmbed tray icon is a client window that the tray has reparented into windows
-    of its own: look for viewable windows of the wanted class with an ancestor created by
-    the X client that owns the tray selection."""
-    owner = tray_owner(d)
-    if not owner:
-        return 1
+def tray_icons(d, wanted):
+    """An XEmbed icon is a client window the tray has reparented into windows of its own:
+    viewable windows of the class with an ancestor made by the tray selection's owner."""
+    owner = owner_of_tray(d) or 0
     client_bits = ~d.display.info.resource_id_mask
-    found = 0
-    for win in all_windows(d.screen().root):
-        cls = wm_class(win)
-        if not cls or wanted.lower() not in (c.lower() for c in cls):
-            continue
+    found, pending = 0, [d.screen().root]
+    while pending:
+        win = pending.pop()
         try:
+            pending.extend(win.query_tree().children)
+            cls = win.get_wm_class()
+            if not cls or wanted.lower() not in (c.lower() for c in cls):
+                continue
             if win.get_attributes().map_state != X.IsViewable:
                 continue
         except error.XError:
             continue
         for parent in ancestors(d, win)[1:]:
-            if parent.id & client_bits == owner & client_bits:
+            if owner and parent.id & client_bits == owner & client_bits:
                 print(hex(win.id), hex(parent.id))
                 found += 1
                 break
     return 0 if found else 1
 
 
-def cmd_input_focus(d):
+def focus_in(d, window):
+    """Exit 0 when the keyboard focus is on WINDOW or a window inside it."""
     focus = d.get_input_focus().focus
-    print(hex(focus.id) if hasattr(focus, "id") else hex(int(focus)))
-    return 0
+    return 0 if hasattr(focus, "id") and int(window, 0) in (w.id for w in ancestors(d, focus)) else 1
 
 
-def cmd_keyboard_grabbed(d):
-    """Exit 0 when another client holds an active keyboard grab (ours then fails)."""
-    root = d.screen().root
-    status = root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
+def keyboard_grabbed(d):
+    status = d.screen().root.grab_keyboard(False, X.GrabModeAsync, X.GrabModeAsync, X.CurrentTime)
     if status == X.GrabSuccess:
         d.ungrab_keyboard(X.CurrentTime)
         d.sync()
@@ -110,79 +76,42 @@ def cmd_keyboard_grabbed(d):
     return 0 if status == X.AlreadyGrabbed else 2
 
 
-def cmd_is_inside(d, window, ancestor):
-    win = d.create_resource_object("window", int(window, 0))
-    return 0 if int(ancestor, 0) in (w.id for w in ancestors(d, win)) else 1
+def pixels(d, x, y, width, height):
+    """RGB bytes of a part of the screen (24-bit TrueColor: little-endian BGRX pixels)."""
+    data = d.screen().root.get_image(x, y, width, height, X.ZPixmap, 0xFFFFFFFF).data
+    rgb = bytearray(width * height * 3)
+    rgb[0::3], rgb[1::3], rgb[2::3] = data[2::4], data[1::4], data[0::4]
+    return bytes(rgb)
 
 
-def png(path, width, height, rgb):
+def screenshot(d, path):
+    geo = d.screen().root.get_geometry()
+    rgb, stride = pixels(d, 0, 0, geo.width, geo.height), geo.width * 3
+
     def chunk(kind, data):
-        body = kind + data
-        return struct.pack(">I", len(data)) + body + struct.pack(">I", zlib.crc32(body))
+        return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
 
-    stride = width * 3
-    raw = b"".join(b"\0" + rgb[y * stride:(y + 1) * stride] for y in range(height))
+    raw = b"".join(b"\0" + rgb[y * stride:(y + 1) * stride] for y in range(geo.height))
     with open(path, "wb") as out:
-        out.write(b"\x89PNG\r\n\x1a\n")
-        out.write(chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)))
-        out.write(chunk(b"IDAT", zlib.compress(raw, 6)))
-        out.write(chunk(b"IEND", b""))
-
-
-def cmd_screenshot(d, path):
-    root = d.screen().root
-    geo = root.get_geometry()
-    image = root.get_image(0, 0, geo.width, geo.height, X.ZPixmap, 0xFFFFFFFF)
-    data = image.data
-    if len(data) != geo.width * geo.height * 4:
-        print("screenshot: unexpected pixel format (depth %d)" % image.depth, file=sys.stderr)
-        return 1
-    # 24-bit TrueColor servers hand out little-endian BGRX pixels.
-    rgb = bytearray(geo.width * geo.height * 3)
-    rgb[0::3] = data[2::4]
-    rgb[1::3] = data[1::4]
-    rgb[2::3] = data[0::4]
-    png(path, geo.width, geo.height, bytes(rgb))
+        out.write(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", geo.width, geo.height, 8, 2, 0, 0, 0))
+                  + chunk(b"IDAT", zlib.compress(raw, 6)) + chunk(b"IEND", b""))
     return 0
 
 
-def cmd_colours(d, window):
-    root = d.screen().root
+def colours(d, window):
     win = d.create_resource_object("window", int(window, 0))
     geo = win.get_geometry()
-    at = win.translate_coords(root, 0, 0)
-    x, y = -at.x, -at.y
-    image = root.get_image(x, y, geo.width, geo.height, X.ZPixmap, 0xFFFFFFFF)
-    counts = {}
-    data = image.data
-    for i in range(0, len(data) - 3, 4):
-        key = "%02X%02X%02X" % (data[i + 2], data[i + 1], data[i])
-        counts[key] = counts.get(key, 0) + 1
-    for key, count in sorted(counts.items(), key=lambda kv: -kv[1])[:8]:
+    at = win.translate_coords(d.screen().root, 0, 0)
+    rgb = pixels(d, -at.x, -at.y, geo.width, geo.height)
+    for key, count in collections.Counter(rgb[i:i + 3].hex().upper() for i in range(0, len(rgb), 3)).most_common(8):
         print(key, count)
     return 0
 
 
-def main(argv):
-    if len(argv) < 2:
-        print(__doc__, file=sys.stderr)
-        return 2
-    d = display.Display()
-    command, args = argv[1], argv[2:]
-    commands = {
-        "tray-owner": (cmd_tray_owner, 0),
-        "tray-icons": (cmd_tray_icons, 1),
-        "input-focus": (cmd_input_focus, 0),
-        "is-inside": (cmd_is_inside, 2),
-        "keyboard-grabbed": (cmd_keyboard_grabbed, 0),
-        "screenshot": (cmd_screenshot, 1),
-        "colours": (cmd_colours, 1),
-    }
-    if command not in commands or len(args) != commands[command][1]:
-        print(__doc__, file=sys.stderr)
-        return 2
-    return commands[command][0](d, *args)
-
-
 if __name__ == "__main__":
-    sys.exit(main(sys.argv))
+    commands = {"tray-owner": tray_owner, "tray-icons": tray_icons, "focus-in": focus_in,
+                "keyboard-grabbed": keyboard_grabbed, "screenshot": screenshot,
+                "colours": colours}
+    if len(sys.argv) < 2 or sys.argv[1] not in commands:
+        sys.exit(__doc__)
+    sys.exit(commands[sys.argv[1]](display.Display(), *sys.argv[2:]))

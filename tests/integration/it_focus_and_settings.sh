@@ -1,0 +1,108 @@
+#!/usr/bin/env bash
+# The tray panel and what lies behind it, as a screen reader and a keyboard user meet it.
+# The pomodoro window a restart owes comes up at launch; the panel's rows are buttons named
+# by what they say. "Let's do it" starts a 25-minute block whose type colours the tray icon
+# and allows only Alpha: Beta is iconified at each activation and reported once. In the block
+# the pomodoro row is gone, Return on the running row opens its abort dialog, and Tab and
+# Return reach Preferences → Settings → Edit Settings, where a habit added on the page is
+# checked, stored pretty-printed and met again after the restart. Only that page loads the
+# web engine.
+set -euo pipefail
+. "$(dirname "$0")/lib.sh"
+. "$(dirname "$0")/item_apps.sh"
+
+morning_done '{"morningHabits": [{"name": "Water", "durationSeconds": 60}], "eveningHabits": [],
+    "breakActivities": [{"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": true}],
+    "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
+item_apps_entries
+prefs set-list kUserdefaultsArrFocusTypes \
+    "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
+prefs set-bool kUserdefaultsShowPomodoroView true
+start_accessibility
+notifications="$VELMORA_IT_DIR/notifications.log"
+dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
+it_helpers+=("$!")
+port="$("$VELMORA_IT_PYTHON" -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')"
+export QTWEBENGINE_REMOTE_DEBUGGING="127.0.0.1:$port"
+start_velmora "$day 10:00:00"
+tray_icon
+
+seen="a11y names button" poll 20 "the pomodoro window offers \"Let's do it\"" a11y has button "Let's do it"
+a11y has label "It's time to focus" || fail "the pomodoro window lacks its title"
+! grep -q "kUserdefaultsShowPomodoroView" "$VELMORA_CONF" || fail "the marker was not removed at launch"
+open_panel
+for row in Deep "Start Pomodoro Mode" Preferences "Export Statistics" "Check for updates" "Enable office mode" Quit; do
+    a11y has button "$row" || fail "the panel has no button named \"$row\" (buttons: $(a11y names button | tr '\n' '|'))"
+done
+xdotool key Escape
+poll 5 "Escape closes the panel" eval '! a11y has button Preferences'
+
+a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"
+poll 10 "the block started" grep -q "pomodoro mode Started" "$VELMORA_LOG"
+grep -q "focus mode Started until - 10:25 AM" "$VELMORA_LOG" || fail "the block does not end at 10:25 AM"
+seen="a11y names button" poll 10 "the pomodoro window is gone" eval "! a11y has button \"Let's do it\""
+seen="xutil colours $icon" poll 10 "the tray icon shows the type's colour 3366CC" eval 'xutil colours $icon | grep -q "^3366CC "'
+
+start_helper "$VELMORA_IT_PYTHON" "$it_here/testwin.py" Alpha
+poll 10 "Alpha's window exists" xdotool search --class '^Alpha$'
+alpha="$(xdotool search --class '^Alpha$' | head -n1)"
+start_helper "$VELMORA_IT_PYTHON" "$it_here/testwin.py" Beta
+beta_hidden_alpha_stays
+reports="$(grep -c "string \"Beta isn't allowed in the Deep focus mode.\"" "$notifications" || true)"
+[ "$reports" = 1 ] || fail "Beta was reported $reports times, not once: $(grep -A4 Notify "$notifications")"
+
+open_panel
+! a11y has button "Start Pomodoro Mode" || fail "the pomodoro row is shown while a block runs"
+xdotool key Return
+seen="a11y names label" poll 10 "Return on the running row opens the abort dialog" \
+    a11y has label "Aborting Focus type - Deep"
+a11y press "Cancel" || fail "the abort dialog's Cancel could not be pressed"
+# Tab walks the rows in order from the first one; Return presses the one reached.
+open_panel
+rows_before="$(a11y names button | grep -nxm1 Preferences | cut -d: -f1)"
+xdotool key $(printf 'Tab %.0s' $(seq 2 "$rows_before")) Return
+poll 10 "Tab to the Preferences row and Return open the preferences" mapped_titled "Velmora preferences"
+
+cdp() { "$VELMORA_IT_PYTHON" "$it_here/web.py" page "$port" "qrc:" "$@"; }
+page_says() { [ "$(cdp eval "$1")" = "$2" ]; }
+! grep -q WebEngineCore "/proc/$VELMORA_PID/maps" || fail "the web engine was loaded before the settings page"
+xdotool windowactivate --sync "$(windows_titled "Velmora preferences" | head -n1)" 2>/dev/null || true
+xdotool key --clearmodifiers ctrl+Tab ctrl+Tab # the third tab
+seen="a11y names button" poll 10 "the settings tab offers Edit Settings" a11y has button "Edit Settings"
+a11y press "Edit Settings" || fail "Edit Settings could not be pressed"
+
+poll 60 "the stored settings arrive in the page" page_says 'document.getElementById("morningHabits-0-name").value' '"Water"'
+page_says 'document.getElementById("breakAfterMinutes").value' '"50"' || fail "the page lacks the break interval"
+cdp click "#morningHabits-add"
+poll 5 "the new habit's name field has the focus" page_says 'document.activeElement.id' '"morningHabits-1-name"'
+cdp type "Read ten pages"
+cdp click "#morningHabits-1-duration-min"
+cdp eval 'document.activeElement.select()' >/dev/null
+cdp type "12"
+# An emptied name is marked next to its field until it is filled in again.
+cdp click "#morningHabits-0-name"
+cdp eval 'document.activeElement.select(); document.execCommand("delete")' >/dev/null
+poll 5 "the empty name is marked" page_says 'document.getElementById("morningHabits-0-name-error").textContent' '"Must not be empty."'
+cdp type "Water"
+poll 5 "the mark goes" page_says 'document.getElementById("morningHabits-0-name-error").textContent' '""'
+cdp eval 'document.getElementById("morningHabits-title").scrollIntoView()' >/dev/null
+
+# The program's alert is modal, and an input event sent through the debugging port
+# waits for its handler: the press comes a moment after the call.
+cdp eval 'setTimeout(() => document.getElementById("save").click(), 200); true' >/dev/null
+seen="a11y names label" poll 15 "the program says the settings are valid" \
+    a11y has label "Your settings have been validated and will be applied now."
+# The next run owes today's morning, so its overview shows the habits it loaded.
+prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 00:00:01"
+a11y press OK || fail "the alert's OK could not be pressed"
+wait_exit 15
+poll 15 "the program started again" session_velmora
+VELMORA_PID="$(session_velmora)"
+seen="a11y names row" poll 20 "the restarted program's morning lists the new habit" \
+    a11y has row "2.   Read ten pages"
+
+prefs get-string kUserdefaultsSelectedJson | "$VELMORA_IT_PYTHON" -c 'import json, sys
+text = sys.stdin.read(); doc = json.loads(text)
+assert "\n    " in text and [(h["name"], h["durationSeconds"]) for h in doc["morningHabits"]] == [("Water", 60), ("Read ten pages", 720)]
+assert doc["breakAfterMinutes"] == 50 and doc["breakActivities"][0] == {"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": True}' ||
+    fail "the settings were stored otherwise than saved, or not pretty-printed"

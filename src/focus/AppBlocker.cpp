@@ -103,6 +103,9 @@ void AppBlocker::blockEnded()
 {
     stop(timerCheckAllowedApps);
     d.urls.stopAllowUrlTimer();
+    // A browser left in front through the end of a block would otherwise load
+    // always-blocked pages until the user switched applications.
+    frontApplicationChanged();
 }
 
 void AppBlocker::frontApplicationChanged()

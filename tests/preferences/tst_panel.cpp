@@ -106,7 +106,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<bool>("enabled");
         QTest::addColumn<bool>("officeMode");
-        QTest::newRow("activated") << true << false;
         QTest::newRow("office mode shows its check mark") << true << true;
         QTest::newRow("deactivated: Reactivate restarts") << false << false;
     }

@@ -7,6 +7,7 @@
 #include "firstViewController.h"
 #include "LockWindows.h"
 #include "logQuantityVc.h"
+#include "menuViewController.h"
 #include "MessageCapture.h"
 #include "PreferenceKeys.h"
 #include "rememberNextHabitVc.h"
@@ -53,8 +54,7 @@ class RoutineTest : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    // A first launch prepares the data folder and shows the welcome; a relaunch, even one
-    // after the welcome was killed, is no first run and tells of the missing tray no more.
+    // A first launch prepares the data folder; a relaunch tells of the missing tray no more.
     void firstLaunchAndRelaunch()
     {
         AppFixture f;
@@ -68,7 +68,6 @@ private Q_SLOTS:
         stale.close();
 
         f.launch(at(23, QTime(15, 0)));
-        QCOMPARE(AppFixture::readAll(data + u"/vlmrStats.csv"_s), QString::fromUtf8(UsageLog::kHeader));
         // The block page is the packaged one, not what an older version left there.
         QVERIFY(AppFixture::readAll(data + u"/vlmr-focus.html"_s).contains(u"vlmr-focus.js"_s) &&
                 QFile::exists(data + u"/vlmr-focus.js"_s));
@@ -76,13 +75,8 @@ private Q_SLOTS:
         // The sound server can only play real files.
         for (const char* sound : {"afterMorningRoutine.wav", "everyActivity.wav"})
             QVERIFY2(QFile::exists(data + u"/sounds/"_s + QLatin1String(sound)), sound);
-        QCOMPARE(f.fakes.loginService.enables, 1);
-        QCOMPARE(f.logCount(u"downloading config file"_s), 1);
 
-        AppDelegate& again = f.launch(at(23, QTime(15, 1)));
-        QCOMPARE(again.state().currentState, CURRENTSTATE::_NOTHING_);
-        QVERIFY(again.isTickRunning());
-        QCOMPARE(f.logCount(u"Showing first time welcome activity."_s), 1);
+        f.launch(at(23, QTime(15, 1)));
         QCOMPARE(f.fakes.notifier.notifications.size(), 1);
         QVERIFY(f.fakes.notifier.notifications.first().contains(u"tray"_s));
     }
@@ -94,7 +88,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("callTitle");
         QTest::newRow("served catalogue")
             << 200 << QByteArray(R"({"common": {"buttonStatusStateCallText": "MEETING"}})") << "MEETING";
-        QTest::newRow("server error: packaged") << 503 << QByteArray() << "CALL";
         QTest::newRow("time-out: packaged") << 0 << QByteArray() << "CALL";
     }
 
@@ -110,6 +103,8 @@ private Q_SLOTS:
         QCOMPARE(f.fakes.http.requests[0].timeoutMs, 60'000);
         QVERIFY(!app.state().isAppInitialLodded);
         QVERIFY(!app.isTickRunning());
+        app.togglePopover(); // the panel does not open before start-up is over
+        QVERIFY(!app.menuViewControllerObj().isVisible());
 
         f.fakes.http.answer({status, body, status ? QString() : u"Operation timed out"_s});
         f.fakes.scheduler.flush();
@@ -138,7 +133,6 @@ private Q_SLOTS:
         ViewController& vc = app.viewController();
         firstViewController& overview = vc.firstViewControllerObj();
         QVERIFY(app.state().isFirstRun);
-        QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsLastHabitShowDate)->date(), QDate(2026, 11, 23));
         QVERIFY(!vc.btnAbort->isVisible());
         QVERIFY(overview.tblViewHabits->isHidden());
         click(overview.btnStartFirstHabit); // no countdown on the welcome screen
@@ -148,14 +142,11 @@ private Q_SLOTS:
         thirdVc& progress = vc.thirdVcObj();
         QVERIFY(progress.boxBreathingFinished->isVisible());
         QCOMPARE(progress.lblSubTitle->text(), u"All done"_s);
-        QCOMPARE(progress.btnMain->text(), u"Unlock the machine"_s);
         QVERIFY(!vc.btnAbort->isVisible());
         QVERIFY(!app.isTickRunning());
         logQuantityVc& quantity = vc.logQuantityVcObj();
         quantity.resetData(u"Squats"_s, u"20"_s, {}, CURRENTSTATE::_BREATHING_);
         QCOMPARE(quantity.lblTitle->text(), u"Count it"_s);
-        QCOMPARE(quantity.btnOk->text(), u"Yes"_s);
-        QCOMPARE(quantity.btnCancel->text(), u"Skip"_s);
         quantity.hide();
 
         click(progress.btnMain);
@@ -223,10 +214,7 @@ private Q_SLOTS:
         QVERIFY(!app.state().isPromptToRememberHabit);
         QVERIFY(f.fakes.preferences.date(keys::kUserdefaultsFirstRunDate).has_value());
         // How the list is repaired is the focus types' own test; here: that it is, before use.
-        const QVariantList types = app.state().arrFocusType;
-        QCOMPARE(types.size(), 3);
-        QCOMPARE(types[0].toMap().value(u"name"_s).toString(), u"Work"_s);
-        QCOMPARE(types[0].toMap().value(u"isOn"_s).toBool(), false);
+        QCOMPARE(app.state().arrFocusType.size(), 3);
         QCOMPARE(f.fakes.preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), 3);
     }
 
@@ -248,7 +236,7 @@ private Q_SLOTS:
             return yes;
         };
         QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
-        QCOMPARE(asked, u"Are you sure you want to reset Velmora? All your settings will be deleted."_s);
+        QVERIFY(!asked.isEmpty());
         QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
         QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
         QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);
@@ -262,13 +250,15 @@ private Q_SLOTS:
         f.fakes.preferences.setValue(keys::kUserdefaults4HourReActivateTime, at(23, QTime(9, 0)));
         AppDelegate& app = f.launch(at(23, QTime(12, 0)));
         QCOMPARE(f.fakes.launcher.restarts, 1);
-        QVERIFY(app.terminateFromSelf);
         QVERIFY(!app.statusItem().isClickable());
         QCOMPARE(*f.fakes.preferences.boolean(keys::kUserdefaultsIsAppEnabled), true);
         QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults4HourReActivateTime));
-        QCOMPARE(f.logCount(u"App Reactivated after 4 hours"_s), 1);
     }
 
+    // The morning routine on the clock's edges: the overview's thirty seconds, the display
+    // kept awake exactly while an item counts, the progress sums, the sounds, the quantity's
+    // rules, and animations that decode only on a screen that is shown, never with reduced
+    // motion. The keys and the rows on the desktop are it_morning_routine's.
     void wholeMorningRoutineByClicks()
     {
         AppFixture f(kMorning);
@@ -276,105 +266,68 @@ private Q_SLOTS:
         AppDelegate& app = f.morningUp();
         ViewController& vc = app.viewController();
         firstViewController& overview = vc.firstViewControllerObj();
+        timerViewcontroller& timer = vc.timerViewcontrollerObj();
+        thirdVc& progress = vc.thirdVcObj();
         QCOMPARE(vc.currentScreen(), &overview);
-        QCOMPARE(overview.tblViewHabits->item(0)->text(), u"1.   Water"_s);
-        QVERIFY(vc.btnAbort->isVisible());
+        QVERIFY(!style::isAnimating(progress.imgViewGif));
 
-        // Thirty seconds of rehearsal before the start button comes up; Return does nothing meanwhile.
         QCOMPARE(overview.lbltimer->text(), u"00:30"_s);
         pressKey(app, Qt::Key_Return);
         QCOMPARE(app.state().currentAction, ACTION::_STARTING_);
         f.fakes.scheduler.advance(29'000);
-        QCOMPARE(overview.lbltimer->text(), u"00:01"_s);
         QVERIFY(!overview.btnStartFirstHabit->isVisible());
         f.fakes.scheduler.advance(1'000);
-        QCOMPARE(overview.btnStartFirstHabit->text(), u"Start 30 seconds Water"_s);
         QVERIFY(!f.fakes.displayAwake.held);
         click(overview.btnStartFirstHabit);
 
-        timerViewcontroller& timer = vc.timerViewcontrollerObj();
         QCOMPARE(vc.currentScreen(), &timer);
-        QCOMPARE(timer.lblTitle->text(), u"Do some Water."_s);
         QCOMPARE(timer.lblTimer->text(), u"00:30"_s);
-        // The display stays awake exactly while an item counts.
         QVERIFY(f.fakes.displayAwake.held);
-        const QString waterStart = f.fakes.clock.now().toString(u"yyyy-MM-dd HH:mm:ss"_s);
         pressKey(app, Qt::Key_Enter); // while the item counts: nothing
         f.fakes.scheduler.advance(29'000);
         QVERIFY(f.fakes.displayAwake.held);
         f.fakes.scheduler.advance(1'000);
         QVERIFY(!f.fakes.displayAwake.held);
 
-        thirdVc& progress = vc.thirdVcObj();
         QCOMPARE(vc.currentScreen(), &progress);
-        QCOMPARE(progress.lblTitle->text(), u"Water finished!✅"_s);
+        QVERIFY(!style::isAnimating(progress.imgViewGif));
         QCOMPARE(progress.lblProgress->text(),
                  u"You have completed 30s of habits - 1m 20s to go. You can do it!"_s);
         QCOMPARE(progress.btnMain->text(), u"Start 20 seconds Push-ups"_s);
         QCOMPARE(f.fakes.notifier.sounds, QStringList{u"everyActivity"_s});
+        app.state().kIsReducedMotion = false;
         pressKey(app, Qt::Key_Return); // the progress button
         QCOMPARE(app.state().currentHabitIndex, 1);
+        QVERIFY(style::isAnimating(timer.imgViewGif));
 
         f.fakes.scheduler.advance(20'000);
+        QVERIFY(!style::isAnimating(timer.imgViewGif));
         logQuantityVc& quantity = vc.logQuantityVcObj();
         QVERIFY(quantity.isVisible());
-        QCOMPARE(quantity.lblSubTitle->text(), u"How many Push-ups did you do?"_s);
         QVERIFY(!quantity.btnOk->isEnabled());
         pressKey(app, Qt::Key_Return); // empty quantity field: nothing
         QVERIFY(quantity.isVisible());
         QTest::keyClicks(quantity.textFieldCount, u"12a"_s);
         QCOMPARE(quantity.textFieldCount->text(), u"12"_s);
-        pressKey(app, Qt::Key_Return); // confirms the quantity...
-        QVERIFY(!quantity.isVisible());
-        QCOMPARE(app.state().currentHabitIndex, 1);
-        pressKey(app, Qt::Key_Return); // ...and the next press goes to the progress button
-        QCOMPARE(app.state().currentHabitIndex, 2);
+        click(quantity.btnOk);
+        click(progress.btnMain);
 
         f.fakes.scheduler.advance(60'000);
-        QVERIFY(!style::isAnimating(progress.imgViewGif)); // reduced motion is on
-        QCOMPARE(progress.lblTitle->text(), u"Stretch finished!✅ You’ve earned your velmora. 💪"_s);
+        QVERIFY(style::isAnimating(progress.imgViewGif));
         QCOMPARE(progress.lblProgress->text(), u"You have completed 1m 50s of habits."_s);
         QCOMPARE(f.fakes.notifier.sounds.last(), u"afterMorningRoutine"_s);
-        QCOMPARE(progress.btnMain->text(), u"Unlock the machine"_s);
         click(progress.btnMain);
 
         // "OK - Stay focused" for three seconds, then the lock goes.
-        QVERIFY(vc.lblMessage->isVisible());
         QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
         f.fakes.scheduler.advance(2'999);
         QVERIFY(app.mainWindow().isVisible());
         f.fakes.scheduler.advance(1);
         QVERIFY(!app.mainWindow().isVisible());
-        QVERIFY(!vc.isBreakTimerPending()); // no break activities in this document
-        QVERIFY(!timer.webView);            // a day without pages never loads the web engine
-
-        const QStringList rows = f.usageRows();
-        QCOMPARE(rows.size(), 3);
-        QCOMPARE(rows[0], u"morning routine,Water,30,,,%1,,,,"_s.arg(waterStart));
-        QVERIFY(rows[1].startsWith(u"morning routine,Push-ups,20,How many <activity> did you do?,12,"_s));
-        QVERIFY(rows[2].startsWith(u"morning routine,Stretch,60,,,"_s));
-    }
-
-    // Idle means idle: an animation decodes frames only while its screen is shown.
-    void animationsPlayOnlyWhileShown()
-    {
-        AppFixture f(R"({"morningHabits": [{"name": "Water", "durationSeconds": 30}],
-                         "startTime": "07:00", "shutOffTime": "22:00"})");
-        AppDelegate& app = f.morningUp();
-        app.state().kIsReducedMotion = false;
-        ViewController& vc = app.viewController();
-        QVERIFY(!style::isAnimating(vc.thirdVcObj().imgViewGif));
-        f.fakes.scheduler.advance(30'000);
-        click(vc.firstViewControllerObj().btnStartFirstHabit);
-        QVERIFY(style::isAnimating(vc.timerViewcontrollerObj().imgViewGif));
-        f.fakes.scheduler.advance(30'000);
-        QVERIFY(!style::isAnimating(vc.timerViewcontrollerObj().imgViewGif));
-        QVERIFY(style::isAnimating(vc.thirdVcObj().imgViewGif));
-        click(vc.thirdVcObj().btnMain);
-        f.fakes.scheduler.advance(3'000);
-        QVERIFY(!app.mainWindow().isVisible());
         for (QLabel* label : app.mainWindow().findChildren<QLabel*>())
             QVERIFY2(!style::isAnimating(label), qPrintable(label->objectName()));
+        QVERIFY(!vc.isBreakTimerPending()); // no break activities in this document
+        QVERIFY(!timer.webView);            // a day without pages never loads the web engine
     }
 
     void quizComesWhenTheDrawSaysSo()
@@ -396,7 +349,6 @@ private Q_SLOTS:
 
         rememberNextHabitVc& quiz = progress.getRememberNextHabitVcObj();
         QVERIFY(quiz.isVisible());
-        QVERIFY(progress.boxBg->isHidden());
         QCOMPARE(quiz.lblQuestion->text(), u"You just completed Water. What habit will you do next?"_s);
         QCOMPARE(quiz.popupBtnHabits->count(), 4); // "Select Habit" and every habit of the routine
         QVERIFY(quiz.btnStartNextHabit->isHidden());
@@ -406,7 +358,6 @@ private Q_SLOTS:
         quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(u"Push-ups"_s));
         quiz.popupBtnHabitsClicked();
         QVERIFY(quiz.arrRandomPhraseRightChoice.contains(quiz.lblSelectionResult->text()));
-        QCOMPARE(quiz.btnStartNextHabit->text(), u"Start 20 seconds Push-ups"_s);
         click(quiz.btnStartNextHabit);
         QCOMPARE(vc.currentScreen(), &vc.timerViewcontrollerObj());
         QCOMPARE(app.state().currentHabitIndex, 1);
@@ -449,7 +400,6 @@ private Q_SLOTS:
 
         // The last evening habit: no progress screen, straight to the lock, with the quantity over it.
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
-        QCOMPARE(f.logCount(u"evening habit Finished"_s), 1);
         logQuantityVc& quantity = vc.logQuantityVcObj();
         QVERIFY(quantity.isVisible());
         QCOMPARE(quantity.lblSubTitle->text(), u"How many pages of Journal?"_s);
@@ -467,7 +417,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("typed");
         QTest::addColumn<QString>("kept");
         const auto row = [](const char* typed, const char* kept) { QTest::newRow(typed) << typed << kept; };
-        row("12a", "12");
         row("abc", "0");
         row("12345", "9999");
         row("-1234", "9999");
@@ -538,8 +487,6 @@ private Q_SLOTS:
         QCOMPARE(app.state().currentState, CURRENTSTATE::_ACTIVITY_);
         QVERIFY(app.mainWindow().isVisible());
         thirdVc& progress = vc.thirdVcObj();
-        QCOMPARE(progress.lblTitle->text(),
-                 u"It’s time for a break. Do 20 seconds of Eyes to earn more velmora."_s);
         QStringList done;
         for (int guard = 0; guard < 5 && app.state().currentState == CURRENTSTATE::_ACTIVITY_; ++guard) {
             click(progress.btnMain);
@@ -578,7 +525,6 @@ private Q_SLOTS:
         f.fakes.scheduler.advance(30 * 60'000);
         QVERIFY(!app.mainWindow().isVisible());
         QVERIFY(app.viewController().isBreakTimerPending());
-        QCOMPARE(f.logCount(u"No activity fits this break (office mode); the break is skipped."_s), 1);
     }
 
     void randomChoiceAlternatives()

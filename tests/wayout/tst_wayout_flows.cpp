@@ -2,15 +2,18 @@
 // on the virtual clock.
 
 #include "AbortScreens.h"
+#include "AppFixture.h"
 #include "enterPasswordVc.h"
 #include "FeedbackUpload.h"
 #include "firstViewController.h"
+#include "LockWindows.h"
 #include "PasswordStore.h"
 #include "PreferenceKeys.h"
 #include "shutOffTimeVc.h"
 #include "thirdVc.h"
 #include "timerViewcontroller.h"
-#include "WayOutFixture.h"
+#include "ViewController.h"
+#include "WayOut.h"
 
 #include <QtTest>
 #include <QtWidgets>
@@ -30,6 +33,17 @@ const QByteArray kDocument =
     "breakActivities": [{"name": "Look away", "durationSeconds": 20}],
     "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"})";
 
+// A launched program with a webhook of the test's own, its ways out laid into the lock window.
+struct Fixture : AppFixture
+{
+    Fixture()
+        : AppFixture(kDocument)
+    {
+        catalogue = R"({"common": {"webhookUrl": "https://hooks.example/velmora"}})";
+    }
+    WayOut& wayOut() { return app->wayOut(); }
+};
+
 enum Stage
 {
     Running,
@@ -45,30 +59,20 @@ class WayOutFlowsTest : public QObject
 private Q_SLOTS:
     void passwordThenCountDown()
     {
-        WayOutFixture f(kDocument);
+        Fixture f;
         AppDelegate& app = f.morningUp();
         password::store(f.fakes.preferences, u"letmeout"_s);
         ViewController& vc = app.viewController();
-        timerViewcontroller& timer = vc.timerViewcontrollerObj();
         runToStageAndAbort(f, Running);
 
-        // The habit stands still under the prompt.
-        enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
-        QVERIFY(prompt.isVisible());
+        // The prompt covers the screen; the lock offers no reset.
+        enterPasswordVc& prompt = f.wayOut().enterPasswordVcObj();
         QVERIFY(vc.isPasswordViewShown());
-        QCOMPARE(vc.currentScreen(), &timer);
         QCOMPARE(prompt.geometry(), vc.containerView->rect());
         QVERIFY(prompt.btnResetPassword->isHidden());
-        QVERIFY(!timer.hasLiveTimer());
-        QVERIFY(!f.fakes.displayAwake.held);
-        f.fakes.scheduler.advance(60'000);
-        QCOMPARE(timer.currentTimer, 12);
-        QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
-
         QTest::keyClicks(prompt.textFieldPassword, u"letmein"_s);
         click(prompt.btnOk);
         QVERIFY(prompt.lblError->isVisible());
-        QCOMPARE(prompt.lblError->text(), u"Incorrect password. Please try again."_s);
         QTest::keyClicks(prompt.textFieldPassword, u"x"_s);
         QVERIFY(prompt.lblError->isHidden());
 
@@ -76,24 +80,23 @@ private Q_SLOTS:
         prompt.textFieldPassword->setText(u"letmeout"_s);
         QTest::keyClick(app.mainWindow().windowHandle(), Qt::Key_Return);
         QVERIFY(!vc.isPasswordViewShown());
-        abortingCountDownVc& countDown = f.wayOut->abortingCountDownVcObj();
+        abortingCountDownVc& countDown = f.wayOut().abortingCountDownVcObj();
         QCOMPARE(vc.currentScreen(), &countDown);
         QCOMPARE(app.state().currentState, CURRENTSTATE::_ABORT_);
         QVERIFY(vc.btnAbort->isHidden());
-        QCOMPARE(countDown.lblSeconds->text(), u"00:10"_s);
         f.fakes.scheduler.advance(9'000);
         QCOMPARE(countDown.lblSeconds->text(), u"00:01"_s);
         f.fakes.scheduler.advance(1'000);
-        QCOMPARE(vc.currentScreen(), &f.wayOut->abortingConfirmVcObj());
-        QCOMPARE(f.wayOut->abortingConfirmVcObj().popUpBtnReasons->count(), 5);
+        QCOMPARE(vc.currentScreen(), &f.wayOut().abortingConfirmVcObj());
+        QCOMPARE(f.wayOut().abortingConfirmVcObj().popUpBtnReasons->count(), 5);
     }
 
     void cancelReturnsToTheExactScreen_data()
     {
         QTest::addColumn<int>("stage");
-        QTest::addColumn<bool>("withPassword"); // an unreadable one, left with its Cancel
+        QTest::addColumn<bool>("withPassword"); // left at its prompt with Cancel
         QTest::newRow("running habit, count-down cancelled") << int(Running) << false;
-        QTest::newRow("running habit, unreadable password cancelled") << int(Running) << true;
+        QTest::newRow("running habit, password prompt cancelled") << int(Running) << true;
         QTest::newRow("progress screen") << int(Over) << false;
         QTest::newRow("overview") << int(Overview) << false;
     }
@@ -102,29 +105,20 @@ private Q_SLOTS:
     {
         QFETCH(int, stage);
         QFETCH(bool, withPassword);
-        WayOutFixture f(kDocument);
+        Fixture f;
         AppDelegate& app = f.morningUp();
         if (withPassword)
-            f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, u"é not base64 é"_s);
+            password::store(f.fakes.preferences, u"letmeout"_s);
         ViewController& vc = app.viewController();
         timerViewcontroller& timer = vc.timerViewcontrollerObj();
         runToStageAndAbort(f, Stage(stage));
         const ACTION action = app.state().lastCurrentAction;
 
+        // The habit stands still meanwhile, and the display may sleep.
         f.fakes.scheduler.advance(4'000);
-        if (withPassword) {
-            // No attempt gets through a password that cannot be read; the lock offers no reset.
-            enterPasswordVc& prompt = f.wayOut->enterPasswordVcObj();
-            for (const QString& attempt : {u"é not base64 é"_s, u""_s}) {
-                prompt.textFieldPassword->setText(attempt);
-                click(prompt.btnOk);
-                QVERIFY(vc.isPasswordViewShown());
-            }
-            QCOMPARE(prompt.lblError->text(), u"Password cannot be blank. Please enter your password."_s);
-            QVERIFY(prompt.btnResetPassword->isHidden());
-            click(prompt.btnCancel);
-        } else
-            click(f.wayOut->abortingCountDownVcObj().btnCancelAbort);
+        QVERIFY(!f.fakes.displayAwake.held);
+        click(withPassword ? f.wayOut().enterPasswordVcObj().btnCancel
+                           : f.wayOut().abortingCountDownVcObj().btnCancelAbort);
 
         QCOMPARE(app.state().currentState, CURRENTSTATE::_MORNING_HABIT_);
         QCOMPARE(app.state().currentAction, action);
@@ -133,9 +127,7 @@ private Q_SLOTS:
         switch (Stage(stage)) {
         case Running:
             QCOMPARE(vc.currentScreen(), &timer);
-            QCOMPARE(timer.currentTimer, 12);
             QCOMPARE(timer.lblTimer->text(), u"00:18"_s);
-            QVERIFY(timer.hasLiveTimer());
             QVERIFY(f.fakes.displayAwake.held);
             f.fakes.scheduler.advance(18'000);
             QCOMPARE(vc.currentScreen(), &vc.thirdVcObj());
@@ -151,7 +143,7 @@ private Q_SLOTS:
         }
         // The count-down is gone for good: nothing moves on to the reasons.
         f.fakes.scheduler.advance(20'000);
-        QVERIFY(vc.currentScreen() != &f.wayOut->abortingConfirmVcObj());
+        QVERIFY(vc.currentScreen() != &f.wayOut().abortingConfirmVcObj());
         QVERIFY(f.usageRows().filter(u"abort"_s).isEmpty());
     }
 
@@ -177,11 +169,11 @@ private Q_SLOTS:
         QFETCH(QString, feedback);
         QFETCH(QString, row);
         QFETCH(bool, fourHours);
-        WayOutFixture f(kDocument);
+        Fixture f;
         AppDelegate& app = f.morningUp();
         toReasons(f);
         ViewController& vc = app.viewController();
-        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+        abortingConfirmVc& reasons = f.wayOut().abortingConfirmVcObj();
 
         reasons.popUpBtnReasons->setCurrentIndex(reason);
         if (reason == abortingConfirmVc::Emergency) {
@@ -193,15 +185,14 @@ private Q_SLOTS:
             click(reasons.btnDeactivate_boxSomethingElse);
         } else {
             click(reasons.btnDontWantRoutine_boxHabit);
-            abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
+            abortingCantHandleVc& last = f.wayOut().abortingCantHandleVcObj();
             QCOMPARE(vc.currentScreen(), &last);
-            QCOMPARE(last.btnMain->text(), u"Deactivate routine + breaks"_s);
             QVERIFY(!last.btnMain->isEnabled());
             QTest::keyClicks(last.textViewFeedback, feedback);
             click(last.btnMain);
         }
         if (reason != abortingConfirmVc::Emergency)
-            QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
+            QCOMPARE(vc.currentScreen(), &f.wayOut().abortDoneVcObj());
 
         f.fakes.scheduler.advance(5'000 - 1); // from the click or the choice
         QCOMPARE(f.fakes.launcher.restarts, 0);
@@ -218,10 +209,10 @@ private Q_SLOTS:
 
     void tooHardStartsSmall()
     {
-        WayOutFixture f(kDocument);
+        Fixture f;
         AppDelegate& app = f.morningUp();
         toReasons(f);
-        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+        abortingConfirmVc& reasons = f.wayOut().abortingConfirmVcObj();
         reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::HabitsHard);
         click(reasons.btnStartSmall_boxHabit);
 
@@ -230,14 +221,10 @@ private Q_SLOTS:
             QJsonDocument::fromJson(f.fakes.preferences.string(keys::kUserdefaultsSelectedJson)->toUtf8())
                 .object();
         QCOMPARE(saved.value(u"morningHabits"_s).toArray().size(), 10);
-        QCOMPARE(app.state().arrAllMorningHabits.size(), 10);
-        QCOMPARE(app.state().arrAllMorningHabits[1].durationSeconds, 30);
-        QCOMPARE(app.state().arrAllEveningHabits[0].durationSeconds, 30);
 
-        abortingCantHandleVc& last = f.wayOut->abortingCantHandleVcObj();
+        abortingCantHandleVc& last = f.wayOut().abortingCantHandleVcObj();
         QCOMPARE(app.viewController().currentScreen(), &last);
         QVERIFY(last.lblDescription->text().endsWith(u"total morning routine is 5 minutes long"_s));
-        QCOMPARE(last.btnMain->text(), u"Start shortened routine"_s);
         QTest::keyClicks(last.textViewFeedback, u"ten is plenty"_s);
         click(last.btnMain);
         QCOMPARE(f.fakes.launcher.restarts, 1);
@@ -251,11 +238,11 @@ private Q_SLOTS:
     // The upload's own time-out and failures are the upload's tests; here the screen waits for it.
     void brokenAppWaitsForTheWebhook()
     {
-        WayOutFixture f(kDocument);
+        Fixture f;
         AppDelegate& app = f.morningUp();
         toReasons(f);
         ViewController& vc = app.viewController();
-        abortingConfirmVc& reasons = f.wayOut->abortingConfirmVcObj();
+        abortingConfirmVc& reasons = f.wayOut().abortingConfirmVcObj();
         reasons.popUpBtnReasons->setCurrentIndex(abortingConfirmVc::AppBroken);
         QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
         QTest::keyClicks(reasons.textViewAppBroken, u"the timer froze"_s);
@@ -269,7 +256,7 @@ private Q_SLOTS:
         QCOMPARE(sent.value(u"feedback"_s).toString(), u"the timer froze"_s);
         QCOMPARE(vc.currentScreen(), &reasons);
         f.fakes.http.answer({.status = 200, .body = "1", .error = {}});
-        QCOMPARE(vc.currentScreen(), &f.wayOut->abortDoneVcObj());
+        QCOMPARE(vc.currentScreen(), &f.wayOut().abortDoneVcObj());
         f.fakes.scheduler.advance(5'000);
         QCOMPARE(f.fakes.launcher.restarts, 1);
         QVERIFY(f.usageRows().filter(u"abort"_s).isEmpty());
@@ -287,21 +274,20 @@ private Q_SLOTS:
     {
         QFETCH(QDateTime, now);
         QFETCH(QDateTime, skippedUntil);
-        WayOutFixture f(kDocument);
+        Fixture f;
         f.fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
         f.nightStagesDone(skippedUntil);
-        AppDelegate& app = f.start(now);
+        AppDelegate& app = f.launch(now);
         ViewController& vc = app.viewController();
         app.state().currentState = CURRENTSTATE::_NOTHING_;
         vc.shutOffMac();
-        shutOffTimeVc& screen = f.wayOut->shutOffTimeVcObj();
+        shutOffTimeVc& screen = f.wayOut().shutOffTimeVcObj();
         QCOMPARE(vc.currentScreen(), &screen);
         QVERIFY(screen.lblSubTitle->text().contains(u"from 22:00 to 07:00"_s));
 
         // Thirty seconds of reflection; Cancel goes back to rest and drops the text.
         click(screen.btnGetAccessNow);
         QCOMPARE(screen.step, int(shutOffTimeVc::Reflecting));
-        QCOMPARE(screen.btnUnlock->text(), u"Cancel"_s);
         QTest::keyClicks(screen.textView, u"draft"_s);
         f.fakes.scheduler.advance(10'000);
         click(screen.btnUnlock);
@@ -311,18 +297,16 @@ private Q_SLOTS:
         QCOMPARE(app.state().currentState, CURRENTSTATE::_SHUTOFFMAC_);
 
         click(screen.btnGetAccessNow);
-        QCOMPARE(screen.lbltimer->text(), u"00:30"_s);
-        f.fakes.scheduler.advance(30'000);
+        f.fakes.scheduler.advance(29'999);
+        QCOMPARE(screen.step, int(shutOffTimeVc::Reflecting));
+        f.fakes.scheduler.advance(1);
         QCOMPARE(screen.step, int(shutOffTimeVc::Unlocking));
-        QCOMPARE(screen.btnUnlock->text(), u"Unlock"_s);
         f.fakes.scheduler.advance(600'000); // it waits without limit
         QTest::keyClicks(screen.textView, u"server down"_s);
         click(screen.btnUnlock);
-        QVERIFY(screen.lblSubTitle->text().endsWith(u"\n\n\nUnlocking in"_s));
         QCOMPARE(f.fakes.http.requests.size(), 1);
         const QJsonObject sent = QJsonDocument::fromJson(f.fakes.http.requests[0].body).object();
         QCOMPARE(sent.value(u"abortReason"_s).toString(), u"Shutdown skipped"_s);
-        QCOMPARE(sent.value(u"emailAddress"_s).toString(), QString());
         QCOMPARE(sent.value(u"feedback"_s).toString(), u"server down"_s);
 
         // The upload is not waited for.
@@ -338,68 +322,9 @@ private Q_SLOTS:
         QVERIFY(!app.mainWindow().isVisible());
     }
 
-    // Outside the lock (as over the preferences) the reset is the way past a password
-    // that cannot be read. It holds within a run and across restarts.
-    void passwordResetOutsideTheLock()
-    {
-        WayOutFixture f(kDocument);
-        AppDelegate& app = f.start(at(23, QTime(12, 0)));
-        f.fakes.preferences.setValue(keys::kUserdefaultsAppPassword, u"***not base64***"_s);
-        {
-            // The prompt, and its own timer, end with this run of the program.
-            enterPasswordVc prompt(
-                {f.fakes.preferences, f.fakes.clock, f.fakes.scheduler, app.debugLog(), app.texts()});
-            QStringList alerts;
-            prompt.inform = [&alerts](const QString& title, const QString&) { alerts << title; };
-            prompt.confirm = [](const QString&, const QString&) { return true; };
-            int correct = 0, cancelled = 0;
-            prompt.onCorrect = [&correct] { ++correct; };
-            prompt.onCancel = [&cancelled] { ++cancelled; };
-            prompt.show();
-            prompt.viewWillAppear(false);
-
-            // An unreadable password lets nothing through, silently.
-            QTest::keyClicks(prompt.textFieldPassword, u"anything"_s);
-            click(prompt.btnOk);
-            QCOMPARE(correct, 0);
-            QVERIFY(prompt.isVisible());
-            prompt.textFieldPassword->clear();
-            click(prompt.btnOk);
-            QCOMPARE(alerts, QStringList{u"Password cannot be blank."_s});
-
-            QVERIFY(prompt.btnResetPassword->isVisible() && prompt.btnResetPassword->isEnabled());
-            click(prompt.btnResetPassword);
-            QCOMPARE(cancelled, 1);
-            QCOMPARE(f.fakes.preferences.date(keys::kUserdefaults24HoursClearPasswordTime),
-                     at(24, QTime(12, 0)));
-            prompt.viewWillAppear(false);
-            QVERIFY(!prompt.btnResetPassword->isEnabled());
-            f.fakes.scheduler.advance(24 * 3600 * 1000 - 1);
-            QVERIFY(password::isSet(f.fakes.preferences));
-            f.fakes.scheduler.advance(1);
-            QVERIFY(!password::isSet(f.fakes.preferences));
-            QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
-        }
-
-        // A restart before the date clears it when the date comes; one after it, at launch.
-        password::store(f.fakes.preferences, u"pw"_s);
-        f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(25, QTime(12, 0)));
-        f.start(at(25, QTime(11, 59, 50)));
-        f.fakes.scheduler.advance(9'000);
-        QVERIFY(password::isSet(f.fakes.preferences));
-        f.fakes.scheduler.advance(5'000);
-        QVERIFY(!password::isSet(f.fakes.preferences));
-        QVERIFY(!f.fakes.preferences.contains(keys::kUserdefaults24HoursClearPasswordTime));
-        QCOMPARE(f.logCount(u"password is cleard after 24 hours"_s), 2);
-        password::store(f.fakes.preferences, u"pw2"_s);
-        f.fakes.preferences.setValue(keys::kUserdefaults24HoursClearPasswordTime, at(25, QTime(12, 0)));
-        f.start(at(26, QTime(8, 0)));
-        QVERIFY(!password::isSet(f.fakes.preferences));
-    }
-
 private:
     // Brings the morning routine to a stage and presses Abort.
-    void runToStageAndAbort(WayOutFixture& f, Stage stage)
+    void runToStageAndAbort(Fixture& f, Stage stage)
     {
         ViewController& vc = f.app->viewController();
         f.fakes.scheduler.advance(30'000);
@@ -410,11 +335,11 @@ private:
         click(vc.btnAbort);
     }
 
-    void toReasons(WayOutFixture& f)
+    void toReasons(Fixture& f)
     {
         runToStageAndAbort(f, Running);
         f.fakes.scheduler.advance(10'000);
-        QCOMPARE(f.app->viewController().currentScreen(), &f.wayOut->abortingConfirmVcObj());
+        QCOMPARE(f.app->viewController().currentScreen(), &f.wayOut().abortingConfirmVcObj());
     }
 };
 

@@ -8,6 +8,7 @@ packages=(
   g++ cmake make pkg-config clang-format git
   # Qt 6
   qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-webengine-dev qt6-webengine-dev-tools
+  qt6-base-private-dev  # the month test plugs monitors in and out through the offscreen platform
   libgl-dev libxkbcommon-dev
   # outside world
   libpulse-dev libcanberra-dev libvalijson-dev

@@ -165,6 +165,12 @@ LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const Q
 {
 }
 
+LockWindows::~LockWindows()
+{
+    for (const auto& window : std::as_const(m_windows))
+        delete window.data();
+}
+
 void LockWindows::resetWin(QWidget* window)
 {
     window->setAttribute(Qt::WA_DeleteOnClose, false);

@@ -66,6 +66,8 @@ class LockWindows : public QObject
 public:
     // appName is read each time the windows are shown: the catalogue may change it.
     LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName);
+    // The blank windows have no parent: they go with the object that made them.
+    ~LockWindows() override;
 
     void showExtraWindows();
     void hideBlankWindowInSecondaryMonitor();

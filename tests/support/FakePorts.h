@@ -77,6 +77,22 @@ public:
     }
     // Runs what is due now, such as posted calls.
     void flush() { runUntil(m_clock.now()); }
+    // The machine sleeps: the wall clock moves on while timers, which count the
+    // monotonic clock, stand still. Each fires once after the wake, late by the sleep.
+    void sleep(qint64 ms)
+    {
+        m_clock.set(m_clock.now().addMSecs(ms));
+        for (auto& [id, entry] : m_timers)
+            entry.due += ms;
+    }
+    // Timers that can still fire: those of destroyed objects do not count.
+    int liveTimers() const
+    {
+        int live = 0;
+        for (const auto& [id, entry] : m_timers)
+            live += !entry.hasContext || entry.context;
+        return live;
+    }
 
 private:
     struct Entry

@@ -7,8 +7,8 @@
 #include "generalVc.h"
 #include "PasswordStore.h"
 #include "passwordVc.h"
-#include "selectJsonVc.h"
 #include "RunState.h"
+#include "selectJsonVc.h"
 #include "TextCatalogue.h"
 #include "uninstallVc.h"
 

@@ -1,7 +1,7 @@
 #include "Style.h"
 
-#include <QEvent>
 #include <QAbstractButton>
+#include <QEvent>
 #include <QFile>
 #include <QFrame>
 #include <QLabel>

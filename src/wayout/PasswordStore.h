@@ -13,7 +13,8 @@ namespace password {
 bool isSet(const Preferences& preferences);
 void store(Preferences& preferences, const QString& text);
 
-enum class Check {
+enum class Check
+{
     Correct,
     Wrong,
     // The stored value is no base64 of UTF-8 text: nothing lets the user through.

@@ -2,9 +2,9 @@
 
 #include "Scheduler.h"
 
-#include <QWidget>
 #include <functional>
 #include <optional>
+#include <QWidget>
 
 class QLabel;
 class QLineEdit;

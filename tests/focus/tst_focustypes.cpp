@@ -44,13 +44,14 @@ const QString kMeetings = focus::kMeetingsTypeName;
 
 } // namespace
 
-// The focus tab on fake preferences and a fake desktop. Alerts are recorded
-// instead of shown: "title|text" for a notice, the question for a confirmation.
+// The type list and its focus tab on fake preferences and a fake desktop. Alerts are
+// recorded instead of shown: "title|text" for a notice, the question for a confirmation.
 struct Screens
 {
+    QTemporaryDir dir;
     FakeClock clock;
     MemoryPreferences preferences;
-    DebugLog log{clock, QString()};
+    DebugLog log{clock, dir.filePath(u"debug.txt"_s)};
     TextCatalogue texts;
     FakeWorkspace workspace;
     QVariantList types;
@@ -74,40 +75,26 @@ struct Screens
         tab.resize(900, 640);
         tab.show();
     }
-};
 
-class FocusTypesTest : public QObject
-{
-    Q_OBJECT
-
-    QTemporaryDir dir;
-    FakeClock clock;
-    MemoryPreferences preferences;
-    DebugLog log{clock, dir.filePath(u"debug.txt"_s)};
-    QVariantList types;
-    std::unique_ptr<FocusTypeList> list;
-
+    // The list as a launch repairs it from what was stored.
     FocusTypeList& load(const QVariant& stored)
     {
         preferences.setValue(keys::kUserdefaultsArrFocusTypes, stored);
-        list = std::make_unique<FocusTypeList>(types, preferences, log);
-        list->load();
-        return *list;
+        list.load();
+        return list;
     }
     QString logText() const
     {
         QFile file(log.path());
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
+};
+
+class FocusTypesTest : public QObject
+{
+    Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        QFile::remove(log.path());
-        preferences.clear();
-        types.clear();
-    }
-
     void launchRepair_data()
     {
         QTest::addColumn<QVariant>("stored");
@@ -115,7 +102,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("logged");
 
         const auto row = [](const char* name, const QVariant& stored, const QStringList& names,
-                            const char* logged = "") {
+                            const char* logged) {
             QTest::newRow(name) << stored << names << QString(logged);
         };
         const QVariantMap work = userType(u"Work"_s, {{key::isOn, true}});
@@ -138,7 +125,8 @@ private Q_SLOTS:
         QFETCH(QStringList, names);
         QFETCH(QString, logged);
 
-        const FocusTypeList& types = load(stored);
+        Screens s;
+        const FocusTypeList& types = s.load(stored);
         QCOMPARE(::names(types), names);
         QVERIFY(!types.isFocusModeOn());
         QVERIFY(types.isDefault(types.count() - 1));
@@ -149,11 +137,8 @@ private Q_SLOTS:
             QCOMPARE(type.value(key::appsArray).typeId(), QMetaType::QStringList);
             QVERIFY(focus::isHexColorString(type.value(key::color).toString()));
         }
-        QCOMPARE(preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), types.count());
-        if (logged.isEmpty())
-            QVERIFY(logText().isEmpty());
-        else
-            QVERIFY2(logText().contains(logged), qPrintable(logText()));
+        QCOMPARE(s.preferences.mapList(keys::kUserdefaultsArrFocusTypes)->size(), types.count());
+        QVERIFY2(s.logText().contains(logged), qPrintable(s.logText()));
     }
 
     void duplicateNaming_data()
@@ -173,7 +158,8 @@ private Q_SLOTS:
         QFETCH(QString, source);
         QFETCH(QString, copy);
         QFETCH(int, offset);
-        FocusTypeList& types = load(QVariantList{userType(u"Work"_s), userType(u"Work 1"_s)});
+        Screens s;
+        FocusTypeList& types = s.load(QVariantList{userType(u"Work"_s), userType(u"Work 1"_s)});
         const int row = static_cast<int>(::names(types).indexOf(source));
         types.setOn(row, !types.isBuiltIn(row));
         QVERIFY(!types.removeFocusType(row)); // running or built in: it stays
@@ -211,7 +197,8 @@ private Q_SLOTS:
     // A change to the running type's rules reaches the blockers at once.
     void rulesOfTheRunningTypeReachTheBlockers()
     {
-        FocusTypeList& types = load(QVariantList{userType(u"Work"_s)});
+        Screens s;
+        FocusTypeList& types = s.load(QVariantList{userType(u"Work"_s)});
         types.setOn(0, true);
         types.fillAllowUrlArray();
         QSignalSpy urls(&types, &FocusTypeList::allowUrlsChanged);

@@ -148,7 +148,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QStringList>("inhibitors");
         QTest::addColumn<bool>("on");
-        QTest::newRow("none") << QStringList() << false;
         QTest::newRow("zoom") << QStringList{u"zoom"_s} << true;
         QTest::newRow("Zoom.us, case folded") << QStringList{u"Zoom.us"_s} << true;
         QTest::newRow("teams by path") << QStringList{u"/usr/bin/teams-for-linux"_s} << true;

@@ -144,11 +144,11 @@ private Q_SLOTS:
                  expected);
     }
 
+    // Plain "zoom" is the break test's; here the spellings around it.
     void meetingProgramsKeepingTheDisplayAwake_data()
     {
         QTest::addColumn<QStringList>("inhibitors");
         QTest::addColumn<bool>("on");
-        QTest::newRow("zoom") << QStringList{u"zoom"_s} << true;
         QTest::newRow("Zoom.us, case folded") << QStringList{u"Zoom.us"_s} << true;
         QTest::newRow("teams by path") << QStringList{u"/usr/bin/teams-for-linux"_s} << true;
         QTest::newRow("teams desktop id") << QStringList{u"teams-for-linux.desktop"_s} << true;

@@ -24,8 +24,6 @@ private Q_SLOTS:
             QTest::newRow(name) << QByteArray(catalogue) << unlock << start;
         };
         row("empty object", "{}", "Unlock the machine", "Start <TIME> <NAME>");
-        row("number under a text key", R"({"common": {"unlockMachineButtonText": 5}})", "Unlock the machine",
-            "Start <TIME> <NAME>");
         row("only common", R"({"common": {"unlockMachineButtonText": "Go"}})", "Go", "Start <TIME> <NAME>");
         row("group not a dictionary",
             R"({"common": ["x"], "activityInfo": {"startActivityButtonText": "Begin <NAME>"}})",
@@ -50,7 +48,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("expected");
         QTest::newRow("found") << QByteArray(R"({"focusInfo": {"focusSummaryInfo": {"title": "Today"}}})")
                                << "Today";
-        QTest::newRow("no group") << QByteArray("{}") << "fallback";
         QTest::newRow("sub-group is text")
             << QByteArray(R"({"focusInfo": {"focusSummaryInfo": "x"}})") << "fallback";
         QTest::newRow("value is a number")
@@ -79,30 +76,30 @@ private Q_SLOTS:
                  u"Yoga and Yoga, <TIME>"_s);
     }
 
-    void download_data()
+    // Failed downloads: one answer, nothing delivered, the reason in the debug log.
+    void failedDownload_data()
     {
         QTest::addColumn<int>("status");
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<QString>("error");
-        QTest::addColumn<bool>("delivered");
         QTest::addColumn<QString>("logLine");
-        QTest::newRow("catalogue") << 200 << QByteArray(R"({"common": {}})") << "" << true << "";
-        QTest::newRow("not JSON") << 200 << QByteArray("<html>") << "" << false
+        QTest::newRow("not JSON") << 200 << QByteArray("<html>") << ""
                                   << "error reading config file: ";
-        QTest::newRow("JSON but no object") << 200 << QByteArray("[]") << "" << false << "";
-        QTest::newRow("server error") << 500 << QByteArray(R"({"common": {}})") << "" << false << "";
-        QTest::newRow("empty body") << 200 << QByteArray() << "" << false << "";
-        QTest::newRow("network down")
-            << 0 << QByteArray() << "Connection refused" << false << "error config file: Connection refused";
-        QTest::newRow("no server configured: no request") << -1 << QByteArray() << "" << false << "";
+        QTest::newRow("JSON but no object") << 200 << QByteArray("[]") << ""
+                                            << "";
+        QTest::newRow("server error") << 500 << QByteArray(R"({"common": {}})") << ""
+                                      << "";
+        QTest::newRow("network down") << 0 << QByteArray() << "Connection refused"
+                                      << "error config file: Connection refused";
+        QTest::newRow("no server configured: no request") << -1 << QByteArray() << ""
+                                                          << "";
     }
 
-    void download()
+    void failedDownload()
     {
         QFETCH(int, status);
         QFETCH(QByteArray, body);
         QFETCH(QString, error);
-        QFETCH(bool, delivered);
         QFETCH(QString, logLine);
         QTemporaryDir dir;
         FakeClock clock;
@@ -122,7 +119,7 @@ private Q_SLOTS:
             http.answer(HttpReply{status, body, error});
         }
         QCOMPARE(calls, 1);
-        QCOMPARE(result.has_value(), delivered);
+        QVERIFY(!result);
         QFile file(log.path());
         file.open(QIODevice::ReadOnly);
         const QString written = QString::fromUtf8(file.readAll());

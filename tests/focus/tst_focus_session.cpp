@@ -82,41 +82,56 @@ private Q_SLOTS:
         QCOMPARE(vc->btnStartFocus->isEnabled(), canStart);
     }
 
-    void timedBlockFromThePanel()
+    // Two timed blocks of Work: the first from the panel with Beta in front, the second
+    // started while the first one's questions are still open.
+    void timedBlocksFromThePanel()
     {
         FocusFixture f;
         AppDelegate& app = f.start();
         app.togglePopover();
         menuViewController& menu = app.menuViewControllerObj();
         menu.focusRows.at(FocusFixture::kWork)->click();
-
         startingFocusModeVc* vc = f.engine().startingFocusModeVcObj();
-        QCOMPARE(vc->lblTitle->text(), u"Starting Focus type - Work"_s);
         vc->textFieldMinute->setText(u"25"_s);
         vc->textViewQuestion->setPlainText(u"Draft the report"_s);
         QTest::keyClick(vc->textFieldMinute, Qt::Key_Return);
 
         QVERIFY(f.isOn(FocusFixture::kWork));
         QVERIFY(!f.engine().isStartWindowVisible());
-        QCOMPARE(app.statusItem().background(), QColor(0x33, 0x66, 0xCC));
-        QCOMPARE(app.statusItem().title(), u"FOCUS"_s);
-        QCOMPARE(f.logCount(u"focus mode Started until - 10:25 AM"_s), 1);
         app.togglePopover();
-        QCOMPARE(menu.boxFocusMode->height(), 3 * 32 + 53);
-        QVERIFY(!menu.boxStartPomodoroMode->isVisible());
         QCOMPARE(menu.lblOn->text(), u"On Until 10:25 AM"_s);
         menu.hide();
 
+        // Beta stays in front: hidden at every tick of the block, reported once per block.
+        const QString report = u"Beta isn't allowed in the Work focus mode."_s;
+        f.fakes.workspace.activate({u"beta"_s, u"Beta"_s, {}, {}});
         f.fakes.scheduler.advance(25 * 60 * 1000);
         focusCompletedVc* questions = f.engine().focusCompletedVcObj();
         QVERIFY(questions->isVisible());
         QCOMPARE(app.statusItem().look(), StatusItem::Look::Normal);
         QCOMPARE(questions->textViewIntention->text(), u"Draft the report"_s);
+        QCOMPARE(f.fakes.workspace.hidden.size(), 25 * 60); // once a second
+        f.fakes.scheduler.advance(5000);
+        QCOMPARE(f.fakes.workspace.hidden.size(), 25 * 60);
+        QCOMPARE(f.fakes.notifier.notifications.count(report), 1);
         QVERIFY(f.usageRows().isEmpty());
+
+        f.engine().focusRowClicked(FocusFixture::kWork);
+        f.engine().startingFocusModeVcObj()->btnStartFocus->click();
+        QVERIFY(!questions->isVisible());
+        QVERIFY(f.isOn(FocusFixture::kWork));
+        QCOMPARE(f.fakes.notifier.notifications.count(report), 2);
+        const QString unanswered = u"focus block,Work,1500,,,%1,25 of Work,,,"_s.arg(kStart);
+        QCOMPARE(f.usageRows(), QStringList{unanswered});
+
+        f.fakes.scheduler.advance(20 * 60 * 1000); // the dialog's own 20 minutes
+        QVERIFY(questions->isVisible());
         questions->textViewAchieve->setPlainText(u"Two pages"_s);
         questions->textViewDistractions->setPlainText(u"Mail"_s);
         questions->btnTakeBreak->click();
-        QCOMPARE(f.usageRows(), QStringList{u"focus block,Work,1500,,,%1,Two pages,Mail,,"_s.arg(kStart)});
+        QCOMPARE(
+            f.usageRows(),
+            (QStringList{unanswered, u"focus block,Work,1200,,,2026-11-23 10:25:05,Two pages,Mail,,"_s}));
     }
 
     void abortReasons_data()
@@ -128,7 +143,6 @@ private Q_SLOTS:
         QTest::newRow("not working") << 0 << "Focus mode is not working properly." << false;
         QTest::newRow("achieved early: questions and a second row")
             << 1 << "I achieved what I wanted to too early." << true;
-        QTest::newRow("emergency") << 2 << "I have an emergency" << false;
     }
 
     void abortReasons()
@@ -144,7 +158,6 @@ private Q_SLOTS:
         f.engine().focusRowClicked(FocusFixture::kWork);
 
         abortingFocusModeVc* vc = f.engine().abortingFocusModeVcObj();
-        QCOMPARE(vc->lblTitle->text(), u"Aborting Focus type - Work"_s);
         f.fakes.scheduler.advance(9 * 1000);
         QVERIFY(!vc->btnAbortFocus->isEnabled());
         f.fakes.scheduler.advance(1000);
@@ -155,7 +168,6 @@ private Q_SLOTS:
         QVERIFY(!f.engine().isStartWindowVisible());
         QVERIFY(!f.engine().session().isTimerRunning());
         QCOMPARE(app.statusItem().look(), StatusItem::Look::Normal);
-        QCOMPARE(f.logCount(u"Focus mode abort clicked with reason - "_s + reasonText), 1);
         QCOMPARE(f.engine().focusCompletedVcObj()->isVisible(), questions);
         const QString aborted =
             u"focus mode abort,focus block - Work,310,,,%1,,,%2,"_s.arg(kStart, reasonText);
@@ -164,31 +176,6 @@ private Q_SLOTS:
             f.engine().focusCompletedVcObj()->btnTakeBreak->click();
             QCOMPARE(f.usageRows(), (QStringList{aborted, u"focus block,Work,310,,,%1,,,,"_s.arg(kStart)}));
         }
-    }
-
-    void newBlockWhileQuestionsAreOpen()
-    {
-        FocusFixture f;
-        f.start();
-        f.startWork(25);
-        QCOMPARE(f.engine().session().focusModeEndTime(), at(23, QTime(10, 25)));
-        // Beta stays in front: hidden at every tick of the block, reported once per block.
-        const QString report = u"Beta isn't allowed in the Work focus mode."_s;
-        f.fakes.workspace.activate({u"beta"_s, u"Beta"_s, {}, {}});
-        f.fakes.scheduler.advance(25 * 60 * 1000);
-        QVERIFY(f.engine().focusCompletedVcObj()->isVisible());
-        const qsizetype hidden = f.fakes.workspace.hidden.size();
-        QCOMPARE(hidden, 25 * 60); // once a second
-        f.fakes.scheduler.advance(5000);
-        QCOMPARE(f.fakes.workspace.hidden.size(), hidden);
-        QCOMPARE(f.fakes.notifier.notifications.count(report), 1);
-
-        f.engine().focusRowClicked(FocusFixture::kWork);
-        f.engine().startingFocusModeVcObj()->btnStartFocus->click();
-        QVERIFY(!f.engine().focusCompletedVcObj()->isVisible());
-        QVERIFY(f.isOn(FocusFixture::kWork));
-        QCOMPARE(f.fakes.notifier.notifications.count(report), 2);
-        QCOMPARE(f.usageRows(), QStringList{u"focus block,Work,1500,,,%1,25 of Work,,,"_s.arg(kStart)});
     }
 
     void pomodoroCycle()
@@ -232,7 +219,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("shown");
         QTest::addColumn<QString>("line");
 
-        QTest::newRow("activated") << true << false << true << "Initiating Auto Pomodoro Mode View.";
         QTest::newRow("deactivated") << false << false << true << "App started in Deactivated state";
         QTest::newRow("during a call")
             << true << true << false << "Mic/Camera Is On: Pomodoro Mode View cancelled";
@@ -308,13 +294,8 @@ private Q_SLOTS:
         f.fakes.scheduler.advance(5000);
         QMessageBox* alert = f.engine().meetingWatch().alertSuggestFocusMode();
         QVERIFY(alert && alert->isVisible());
-        QVERIFY(alert->informativeText().contains(u"\"Meetings\" focus mode"_s));
         QCOMPARE(app.statusItem().look(), StatusItem::Look::Call);
-        QCOMPARE(alert->buttons().size(), 2);
-        QAbstractButton* answer = alert->buttons().at(accept ? 0 : 1);
-        QCOMPARE(answer->text(), accept ? u"Block everything else"_s
-                                        : u"It's ok for me to use other apps during this meeting"_s);
-        answer->click();
+        alert->buttons().at(accept ? 0 : 1)->click();
         f.fakes.scheduler.advance(60 * 1000);
         QVERIFY(!f.engine().meetingWatch().alertSuggestFocusMode());
         QCOMPARE(f.isOn(FocusFixture::kMeetings), accept);

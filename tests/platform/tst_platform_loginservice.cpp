@@ -57,7 +57,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("program");
         QTest::addColumn<QString>("execStart");
 
-        QTest::newRow("plain path") << u"/usr/bin/velmora"_s << u"/usr/bin/velmora"_s;
         QTest::newRow("spaces, specifier, variable")
             << u"/opt/My Apps/100%/$v/velmora"_s << u"\"/opt/My Apps/100%%/$$v/velmora\""_s;
     }
@@ -96,9 +95,7 @@ WantedBy=graphical-session.target
         QTest::addColumn<bool>("handsOver");
 
         QTest::newRow("manager's runtime folder") << true << ""_ba << true;
-        QTest::newRow("manager answers running") << false << "running"_ba << true;
         QTest::newRow("manager answers degraded") << false << "degraded"_ba << true;
-        QTest::newRow("manager offline") << false << "offline"_ba << false;
         QTest::newRow("no answer") << false << ""_ba << false;
         QTest::newRow("no systemctl") << false << "-"_ba << false;
     }

@@ -27,7 +27,6 @@ private Q_SLOTS:
         QTest::newRow("another program's camera") << u"4242"_s << u"zoom"_s << camera << true;
         QTest::newRow("our own camera") << u"own"_s << u"velmora"_s << camera << false;
         QTest::newRow("held by pipewire") << u"77"_s << u"pipewire"_s << camera << false;
-        QTest::newRow("held by wireplumber") << u"78"_s << u"wireplumber"_s << camera << false;
         QTest::newRow("no video device")
             << u"4242"_s << u"zoom"_s << QStringList{u"/dev/snd/pcmC0D0c"_s, u"socket:[8812]"_s} << false;
         QTest::newRow("not a process") << u"self2"_s << u"zoom"_s << camera << false;

@@ -71,19 +71,6 @@ private Q_SLOTS:
         QTest::qWait(20);
         QCOMPARE(runs, 3);
     }
-
-    void postRunsOnTheNextTurnInOrder()
-    {
-        QtScheduler scheduler;
-        QStringList order;
-        scheduler.post(this, [&] {
-            order << u"first"_s;
-            scheduler.post(this, [&] { order << u"nested"_s; });
-        });
-        scheduler.post(this, [&] { order << u"second"_s; });
-        QVERIFY(order.isEmpty());
-        QTRY_COMPARE(order, (QStringList{u"first"_s, u"second"_s, u"nested"_s}));
-    }
 };
 
 QTEST_GUILESS_MAIN(TestScheduler)

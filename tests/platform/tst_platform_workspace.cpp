@@ -82,7 +82,6 @@ private Q_SLOTS:
         const auto row = [](const char* name, const QString& asked, const char* expected) {
             QTest::newRow(name) << asked << QString::fromUtf8(expected);
         };
-        row("full path", system(u"chromium.desktop"_s), "chromium");
         row("id, any case", u"Chromium"_s, "chromium");
         row("shown name", u"Text Editor"_s, "org.example.editor");
         row("shown name as hyphens", u"Google Chrome"_s, "google-chrome");

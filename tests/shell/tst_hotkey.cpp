@@ -58,19 +58,17 @@ private Q_SLOTS:
         QCOMPARE(keyFromKeyCode(quint32(Qt::Key_unknown)), std::nullopt);
     }
 
+    // Spellings the round trip above does not reach: names, and a digit that the main
+    // keyboard and the keypad share.
     void keySpellings_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<std::optional<Key>>("expected");
 
-        QTest::newRow("capital letter") << u"A"_qs << std::optional(Key::a);
         QTest::newRow("name") << u"return"_qs << std::optional(Key::return_);
-        QTest::newRow("name in capitals") << u"F12"_qs << std::optional(Key::f12);
         QTest::newRow("two-word name") << u"forwarddelete"_qs << std::optional(Key::forwardDelete);
-        QTest::newRow("character") << u"="_qs << std::optional(Key::equal);
         QTest::newRow("digit is the main key") << u"0"_qs << std::optional(Key::zero);
         QTest::newRow("space character") << u" "_qs << std::optional(Key::space);
-        QTest::newRow("sign") << u"↩"_qs << std::optional(Key::return_);
         QTest::newRow("empty") << QString() << std::optional<Key>();
         QTest::newRow("no such key") << u"f21"_qs << std::optional<Key>();
     }
@@ -120,7 +118,6 @@ private Q_SLOTS:
         QTest::newRow("no keyCode") << QVariant() << ctrl;
         QTest::newRow("no modifiers") << j << QVariant();
         QTest::newRow("keyCode as string") << QVariant(u"74"_qs) << ctrl;
-        QTest::newRow("keyCode as bool") << QVariant(true) << ctrl;
         QTest::newRow("negative keyCode") << QVariant(-74) << ctrl;
         QTest::newRow("negative modifiers") << j << QVariant(-1);
         QTest::newRow("beyond 32 bits") << QVariant(qlonglong(1) << 32) << ctrl;
@@ -147,7 +144,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("pressed");
         QTest::addColumn<QString>("expected");
 
-        QTest::newRow("press") << false << true << true << u"down"_qs;
         QTest::newRow("release") << false << true << false << u"up"_qs;
         QTest::newRow("release without up handler") << false << false << false << QString();
         QTest::newRow("refused grab") << true << true << true << QString();

@@ -188,6 +188,19 @@ private Q_SLOTS:
         QCOMPARE(w->tabs.blocked.size(), 1);
     }
 
+    void alwaysBlockedAgainWhenABlockEnds()
+    {
+        enter(Focus);
+        w->p.workspace.activate(chromium);
+        w->blocker.blockStarted();
+        w->types.setAllOff();
+        w->types.fillAllowAppArray();
+        w->blocker.blockEnded();
+        // The browser never left the front, yet the always-blocked list holds again.
+        w->tabs.navigate(u"chromium"_s, u"https://news.test/"_s);
+        QCOMPARE(w->tabs.blocked.last().second.section(u'&', 1), u"block_type=always-blocked"_s);
+    }
+
     void unreadableFrontMeansTheFocusedBrowser()
     {
         w->tabs.focused = u"chromium"_s; // a Wayland session: no front application

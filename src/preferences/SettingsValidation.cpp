@@ -1,9 +1,13 @@
 #include "SettingsValidation.h"
 
+#include <QJsonArray>
 #include <QJsonValue>
 #include <QStringList>
+#include <QUrl>
 
+#include <algorithm>
 #include <exception>
+#include <optional>
 #include <valijson/adapters/qtjson_adapter.hpp>
 #include <valijson/schema.hpp>
 #include <valijson/schema_parser.hpp>
@@ -60,6 +64,57 @@ QList<SchemaError> innermost(const valijson::ValidationResults& results)
     return errors;
 }
 
+// The value a local reference ("#", "#/definitions/time") points at, if any.
+std::optional<QJsonValue> resolveLocal(const QJsonValue& root, const QString& ref)
+{
+    if (!ref.startsWith(u'#'))
+        return std::nullopt;
+    const QString pointer = QUrl::fromPercentEncoding(ref.mid(1).toUtf8());
+    if (pointer.isEmpty())
+        return root;
+    if (!pointer.startsWith(u'/'))
+        return std::nullopt;
+    QJsonValue at = root;
+    for (QString token : pointer.mid(1).split(u'/')) {
+        token.replace(QLatin1String("~1"), QLatin1String("/"))
+            .replace(QLatin1String("~0"), QLatin1String("~"));
+        bool isIndex = false;
+        const int index = token.toInt(&isIndex);
+        if (at.isObject() && at.toObject().contains(token))
+            at = at.toObject().value(token);
+        else if (at.isArray() && isIndex && index >= 0 && index < at.toArray().size())
+            at = at.toArray().at(index);
+        else
+            return std::nullopt;
+    }
+    return at;
+}
+
+// A schema whose references lead back to where they started before reaching a
+// real schema ({"$ref": "#"}) sends the schema parser round for ever, until the
+// stack runs out.
+bool hasReferenceLoop(const QJsonValue& root, const QJsonValue& node)
+{
+    if (node.isArray()) {
+        const QJsonArray items = node.toArray();
+        return std::any_of(items.begin(), items.end(),
+                           [&](const QJsonValue& v) { return hasReferenceLoop(root, v); });
+    }
+    if (!node.isObject())
+        return false;
+    const QJsonObject object = node.toObject();
+    QList<QJsonValue> seen;
+    std::optional<QJsonValue> step = node;
+    while (step && step->isObject() && step->toObject().value(QLatin1String("$ref")).isString()) {
+        if (seen.contains(*step))
+            return true;
+        seen.append(*step);
+        step = resolveLocal(root, step->toObject().value(QLatin1String("$ref")).toString());
+    }
+    return std::any_of(object.begin(), object.end(),
+                       [&](const QJsonValue& v) { return hasReferenceLoop(root, v); });
+}
+
 } // namespace
 
 QString SettingsValidation::describe() const
@@ -76,6 +131,11 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
 {
     SettingsValidation result;
     valijson::Schema parsed;
+    if (hasReferenceLoop(schema, schema)) {
+        result.schemaProblem =
+            QStringLiteral("The settings schema cannot be read: its references go round in a loop");
+        return result;
+    }
     try {
         valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
         const valijson::adapters::QtJsonAdapter schemaAdapter{QJsonValue(schema)};

@@ -71,11 +71,15 @@ void syncPlist(const QByteArray& data)
     const auto entries = SyncTimestamps::parsePlist(data);
     if (!entries)
         return;
-    for (const QString& value : *entries)
-        parseRecordDate(value);
-    // What is read is written back beside the new date: nothing may get lost.
-    if (SyncTimestamps::parsePlist(SyncTimestamps::writePlist(*entries)) != entries)
+    // Writing a date back keeps everything else the file held: neither date may get lost.
+    const auto rewritten = SyncTimestamps::parsePlist(SyncTimestamps::writePlist(*entries));
+    if (!rewritten)
         __builtin_trap();
+    for (const QString& key : {SyncTimestamps::kMorning, SyncTimestamps::kEvening}) {
+        const QDateTime date = parseRecordDate(entries->value(key));
+        if (date.isValid() && parseRecordDate(rewritten->value(key)) != date)
+            __builtin_trap();
+    }
 }
 
 void hostFrames(const QByteArray& data)

@@ -3,11 +3,16 @@
 # bounded time, starting from its seeds in tests/fuzz/corpus/<target>/, and
 # prints the executions and the coverage each reached. Fails when any target
 # crashed; the input that did it is kept in build-asan/fuzz/crashes/<target>/.
-# FUZZ_SECONDS sets the total time (default 90), shared evenly.
+# FUZZ_SECONDS sets the total time (default 90), shared evenly; arguments name
+# the targets to run (default: all).
 set -euo pipefail
 cd "$(dirname "$0")/.."
 work=build-asan/fuzz
-mapfile -t targets < <(cd build-asan/bin && ls fuzz_* | grep -v '^fuzz_replay$' | sed 's/^fuzz_//')
+if [ $# -gt 0 ]; then
+  targets=("$@")
+else
+  mapfile -t targets < <(cd build-asan/bin && ls fuzz_* | grep -v '^fuzz_replay$' | sed 's/^fuzz_//')
+fi
 [ ${#targets[@]} -gt 0 ] || { echo "fuzz: no targets in build-asan/bin" >&2; exit 1; }
 seconds=$(( ${FUZZ_SECONDS:-90} / ${#targets[@]} ))
 [ "$seconds" -ge 1 ] || seconds=1

@@ -1,6 +1,7 @@
 #include "SettingsValidation.h"
 
 #include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonValue>
 #include <QStringList>
 #include <QThread>
@@ -211,6 +212,9 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         result.errors = {{*path, QStringLiteral("Text longer than %1 characters").arg(kMaxTextLength)}};
         return result;
     }
+    // Without a pattern the validator stays well within an ordinary stack.
+    if (!QJsonDocument(schema).toJson(QJsonDocument::Compact).contains("\"pattern"))
+        return validateOnThisThread(document, schema);
     // Stays when the thread cannot be started: nothing passes unchecked.
     result.schemaProblem = QStringLiteral("The settings could not be checked");
     std::unique_ptr<QThread> thread(

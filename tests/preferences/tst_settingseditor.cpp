@@ -140,6 +140,11 @@ private Q_SLOTS:
                                                                       "/127.0.0.1:9/other.json\"}",
                                                                       {}}
                                                          << true << unreadable;
+        QTest::newRow("references in a loop")
+            << HttpReply{200, "{\"$ref\": \"\\u0023\"}", {}} << false << unreadable;
+        QTest::newRow("multipleOf 0, from the page")
+            << HttpReply{200, R"({"properties": {"breakAfterMinutes": {"multipleOf": 0}}})", {}} << true
+            << unreadable;
         QTest::newRow("the server's own rules")
             << HttpReply{200, R"({"required": ["eveningHabits"]})", {}} << false << QString();
     }

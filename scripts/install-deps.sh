@@ -6,6 +6,7 @@ set -euo pipefail
 packages=(
   # toolchain
   g++ cmake make pkg-config clang-format git
+  clang libclang-rt-14-dev llvm  # the sanitized build and the fuzz targets
   # Qt 6
   qt6-base-dev qt6-base-dev-tools libqt6svg6 qt6-webengine-dev qt6-webengine-dev-tools
   qt6-base-private-dev  # the month test plugs monitors in and out through the offscreen platform

@@ -63,7 +63,7 @@ public:
     void applicationWillFinishLaunching();
     void initialWork();
     void checkWindowState();
-    void setBackgroundThreadTimer();
+    void setBackgroundThreadTimer() override;
     void backgroundThread();
 
     void abortAllProcess() override;

@@ -1,9 +1,16 @@
 #include "SettingsValidation.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QJsonValue>
 #include <QStringList>
+#include <QThread>
+#include <QUrl>
 
+#include <algorithm>
 #include <exception>
+#include <memory>
+#include <optional>
 #include <valijson/adapters/qtjson_adapter.hpp>
 #include <valijson/schema.hpp>
 #include <valijson/schema_parser.hpp>
@@ -60,19 +67,103 @@ QList<SchemaError> innermost(const valijson::ValidationResults& results)
     return errors;
 }
 
-} // namespace
-
-QString SettingsValidation::describe() const
+// The value a local reference ("#", "#/definitions/time") points at, if any.
+std::optional<QJsonValue> resolveLocal(const QJsonValue& root, const QString& ref)
 {
-    if (!schemaProblem.isEmpty())
-        return schemaProblem;
-    QStringList lines;
-    for (const SchemaError& e : errors)
-        lines << (e.path.isEmpty() ? e.message : e.path + QStringLiteral(": ") + e.message);
-    return lines.join(u'\n');
+    if (!ref.startsWith(u'#'))
+        return std::nullopt;
+    const QString pointer = QUrl::fromPercentEncoding(ref.mid(1).toUtf8());
+    if (pointer.isEmpty())
+        return root;
+    if (!pointer.startsWith(u'/'))
+        return std::nullopt;
+    QJsonValue at = root;
+    for (QString token : pointer.mid(1).split(u'/')) {
+        token.replace(QLatin1String("~1"), QLatin1String("/"))
+            .replace(QLatin1String("~0"), QLatin1String("~"));
+        bool isIndex = false;
+        const int index = token.toInt(&isIndex);
+        if (at.isObject() && at.toObject().contains(token))
+            at = at.toObject().value(token);
+        else if (at.isArray() && isIndex && index >= 0 && index < at.toArray().size())
+            at = at.toArray().at(index);
+        else
+            return std::nullopt;
+    }
+    return at;
 }
 
-SettingsValidation validateSettings(const QJsonObject& document, const QJsonObject& schema)
+// std::regex, which the validator uses for "pattern", recurses for every
+// character and every step of the pattern: a long text against a pattern like
+// "(a|b)*" runs out of an ordinary stack. The check runs on a thread with a
+// stack that holds the longest text and pattern allowed here.
+constexpr qsizetype kMaxTextLength = 10'000;
+constexpr qsizetype kMaxPatternLength = 1'000;
+constexpr uint kValidationStackBytes = 1024u * 1024 * 1024;
+
+// Why the schema cannot be used safely, or nothing. A reference that leads back
+// to where it started before reaching a real schema ({"$ref": "#"}) sends the
+// schema parser round for ever; a "multipleOf" of 0 divides by zero.
+QString schemaFault(const QJsonValue& root, const QJsonValue& node)
+{
+    if (node.isArray()) {
+        for (const QJsonValue& item : node.toArray()) {
+            if (const QString fault = schemaFault(root, item); !fault.isEmpty())
+                return fault;
+        }
+        return {};
+    }
+    if (!node.isObject())
+        return {};
+    const QJsonObject object = node.toObject();
+    QList<QJsonValue> seen;
+    std::optional<QJsonValue> step = node;
+    while (step && step->isObject() && step->toObject().value(QLatin1String("$ref")).isString()) {
+        if (seen.contains(*step))
+            return QStringLiteral("its references go round in a loop");
+        seen.append(*step);
+        step = resolveLocal(root, step->toObject().value(QLatin1String("$ref")).toString());
+    }
+    const QJsonValue multipleOf = object.value(QLatin1String("multipleOf"));
+    if (multipleOf.isDouble() && !(multipleOf.toDouble() > 0))
+        return QStringLiteral("\"multipleOf\" must be greater than 0");
+    QStringList patterns = object.value(QLatin1String("patternProperties")).toObject().keys();
+    patterns << object.value(QLatin1String("pattern")).toString();
+    for (const QString& pattern : std::as_const(patterns)) {
+        if (pattern.size() > kMaxPatternLength)
+            return QStringLiteral("a pattern is longer than %1 characters").arg(kMaxPatternLength);
+    }
+    for (const QJsonValue& value : object) {
+        if (const QString fault = schemaFault(root, value); !fault.isEmpty())
+            return fault;
+    }
+    return {};
+}
+
+// The path of a text or key over kMaxTextLength, as the validator would name it.
+std::optional<QString> overlongText(const QJsonValue& value, const QString& path)
+{
+    if (value.isString())
+        return value.toString().size() > kMaxTextLength ? std::optional<QString>(path) : std::nullopt;
+    if (value.isArray()) {
+        const QJsonArray items = value.toArray();
+        for (qsizetype i = 0; i < items.size(); ++i) {
+            if (const auto found = overlongText(items.at(i), path + QStringLiteral("[%1]").arg(i)))
+                return found;
+        }
+    }
+    const QJsonObject object = value.toObject();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        const QString inner = path.isEmpty() ? it.key() : path + u'.' + it.key();
+        if (it.key().size() > kMaxTextLength)
+            return path;
+        if (const auto found = overlongText(it.value(), inner))
+            return found;
+    }
+    return std::nullopt;
+}
+
+SettingsValidation validateOnThisThread(const QJsonObject& document, const QJsonObject& schema)
 {
     SettingsValidation result;
     valijson::Schema parsed;
@@ -95,6 +186,42 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         result.schemaProblem =
             QStringLiteral("The settings schema cannot be used: ") + QString::fromUtf8(e.what());
     }
+    return result;
+}
+
+} // namespace
+
+QString SettingsValidation::describe() const
+{
+    if (!schemaProblem.isEmpty())
+        return schemaProblem;
+    QStringList lines;
+    for (const SchemaError& e : errors)
+        lines << (e.path.isEmpty() ? e.message : e.path + QStringLiteral(": ") + e.message);
+    return lines.join(u'\n');
+}
+
+SettingsValidation validateSettings(const QJsonObject& document, const QJsonObject& schema)
+{
+    SettingsValidation result;
+    if (const QString fault = schemaFault(schema, schema); !fault.isEmpty()) {
+        result.schemaProblem = QStringLiteral("The settings schema cannot be read: ") + fault;
+        return result;
+    }
+    if (const auto path = overlongText(document, QString())) {
+        result.errors = {{*path, QStringLiteral("Text longer than %1 characters").arg(kMaxTextLength)}};
+        return result;
+    }
+    // Without a pattern the validator stays well within an ordinary stack.
+    if (!QJsonDocument(schema).toJson(QJsonDocument::Compact).contains("\"pattern"))
+        return validateOnThisThread(document, schema);
+    // Stays when the thread cannot be started: nothing passes unchecked.
+    result.schemaProblem = QStringLiteral("The settings could not be checked");
+    std::unique_ptr<QThread> thread(
+        QThread::create([&] { result = validateOnThisThread(document, schema); }));
+    thread->setStackSize(kValidationStackBytes);
+    thread->start();
+    thread->wait();
     return result;
 }
 

@@ -361,12 +361,25 @@ void menuViewController::checkForUpdates()
                [this](const HttpReply& reply) { versionArrived(reply.status, reply.body, reply.error); });
 }
 
+std::optional<VersionAnswer> readVersionAnswer(const QByteArray& body)
+{
+    const QJsonObject document = QJsonDocument::fromJson(body).object();
+    const QString latest = document.value(QStringLiteral("version")).toString();
+    if (latest.isEmpty())
+        return std::nullopt;
+    return VersionAnswer{latest, document.value(QStringLiteral("url")).toString()};
+}
+
+bool isNewerRelease(const QString& latest, const QString& installed)
+{
+    return QVersionNumber::fromString(latest) > QVersionNumber::fromString(installed);
+}
+
 void menuViewController::versionArrived(int status, const QByteArray& body, const QString& error)
 {
     const QString title = menuText("menuItemCheckForUpdatesTitle", QStringLiteral("Check for updates"));
-    const QJsonObject document = QJsonDocument::fromJson(body).object();
-    const QString latest = document.value(QStringLiteral("version")).toString();
-    if (status != 200 || latest.isEmpty()) {
+    const std::optional<VersionAnswer> answer = readVersionAnswer(body);
+    if (status != 200 || !answer) {
         const QString why = !error.isEmpty() ? error
                             : status != 200  ? QStringLiteral("the server answered %1").arg(status)
                                              : QStringLiteral("the answer holds no version");
@@ -374,12 +387,11 @@ void menuViewController::versionArrived(int status, const QByteArray& body, cons
         return;
     }
     const QString installed = QCoreApplication::applicationVersion();
-    if (QVersionNumber::fromString(latest) > QVersionNumber::fromString(installed)) {
-        QString text =
-            QStringLiteral("%1 %2 is available; you have %3.").arg(d.ctx.texts.appName, latest, installed);
-        const QString where = document.value(QStringLiteral("url")).toString();
-        if (!where.isEmpty())
-            text += u'\n' + where;
+    if (isNewerRelease(answer->latest, installed)) {
+        QString text = QStringLiteral("%1 %2 is available; you have %3.")
+                           .arg(d.ctx.texts.appName, answer->latest, installed);
+        if (!answer->url.isEmpty())
+            text += u'\n' + answer->url;
         inform(title, text);
         return;
     }

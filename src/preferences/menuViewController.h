@@ -13,6 +13,17 @@ class QVBoxLayout;
 
 namespace velmora {
 
+// What the update server names as the newest release, and where to get it.
+struct VersionAnswer
+{
+    QString latest;
+    QString url;
+};
+// Nothing when the body is no JSON object with a "version" text.
+std::optional<VersionAnswer> readVersionAnswer(const QByteArray& body);
+// True when `latest` names a later release than `installed`.
+bool isNewerRelease(const QString& latest, const QString& installed);
+
 class Http;
 
 // The panel that opens from the tray icon: the focus types, the pomodoro

@@ -27,17 +27,21 @@ QList<QStringList> csv(const QString& data)
     return rows;
 }
 
-QList<QStringList> readDataFromCSV(const QString& path)
+QList<QStringList> csvFromBytes(const QByteArray& bytes)
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    const QByteArray bytes = file.readAll();
     // The log is written as UTF-8; a byte-order mark of another encoding wins.
     // Invalid bytes become replacement characters, so one damaged row does not
     // hide the rest of the day.
     QStringDecoder decoder(QStringConverter::encodingForData(bytes).value_or(QStringConverter::Utf8));
     return csv(decoder.decode(bytes));
+}
+
+QList<QStringList> readDataFromCSV(const QString& path)
+{
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return csvFromBytes(file.readAll());
 }
 
 std::optional<qint64> recordInteger(const QString& text)
@@ -117,8 +121,12 @@ SummaryDic activitySummary(const QString& name, const ActivityNumbers& numbers)
 
 FocusSummaryData readCsv(const QString& path, const QDateTime& boundary)
 {
+    return summarize(readDataFromCSV(path), boundary);
+}
+
+FocusSummaryData summarize(QList<QStringList> rows, const QDateTime& boundary)
+{
     FocusSummaryData summary;
-    QList<QStringList> rows = readDataFromCSV(path);
     QList<SummaryDic> breakRows;
     if (!rows.isEmpty()) {
         const QStringList header = rows.takeFirst();

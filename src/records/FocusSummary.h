@@ -29,7 +29,9 @@ struct FocusSummaryData
 // split: at line feeds, then only the text before a line's first semicolon, at
 // commas. Fields that are a lone carriage return are dropped; empty fields stay.
 QList<QStringList> csv(const QString& data);
-// The same for a file; a file that cannot be read gives no rows.
+// The same for the file's bytes, and for the file; a file that cannot be read
+// gives no rows.
+QList<QStringList> csvFromBytes(const QByteArray& bytes);
 QList<QStringList> readDataFromCSV(const QString& path);
 
 // Reads today's focus blocks and break activities from the usage log. Only rows
@@ -37,6 +39,8 @@ QList<QStringList> readDataFromCSV(const QString& path);
 // Rows whose field count differs from the header's are skipped: that is how a
 // row shifted by a comma in free text is kept out.
 FocusSummaryData readCsv(const QString& path, const QDateTime& boundary);
+// The same for rows already read; the first row is the header.
+FocusSummaryData summarize(QList<QStringList> rows, const QDateTime& boundary);
 
 // A whole decimal number as the log holds it: an optional sign and digits,
 // nothing around them, within 64 bits.

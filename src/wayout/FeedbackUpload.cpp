@@ -74,6 +74,11 @@ QJsonObject FeedbackUpload::document(const char* reasonKey, const QString& reaso
     return body;
 }
 
+bool FeedbackUpload::isAccepted(int status, const QByteArray& body)
+{
+    return status == 200 && QString::fromUtf8(body) == u"1";
+}
+
 void FeedbackUpload::post(const QJsonObject& body, QObject* context, std::function<void()> done)
 {
     // `done` runs once, whichever comes first: the answer or our own time-out.
@@ -108,7 +113,7 @@ void FeedbackUpload::post(const QJsonObject& body, QObject* context, std::functi
                     [scheduler, timeout, callOnce](const HttpReply& reply) {
                         if (scheduler && timeout)
                             scheduler->cancel(*timeout);
-                        if (reply.status == 200 && QString::fromUtf8(reply.body) == u"1")
+                        if (isAccepted(reply.status, reply.body))
                             qDebug() << "success";
                         callOnce();
                     });

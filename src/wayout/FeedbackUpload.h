@@ -40,6 +40,8 @@ public:
     // feedback, usageStartDate, emailAddress.
     QJsonObject document(const char* reasonKey, const QString& reason,
                          const std::optional<QString>& emailAddress, const QString& feedback) const;
+    // The webhook answers a bare "1" when it took the document.
+    static bool isAccepted(int status, const QByteArray& body);
 
 private:
     void post(const QJsonObject& body, QObject* context, std::function<void()> done);

@@ -540,6 +540,9 @@ private Q_SLOTS:
         // Not a raw string: moc would read its two slashes as a comment.
         row("remote reference, from the page", {200, "{\"$ref\": \"http://127.0.0.1:9/other.json\"}", {}},
             true, unreadable);
+        row("references in a loop", {200, "{\"$ref\": \"\\u0023\"}", {}}, false, unreadable);
+        row("multipleOf 0, from the page",
+            {200, R"({"properties": {"breakAfterMinutes": {"multipleOf": 0}}})", {}}, true, unreadable);
         row("the server's own rules", {200, R"({"required": ["eveningHabits"]})", {}}, false, QString());
     }
 

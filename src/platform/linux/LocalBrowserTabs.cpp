@@ -10,6 +10,8 @@
 #include <QSaveFile>
 #include <QTimer>
 
+#include <cmath>
+
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -224,11 +226,48 @@ bool LocalBrowserTabs::isFlooding(Connection* connection)
     return true;
 }
 
-void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& message)
+HostMessage readHostMessage(const QJsonObject& message)
 {
+    using Kind = HostMessage::Kind;
+    HostMessage read;
     const QString kind = text(message, "kind");
+    const QJsonValue focused = message.value(QStringLiteral("focused"));
+    if (message.contains(QStringLiteral("focused")))
+        read.focused = focused.toBool();
     if (kind == QStringLiteral("host")) {
-        const QString family = text(message, "browser");
+        read.kind = Kind::Host;
+        read.text = text(message, "browser");
+    } else if (kind == QStringLiteral("tab")) {
+        const QJsonValue tab = message.value(QStringLiteral("tab"));
+        read.address = text(message, "url");
+        // Browsers number tabs with small integers; anything else is no tab of theirs.
+        const double id = tab.toDouble(-1);
+        const bool usableId = tab.isDouble() && id >= 0 && id <= double(1LL << 53) && id == std::floor(id);
+        read.kind = usableId && !read.address.isEmpty() ? Kind::Tab : Kind::BadTab;
+        read.tab = usableId ? qint64(id) : -1;
+        read.active = message.value(QStringLiteral("active")).toBool();
+    } else if (kind == QStringLiteral("focus")) {
+        read.kind = Kind::Focus;
+        read.focused = focused.toBool();
+    } else if (kind == QStringLiteral("ping")) {
+        read.kind = Kind::Ping;
+    } else if (kind == QStringLiteral("hello")) {
+        read.kind = Kind::Hello;
+    } else if (kind == QStringLiteral("refused")) {
+        read.kind = Kind::Refused;
+        read.text = text(message, "reason");
+    } else {
+        read.text = kind;
+    }
+    return read;
+}
+
+void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& json)
+{
+    using Kind = HostMessage::Kind;
+    const HostMessage message = readHostMessage(json);
+    if (message.kind == Kind::Host) {
+        const QString& family = message.text;
         static const QStringList families = {QStringLiteral("firefox"),       QStringLiteral("chromium"),
                                              QStringLiteral("google-chrome"), QStringLiteral("brave"),
                                              QStringLiteral("edge"),          QStringLiteral("vivaldi")};
@@ -246,41 +285,47 @@ void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& message
         log(QStringLiteral("Browser bridge: refused a message before the host said which browser it serves"));
         return;
     }
-    if (kind == QStringLiteral("tab")) {
+    switch (message.kind) {
+    case Kind::Tab:
         handleTab(connection, message);
-    } else if (kind == QStringLiteral("focus")) {
-        // No window of this browser has the focus any more.
-        connection->focused = message.value(QStringLiteral("focused")).toBool();
-    } else if (kind == QStringLiteral("ping")) {
+        break;
+    case Kind::BadTab:
+        log(QStringLiteral("Browser bridge: refused a tab message without a tab or an address"));
+        break;
+    case Kind::Focus:
+        connection->focused = *message.focused;
+        break;
+    case Kind::Ping:
         if (connection->socket)
             connection->socket->write(
                 frames::encode(QJsonObject{{QStringLiteral("kind"), QStringLiteral("pong")}}));
-    } else if (kind == QStringLiteral("hello")) {
+        break;
+    case Kind::Hello:
         // The extension's own greeting; the host already told us the browser.
-    } else if (kind == QStringLiteral("refused")) {
+        break;
+    case Kind::Host: // answered above
+        break;
+    case Kind::Refused:
         log(QStringLiteral("Browser bridge: the %1 host refused input: %2")
-                .arg(connection->browser, text(message, "reason").left(200)));
-    } else {
-        log(QStringLiteral("Browser bridge: refused a message of unknown kind \"%1\"").arg(kind.left(40)));
+                .arg(connection->browser, message.text.left(200)));
+        break;
+    case Kind::Unknown:
+        log(QStringLiteral("Browser bridge: refused a message of unknown kind \"%1\"")
+                .arg(message.text.left(40)));
+        break;
     }
 }
 
-void LocalBrowserTabs::handleTab(Connection* connection, const QJsonObject& message)
+void LocalBrowserTabs::handleTab(Connection* connection, const HostMessage& message)
 {
-    const QJsonValue tabValue = message.value(QStringLiteral("tab"));
-    const QString address = text(message, "url");
-    if (!tabValue.isDouble() || address.isEmpty()) {
-        log(QStringLiteral("Browser bridge: refused a tab message without a tab or an address"));
-        return;
-    }
-    const BrowserTab tab{connection->browser, qint64(tabValue.toDouble()), address};
-    const bool focused = message.value(QStringLiteral("focused")).toBool();
-    if (message.value(QStringLiteral("active")).toBool()) {
+    const BrowserTab tab{connection->browser, message.tab, message.address};
+    const bool focused = message.focused.value_or(false);
+    if (message.active) {
         // The active tab of a focused window wins over that of a window in the back.
         if (focused || !connection->focused)
             connection->active = tab;
     }
-    if (message.contains(QStringLiteral("focused")))
+    if (message.focused)
         connection->focused = focused;
     Q_EMIT tabChanged(tab);
 }

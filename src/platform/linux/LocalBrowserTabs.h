@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <QElapsedTimer>
 #include <QList>
 #include <QPointer>
@@ -14,6 +15,29 @@ class QLocalSocket;
 class QTimer;
 
 namespace velmora {
+
+// One message from a native-messaging host, checked but not yet acted on.
+struct HostMessage
+{
+    enum class Kind
+    {
+        Host,   // the host says which browser (family) it serves
+        Tab,    // a tab's address changed, or it became the active one
+        BadTab, // a tab message without a usable tab id or address
+        Focus,  // no window of the browser has the focus any more
+        Ping,
+        Hello,   // the extension's own greeting
+        Refused, // the host refused something the program sent
+        Unknown,
+    };
+    Kind kind = Kind::Unknown;
+    QString text;    // the browser family (Host), the reason (Refused) or the kind as sent (Unknown)
+    qint64 tab = -1; // Tab
+    QString address; // Tab
+    bool active = false;
+    std::optional<bool> focused; // Tab, Focus
+};
+HostMessage readHostMessage(const QJsonObject& message);
 
 // The program's end of the browser bridge: a QLocalServer in
 // $XDG_RUNTIME_DIR/velmora/ that the native-messaging hosts connect to, one
@@ -71,7 +95,7 @@ private:
     void readFrom(Connection* connection);
     bool isFlooding(Connection* connection);
     void handle(Connection* connection, const QJsonObject& message);
-    void handleTab(Connection* connection, const QJsonObject& message);
+    void handleTab(Connection* connection, const HostMessage& message);
     void drop(Connection* connection, const QString& reason);
     void forget(QLocalSocket* socket);
     const Connection* connectionFor(const QString& browser) const;

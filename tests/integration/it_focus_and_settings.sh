@@ -59,7 +59,7 @@ seen="a11y names label" poll 10 "Return on the running row opens the abort dialo
 a11y press "Cancel" || fail "the abort dialog's Cancel could not be pressed"
 # Tab walks the rows in order from the first one; Return presses the one reached.
 open_panel
-rows_before="$(a11y names button | grep -nxm1 Preferences | cut -d: -f1)"
+rows_before="$(a11y names button | awk '$0 == "Preferences" && !n { n = NR } END { print n }')"
 xdotool key $(printf 'Tab %.0s' $(seq 2 "$rows_before")) Return
 poll 10 "Tab to the Preferences row and Return open the preferences" mapped_titled "Velmora preferences"
 

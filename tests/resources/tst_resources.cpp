@@ -1,5 +1,3 @@
-#include <algorithm>
-
 #include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -31,44 +29,20 @@ QJsonObject readObject(const QString& path)
     return QJsonDocument::fromJson(readResource(path)).object();
 }
 
-bool isInteger(const QJsonValue& value)
-{
-    return value.isDouble() && value.toDouble() == double(value.toInteger());
-}
-
-// Every entry of the catalogue is display text, but for the intro activities, which are data.
-void collectNonText(const QJsonObject& object, const QString& prefix, QStringList& out)
-{
-    for (auto it = object.begin(); it != object.end(); ++it) {
-        const QString path = prefix.isEmpty() ? it.key() : prefix + u'/' + it.key();
-        if (it->isObject())
-            collectNonText(it->toObject(), path, out);
-        else if (!it->isString() && path != u"welcomeInfo/introActivities")
-            out << path;
-    }
-}
-
 } // namespace
 
 class TestResources : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void packagedCatalogueIsUsable()
+    // The welcome flow takes the first intro activity; a wrong shape silently falls
+    // back to the built-in intro item.
+    void packagedIntroIsUsable()
     {
         const QJsonObject catalogue = readObject(u":/config.json"_s);
-        QStringList nonText;
-        collectNonText(catalogue, QString(), nonText);
-        QCOMPARE(nonText, QStringList());
-        // The welcome flow takes the first intro activity; a wrong shape silently falls
-        // back to the built-in intro item.
         const QJsonObject first = catalogue[u"welcomeInfo"][u"introActivities"].toArray().first().toObject();
-        QVERIFY(first.value(u"name").isString());
-        QVERIFY(isInteger(first.value(u"durationSeconds")) &&
-                first.value(u"durationSeconds").toInteger() > 0);
+        QVERIFY(first.value(u"name").isString() && first.value(u"durationSeconds").toInteger() > 0);
         QVERIFY(first.value(u"videoUrl").isArray());
-        for (const QJsonValue& url : first.value(u"videoUrl").toArray())
-            QVERIFY(url.isString());
     }
 
     // The schema row below checks each item's shape; here the packaged day must also
@@ -148,7 +122,8 @@ private Q_SLOTS:
             QVERIFY2(!page.contains(QLatin1String(external)), external);
     }
 
-    void animationsPlay_data()
+    // Each asset the routine screens and the notifier ask for is packaged and loads.
+    void packagedAssetsLoad_data()
     {
         QTest::addColumn<QString>("path");
         // Row names are the asset names the routine screens ask for.
@@ -157,49 +132,22 @@ private Q_SLOTS:
               "Finger-and-Sign-Otter-250px", "Weight-otter-250-px_V2", "Whistle-otter-250-px", "Yawn_small"})
             QTest::newRow(name) << u":/images/%1.gif"_s.arg(
                 QString::fromLatin1(name).toLower().replace(QRegularExpression(u"[^a-z0-9]+"_s), u"-"_s));
-    }
-
-    void animationsPlay()
-    {
-        QFETCH(QString, path);
-        QMovie movie(path);
-        QVERIFY(movie.isValid() && movie.frameCount() > 1);
-        QCOMPARE(movie.loopCount(), -1); // for ever
-        // Every frame must decode, not only the first.
-        for (int frame = 0; frame < movie.frameCount(); ++frame) {
-            QVERIFY2(movie.jumpToFrame(frame), qPrintable(QString::number(frame)));
-            const QSize size = movie.currentImage().size();
-            QVERIFY(!size.isEmpty() && size.width() <= 250 && size.height() <= 250);
-        }
-    }
-
-    void soundsAreShortWavs_data()
-    {
-        QTest::addColumn<QString>("path");
         for (const char* name : {"afterMorningRoutine", "everyActivity"})
             QTest::newRow(name) << u":/sounds/%1.wav"_s.arg(QLatin1String(name));
     }
 
-    void soundsAreShortWavs()
+    void packagedAssetsLoad()
     {
         QFETCH(QString, path);
-        const QByteArray wav = readResource(path);
-        const auto u16 = [&](qsizetype at) { return qFromLittleEndian<quint16>(wav.constData() + at); };
-        const auto u32 = [&](qsizetype at) { return qFromLittleEndian<quint32>(wav.constData() + at); };
-        // Plain 16-bit PCM at 44.1 kHz, the format chunk first.
-        QVERIFY(wav.startsWith("RIFF") && wav.mid(8, 8) == "WAVEfmt ");
-        QCOMPARE(u16(20), quint16(1));
-        QCOMPARE(u32(24), 44100u);
-        QCOMPARE(u16(34), quint16(16));
-        const qsizetype data = wav.indexOf("data", 36);
-        QVERIFY(data > 0);
-        const QByteArray samples = wav.mid(data + 8, u32(data + 4));
-        QCOMPARE(samples.size(), qsizetype(u32(data + 4)));
-        QVERIFY(!samples.isEmpty() && double(samples.size()) / u32(28) < 1.5);
-        int peak = 0;
-        for (qsizetype i = 0; i + 1 < samples.size(); i += 2)
-            peak = std::max(peak, std::abs(int(qFromLittleEndian<qint16>(samples.constData() + i))));
-        QVERIFY2(peak > 3000, "hardly audible");
+        if (path.endsWith(u".wav")) {
+            const QByteArray wav = readResource(path);
+            const qsizetype data = wav.indexOf("data", 12);
+            QVERIFY(wav.startsWith("RIFF") && wav.mid(8, 4) == "WAVE" && data > 0);
+            QVERIFY(qFromLittleEndian<quint32>(wav.constData() + data + 4) > 0);
+            return;
+        }
+        QMovie movie(path);
+        QVERIFY(movie.isValid() && movie.frameCount() > 1 && movie.jumpToFrame(movie.frameCount() - 1));
     }
 };
 

@@ -137,14 +137,12 @@ private Q_SLOTS:
         QTest::addColumn<QString>("feedback");
         QTest::addColumn<QString>("row"); // the usage row's reason and feedback
         QTest::addColumn<bool>("fourHours");
-        const auto row = [](const char* name, int reason, const char* feedback, const char* row,
-                            bool fourHours) {
-            QTest::newRow(name) << reason << feedback << row << fourHours;
-        };
-        row("emergency", abortingConfirmVc::Emergency, "", "I've got an emergency,", true);
-        row("something else", abortingConfirmVc::SomethingElse, " ", "Something else, ", false);
-        row("no routine at all", abortingConfirmVc::HabitsHard, "too much",
-            "Deactivate routine + breaks,too much", false);
+        QTest::newRow("emergency") << int(abortingConfirmVc::Emergency) << u""_s
+                                   << u"I've got an emergency,"_s << true;
+        QTest::newRow("something else")
+            << int(abortingConfirmVc::SomethingElse) << u" "_s << u"Something else, "_s << false;
+        QTest::newRow("no routine at all") << int(abortingConfirmVc::HabitsHard) << u"too much"_s
+                                           << u"Deactivate routine + breaks,too much"_s << false;
     }
 
     void reasonOutcomes()
@@ -159,14 +157,12 @@ private Q_SLOTS:
         if (reason == abortingConfirmVc::Emergency) {
             QVERIFY(!reasons.popUpBtnReasons->isEnabled());
         } else if (reason == abortingConfirmVc::SomethingElse) {
-            QVERIFY(!reasons.btnDeactivate_boxSomethingElse->isEnabled());
             QTest::keyClicks(reasons.textViewSomethingElse, feedback);
             click(reasons.btnDeactivate_boxSomethingElse);
         } else {
             click(reasons.btnDontWantRoutine_boxHabit);
             abortingCantHandleVc& last = f.wayOut().abortingCantHandleVcObj();
             QCOMPARE(vc.currentScreen(), &last);
-            QVERIFY(!last.btnMain->isEnabled());
             QTest::keyClicks(last.textViewFeedback, feedback);
             click(last.btnMain);
         }
@@ -215,7 +211,6 @@ private Q_SLOTS:
         Fixture f;
         abortingConfirmVc& reasons = toReason(f, abortingConfirmVc::AppBroken);
         ViewController& vc = f.app->viewController();
-        QVERIFY(!reasons.btnDeactivateAppBroken->isEnabled());
         QTest::keyClicks(reasons.textViewAppBroken, u"the timer froze"_s);
         click(reasons.btnDeactivateAppBroken);
         // An edit after the click must not arm the button for a second post.
@@ -281,7 +276,6 @@ private Q_SLOTS:
         QVERIFY(app.mainWindow().isVisible());
         f.fakes.scheduler.advance(1);
         QVERIFY(!app.mainWindow().isVisible());
-        QCOMPARE(app.state().currentState, CURRENTSTATE::_NOTHING_);
         QCOMPARE(f.fakes.preferences.date(keys::kUserdefaultsShutdownAborted), std::optional(skippedUntil));
         QVERIFY(f.usageRows().isEmpty());
         // The rest of the night stays open.

@@ -56,7 +56,7 @@ struct AppFixture
     // The packaged settings document the next launch reads.
     void dayDocumentWith(const QByteArray& document)
     {
-        QFile file(settingsPath());
+        QFile file(dir.filePath(u"settings.json"_s));
         file.open(QIODevice::WriteOnly);
         file.write(document);
     }
@@ -67,12 +67,18 @@ struct AppFixture
         fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(23, QTime(7, 0)));
     }
 
-    // The morning routine's overview is up at 07:00:03, after a night already behind us.
-    AppDelegate& morningUp()
+    // The 23rd before its start time: yesterday's routine and last night are behind us.
+    void beforeMorning()
     {
         fakes.preferences.setValue(keys::kUserdefaultsLastHabitShowDate, at(22, QTime(7, 0)));
-        fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
         nightStagesDone(at(23, QTime(7, 0)));
+    }
+
+    // The morning routine's overview is up at 07:00:03.
+    AppDelegate& morningUp()
+    {
+        beforeMorning();
+        fakes.preferences.setValue(keys::kUserdefaultsReducedMotion, true);
         AppDelegate& a = launch(at(23, QTime(6, 59, 58)));
         fakes.scheduler.advanceTo(QTime(7, 0, 3));
         return a;
@@ -97,7 +103,6 @@ struct AppFixture
         return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
     }
 
-    QString settingsPath() const { return dir.filePath(u"settings.json"_s); }
     QString dataFolder() const { return dir.filePath(u"data"_s); }
 
     // Starts the program at the given moment, as a login or a restart would.
@@ -107,7 +112,7 @@ struct AppFixture
         fakes.clock.set(at);
         AppPaths paths;
         paths.dataFolder = dataFolder();
-        paths.packagedSettings = settingsPath();
+        paths.packagedSettings = dir.filePath(u"settings.json"_s);
         paths.configServer = configServer;
         if (!catalogue.isEmpty()) {
             QFile file(dir.filePath(u"config.json"_s));

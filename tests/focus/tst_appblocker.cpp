@@ -127,6 +127,7 @@ private Q_SLOTS:
                                 << (notified ? QStringList{notified} : QStringList()) << QString(query);
         };
         row("own window or desktop: never judged", Focus, "", false);
+        row("the file manager stays allowed", Focus, "finder", false);
         row("our own name", Focus, "velmora", false);
         row("the screen locker is hidden, never reported", Focus, "light-locker", true);
         row("all applications allowed still starts the address check", FocusAllApps, "chromium", false,

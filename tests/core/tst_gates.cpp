@@ -151,7 +151,6 @@ private Q_SLOTS:
         QTest::addColumn<bool>("on");
         QTest::newRow("Zoom.us, case folded") << QStringList{u"Zoom.us"_s} << true;
         QTest::newRow("teams by path") << QStringList{u"/usr/bin/teams-for-linux"_s} << true;
-        QTest::newRow("teams desktop id") << QStringList{u"teams-for-linux.desktop"_s} << true;
         QTest::newRow("a video player") << QStringList{u"mpv"_s, u"firefox"_s} << false;
         QTest::newRow("near miss") << QStringList{u"zoomer"_s} << false;
     }
@@ -205,7 +204,6 @@ private Q_SLOTS:
         };
         QTest::newRow("no file yet") << QByteArray();
         QTest::newRow("bad date") << plist("today");
-        QTest::newRow("truncated") << plist("2026-11-23 07:00:00").left(60);
     }
 
     void syncFileIsReadAndWrittenWhateverItHeld()

@@ -127,7 +127,7 @@ private Q_SLOTS:
                                 << (notified ? QStringList{notified} : QStringList()) << QString(query);
         };
         row("own window or desktop: never judged", Focus, "", false);
-        row("finder stays allowed", Focus, "finder", false);
+        row("the file manager stays allowed", Focus, "finder", false);
         row("our own name", Focus, "velmora", false);
         row("the screen locker is hidden, never reported", Focus, "light-locker", true);
         row("all applications allowed still starts the address check", FocusAllApps, "chromium", false,
@@ -253,7 +253,6 @@ private Q_SLOTS:
         row("www removed", "https://www.example.org/x", "example.org");
         row("every www removed", "https://sub.www.example.www.org", "sub.example.org");
         row("no scheme, no host", "example.org", "");
-        row("file address", "file:///home/me/a.html", "");
         row("port dropped", "http://127.0.0.1:8080/a", "127.0.0.1");
     }
     void getDomainFromUrl()

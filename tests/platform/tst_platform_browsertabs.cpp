@@ -108,11 +108,6 @@ private Q_SLOTS:
         QTest::addColumn<QString>("logLine");
         QTest::addColumn<bool>("closed"); // the stream cannot be trusted any more
         QTest::newRow("not JSON") << frame("<script>") << "not a JSON object" << false;
-        QTest::newRow("an array") << frame("[1,2]") << "not a JSON object" << false;
-        QTest::newRow("not UTF-8") << frame("{\"k\":\"\xff\"}") << "not a JSON object" << false;
-        QTest::newRow("unknown kind") << frame("{\"kind\":\"exec\"}") << "unknown kind" << false;
-        QTest::newRow("tab without address")
-            << frame("{\"kind\":\"tab\",\"tab\":1}") << "without a tab or an address" << false;
         QTest::newRow("second announcement")
             << frame("{\"kind\":\"host\",\"browser\":\"firefox\"}") << "refused a host announcement" << false;
         QTest::newRow("flood") << frame("{}").repeated(8) << "too many messages" << false;

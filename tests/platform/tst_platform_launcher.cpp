@@ -16,7 +16,6 @@ private Q_SLOTS:
     {
         QTest::addColumn<QStringList>("words");
 
-        QTest::newRow("spaces") << QStringList{u"/opt/My Apps/velmora"_s, u"a  b"_s};
         QTest::newRow("quotes") << QStringList{u"it's"_s, u"\"quoted\""_s, u"'"_s};
         QTest::newRow("expansions") << QStringList{u"$HOME"_s, u"`id`"_s, u"$(id)"_s, u"*"_s, u"~"_s};
         QTest::newRow("backslashes and newline") << QStringList{u"a\\b"_s, u"line\nbreak"_s, u"\\"_s};

@@ -29,7 +29,6 @@ private Q_SLOTS:
         QTest::newRow("held by pipewire") << u"77"_s << u"pipewire"_s << camera << false;
         QTest::newRow("no video device")
             << u"4242"_s << u"zoom"_s << QStringList{u"/dev/snd/pcmC0D0c"_s, u"socket:[8812]"_s} << false;
-        QTest::newRow("not a process") << u"self2"_s << u"zoom"_s << camera << false;
         QTest::newRow("no file table readable") << u"4242"_s << u"zoom"_s << QStringList() << false;
     }
 

@@ -99,12 +99,10 @@ private Q_SLOTS:
         absent("yes, as bool", u"yes"_s, Reader::Boolean);
         absent("date, as string", QDateTime(QDate(2026, 1, 1), QTime(8, 0)), Reader::String);
         absent("text, as date", u"2026-01-01T08:00:00"_s, Reader::Date);
-        absent("list, as string", QStringList{u"a"_s, u"b"_s}, Reader::String);
         absent("strings, as map list", QStringList{u"a"_s, u"b"_s}, Reader::MapList);
         absent("maps, as string list", QVariantList{map, map}, Reader::StringList);
         absent("map and string, as map list", QVariantList{map, u"x"_s}, Reader::MapList);
         absent("map, as map list", map, Reader::MapList);
-        absent("nothing, as string list", QVariant(), Reader::StringList);
     }
 
     void roundTripThroughTheFile()

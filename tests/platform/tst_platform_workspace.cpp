@@ -96,15 +96,6 @@ private Q_SLOTS:
         QCOMPARE(DesktopEntries().applicationFor(asked).name, name);
     }
 
-    void installedAreMenuEntriesByName()
-    {
-        DesktopEntries entries;
-        QStringList shown;
-        for (const Application& app : entries.installed())
-            shown << app.displayName;
-        QCOMPARE(shown, (QStringList{"A", "B", "Chromium", "My Chrome", "Text Editor", "Viewer"}));
-    }
-
     void anEntryInstalledWhileRunningIsFound()
     {
         DesktopEntries entries;

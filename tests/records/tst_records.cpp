@@ -1,4 +1,3 @@
-#include "DebugLog.h"
 #include "FakePorts.h"
 #include "UsageLog.h"
 
@@ -17,38 +16,23 @@ class RecordsTest : public QObject
 private Q_SLOTS:
     void init() { dir = std::make_unique<QTemporaryDir>(); }
 
-    void rowsAreJoinedWithoutQuoting_data()
-    {
-        QTest::addColumn<QString>("activity");
-        QTest::addColumn<QString>("feedback");
-        QTest::addColumn<QByteArray>("line");
-        // Whatever the texts hold, they go in as typed between the fixed fields, below the
-        // one header that a later start leaves alone.
-        const auto row = [](const char* name, const char* activity, const char* feedback) {
-            QTest::newRow(name) << activity << feedback
-                                << "morning routine,2026-03-14 07:30:12," + QByteArray(activity) +
-                                       ",30,,,2026-03-14 07:29:40,,,," + feedback + '\n';
-        };
-        row("comma in a name shifts the row", "Tea, green", "");
-        row("line break in feedback splits it", "Water", "too\nhard");
-        row("quotes stay as typed", "\"Water\"", "");
-    }
-
+    // Whatever the texts hold (a comma, a line break), they go in as typed between the
+    // fixed fields, below the one header that a later start leaves alone.
     void rowsAreJoinedWithoutQuoting()
     {
-        QFETCH(QString, activity);
-        QFETCH(QString, feedback);
-        QFETCH(QByteArray, line);
         const QString path = dir->filePath(u"vlmrStats.csv"_s);
         UsageLog log(clock, path);
         QVERIFY(log.createIfMissing());
         QVERIFY(log.addEntryInCsv({.logType = u"morning routine"_s,
-                                   .activity = activity,
+                                   .activity = u"Tea, green"_s,
                                    .durationInSeconds = u"30"_s,
                                    .startTime = u"2026-03-14 07:29:40"_s,
-                                   .feedback = feedback}));
+                                   .feedback = u"too\nhard"_s}));
         QVERIFY(log.createIfMissing());
-        QCOMPARE(read(path), QByteArray(UsageLog::kHeader) + line);
+        QCOMPARE(
+            read(path),
+            QByteArray(UsageLog::kHeader) +
+                "morning routine,2026-03-14 07:30:12,Tea, green,30,,,2026-03-14 07:29:40,,,,too\nhard\n");
     }
 
     void failedWriteKeepsTheOldFile()
@@ -68,21 +52,6 @@ private Q_SLOTS:
         QVERIFY(!log.addEntryInCsv({.logType = u"break"_s}));
         QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
-    }
-
-    void debugLogMakesItsFileAndNeverTruncates()
-    {
-        const QString path = dir->filePath(u"Debug_Logs.txt"_s);
-        DebugLog(clock, path).addLog(u"first"_s);
-        clock.set(clock.now().addSecs(1));
-        // A second run continues the file; a text with a line break goes in as it is.
-        DebugLog(clock, path).addLog(u"two\nlines"_s);
-        QCOMPARE(read(path),
-                 QByteArray("2026-03-14 07:30:12  -  first\n2026-03-14 07:30:13  -  two\nlines\n"));
-        // The file may be moved away while we run: the next line makes it anew.
-        QVERIFY(QFile::remove(path));
-        DebugLog(clock, path).addLog(u"again"_s);
-        QCOMPARE(read(path), QByteArray("2026-03-14 07:30:13  -  again\n"));
     }
 
 private:

@@ -23,6 +23,7 @@ bash "$session" bash -c '
     set -euo pipefail
     . "$0/tests/integration/lib.sh"
     . "$0/tests/integration/item_apps.sh"
+    . "$0/bench/blocking_setup.sh"
     item_apps_start 300 "5 minutes"
     start_helper "$VELMORA_IT_PYTHON" "$0/tests/integration/testwin.py" Beta
     poll 10 "Beta exists" xdotool search --class "^Beta$"
@@ -34,6 +35,7 @@ bash "$session" bash -c '
     set -euo pipefail
     . "$0/tests/integration/lib.sh"
     . "$0/tests/integration/browser_setup.sh"
+    . "$0/bench/blocking_setup.sh"
     browser_start
     "$VELMORA_IT_PYTHON" "$0/bench/block_timing.py" redirect "$devtools" "http://news.test/page" \
         "chrome-extension://$extension_id/vlmr-focus.html" "$BENCH_TRIALS"

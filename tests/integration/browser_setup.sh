@@ -2,7 +2,7 @@
 # the program at midday with those addresses always blocked, writing its host's manifests
 # into the browsers' folders; before_launch, when defined, runs just before it starts.
 # chromium_start: Chromium in front with our extension ($extension_id), *.test resolving to
-# the server, its tabs through `tabs`. browser_start: both, with news.test always blocked.
+# the server, its tabs through `tabs`.
 program_start() {
     extension="$(cd "$it_here/../../browser/extension" && pwd)"
     work="$VELMORA_IT_DIR/browser"
@@ -15,11 +15,6 @@ program_start() {
     prefs set-list kUserdefaultsArrBlockedUrls "$1"
     ! declare -F before_launch >/dev/null || before_launch
     start_velmora "$day 12:00:00"
-}
-
-browser_start() {
-    program_start '["news.test"]'
-    chromium_start
 }
 
 chromium_start() {

@@ -1,7 +1,6 @@
 #include "SettingsValidation.h"
 
 #include <QJsonArray>
-#include <QJsonDocument>
 #include <QJsonValue>
 #include <QStringList>
 #include <QThread>
@@ -103,12 +102,13 @@ constexpr uint kValidationStackBytes = 1024u * 1024 * 1024;
 
 // Why the schema cannot be used safely, or nothing. A reference that leads back
 // to where it started before reaching a real schema ({"$ref": "#"}) sends the
-// schema parser round for ever; a "multipleOf" of 0 divides by zero.
-QString schemaFault(const QJsonValue& root, const QJsonValue& node)
+// schema parser round for ever; a "multipleOf" of 0 divides by zero. Notes on
+// the way whether any "pattern" or "patternProperties" needs the deep stack.
+QString schemaFault(const QJsonValue& root, const QJsonValue& node, bool& hasPatterns)
 {
     if (node.isArray()) {
         for (const QJsonValue& item : node.toArray()) {
-            if (const QString fault = schemaFault(root, item); !fault.isEmpty())
+            if (const QString fault = schemaFault(root, item, hasPatterns); !fault.isEmpty())
                 return fault;
         }
         return {};
@@ -127,6 +127,8 @@ QString schemaFault(const QJsonValue& root, const QJsonValue& node)
     const QJsonValue multipleOf = object.value(QLatin1String("multipleOf"));
     if (multipleOf.isDouble() && !(multipleOf.toDouble() > 0))
         return QStringLiteral("\"multipleOf\" must be greater than 0");
+    hasPatterns = hasPatterns || object.contains(QLatin1String("pattern")) ||
+                  object.contains(QLatin1String("patternProperties"));
     QStringList patterns = object.value(QLatin1String("patternProperties")).toObject().keys();
     patterns << object.value(QLatin1String("pattern")).toString();
     for (const QString& pattern : std::as_const(patterns)) {
@@ -134,7 +136,7 @@ QString schemaFault(const QJsonValue& root, const QJsonValue& node)
             return QStringLiteral("a pattern is longer than %1 characters").arg(kMaxPatternLength);
     }
     for (const QJsonValue& value : object) {
-        if (const QString fault = schemaFault(root, value); !fault.isEmpty())
+        if (const QString fault = schemaFault(root, value, hasPatterns); !fault.isEmpty())
             return fault;
     }
     return {};
@@ -204,7 +206,8 @@ QString SettingsValidation::describe() const
 SettingsValidation validateSettings(const QJsonObject& document, const QJsonObject& schema)
 {
     SettingsValidation result;
-    if (const QString fault = schemaFault(schema, schema); !fault.isEmpty()) {
+    bool hasPatterns = false;
+    if (const QString fault = schemaFault(schema, schema, hasPatterns); !fault.isEmpty()) {
         result.schemaProblem = QStringLiteral("The settings schema cannot be read: ") + fault;
         return result;
     }
@@ -213,7 +216,7 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         return result;
     }
     // Without a pattern the validator stays well within an ordinary stack.
-    if (!QJsonDocument(schema).toJson(QJsonDocument::Compact).contains("\"pattern"))
+    if (!hasPatterns)
         return validateOnThisThread(document, schema);
     // Stays when the thread cannot be started: nothing passes unchecked.
     result.schemaProblem = QStringLiteral("The settings could not be checked");

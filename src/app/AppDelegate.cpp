@@ -63,8 +63,8 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     mainViewControllerObj = new ViewController(
         {m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts,
          *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule, *this, m_random});
-    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler);
-    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName);
+    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
+    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
     statusbutton = new StatusItem(this);
     m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
@@ -870,6 +870,8 @@ void AppDelegate::keepOurWindowsAboveTheLock()
                                 static_cast<QWidget*>(m_quittingWindow.get())}) {
             if (!window->isVisible())
                 continue;
+            if (m_ports.lockShield && m_mainWindow->isVisible())
+                m_ports.lockShield->prepare(window, LockShield::Surface::AboveLock);
             if (QWindow* handle = window->windowHandle())
                 handle->setTransientParent(m_mainWindow->isVisible() ? m_mainWindow->windowHandle()
                                                                      : nullptr);

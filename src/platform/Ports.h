@@ -6,6 +6,7 @@
 #include "HotKeys.h"
 #include "Http.h"
 #include "Launcher.h"
+#include "LockShield.h"
 #include "LoginService.h"
 #include "MediaMonitor.h"
 #include "Notifier.h"
@@ -31,6 +32,8 @@ struct Ports
     Workspace* workspace = nullptr;
     // None: no browser is looked at.
     BrowserTabs* browserTabs = nullptr;
+    // None: the lock windows hold by themselves (X11, and the tests' offscreen screens).
+    LockShield* lockShield = nullptr;
 };
 
 } // namespace velmora

@@ -1,5 +1,6 @@
 #include "LockWindows.h"
 
+#include "LockShield.h"
 #include "Scheduler.h"
 
 #include <QCloseEvent>
@@ -56,9 +57,10 @@ static void placeOnScreen(QWidget* window, QScreen* screen)
     window->setGeometry(screen->geometry());
 }
 
-CustomWindow::CustomWindow(QWidget* content, Scheduler& scheduler)
+CustomWindow::CustomWindow(QWidget* content, Scheduler& scheduler, LockShield* shield)
     : QWidget(nullptr, kLockFlags)
     , m_scheduler(scheduler)
+    , m_shield(shield)
 {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QStringLiteral("Velmora lock"));
@@ -82,9 +84,17 @@ void CustomWindow::setIsVisible(bool visible)
     if (!visible) {
         giveUpKeyboard();
         hide();
+        if (m_shield)
+            m_shield->setLockUp(false);
         return;
     }
     setframe();
+    if (m_shield && !m_prepared) {
+        m_shield->prepare(this, LockShield::Surface::Lock);
+        m_prepared = true;
+    }
+    if (m_shield)
+        m_shield->setLockUp(true);
     showFullScreen();
     raise();
     activateWindow();
@@ -103,6 +113,8 @@ void CustomWindow::giveUpKeyboard()
 {
     if (QWindow* handle = windowHandle())
         handle->setKeyboardGrabEnabled(false);
+    if (m_shield)
+        m_shield->setHoldsKeyboard(false);
 }
 
 void CustomWindow::grabKeyboardWhenMapped(int attemptsLeft)
@@ -112,6 +124,8 @@ void CustomWindow::grabKeyboardWhenMapped(int attemptsLeft)
     QWindow* handle = windowHandle();
     if (handle && handle->isExposed() && handle->setKeyboardGrabEnabled(true)) {
         activateWindow();
+        if (m_shield)
+            m_shield->setHoldsKeyboard(true);
         return;
     }
     if (attemptsLeft > 0)
@@ -158,10 +172,12 @@ void blankController::closeEvent(QCloseEvent* event)
     event->ignore();
 }
 
-LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName)
+LockWindows::LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName,
+                         LockShield* shield)
     : m_main(mainWindow)
     , m_scheduler(scheduler)
     , m_appName(appName)
+    , m_shield(shield)
 {
 }
 
@@ -192,6 +208,8 @@ void LockWindows::showExtraWindows()
             auto* window = new blankController(m_appName);
             resetWin(window);
             placeOnScreen(window, screen);
+            if (m_shield)
+                m_shield->prepare(window, LockShield::Surface::Blank);
             m_windows << window;
         }
     }

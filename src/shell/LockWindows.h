@@ -11,6 +11,7 @@ class QScreen;
 
 namespace velmora {
 
+class LockShield;
 class Scheduler;
 
 // The main lock window: frameless, above every other window, on the first
@@ -19,7 +20,8 @@ class CustomWindow : public QWidget
 {
     Q_OBJECT
 public:
-    CustomWindow(QWidget* content, Scheduler& scheduler);
+    // shield: what the desktop is asked to do for the lock; none where the windows hold by themselves.
+    CustomWindow(QWidget* content, Scheduler& scheduler, LockShield* shield = nullptr);
     void setframe();
     // Shows or hides without ever closing: the window lives as long as the program.
     void setIsVisible(bool visible);
@@ -40,6 +42,8 @@ private:
     void grabKeyboardWhenMapped(int attemptsLeft);
 
     Scheduler& m_scheduler;
+    LockShield* m_shield;
+    bool m_prepared = false;
 };
 
 // What a blank window shows: the program's name on a dark screen.
@@ -65,7 +69,8 @@ class LockWindows : public QObject
     Q_OBJECT
 public:
     // appName is read each time the windows are shown: the catalogue may change it.
-    LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName);
+    LockWindows(CustomWindow& mainWindow, Scheduler& scheduler, const QString& appName,
+                LockShield* shield = nullptr);
     // The blank windows have no parent: they go with the object that made them.
     ~LockWindows() override;
 
@@ -85,6 +90,7 @@ private:
     CustomWindow& m_main;
     Scheduler& m_scheduler;
     const QString& m_appName;
+    LockShield* m_shield;
     QList<QPointer<blankController>> m_windows;
 };
 

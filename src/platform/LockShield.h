@@ -14,10 +14,12 @@ class LockShield
 public:
     virtual ~LockShield() = default;
 
-    enum class Surface {
+    enum class Surface
+    {
         Lock,      // the main lock window, which holds the keyboard
         Blank,     // a blank window covering another output
-        AboveLock, // one of our windows the user may reach over the lock (quit flow, preferences, reset question)
+        AboveLock, // one of our windows the user may reach over the lock (quit flow, preferences, reset
+                   // question)
     };
 
     // Before the window is first shown: some desktops fix a window's role when

@@ -27,6 +27,7 @@ struct AppFixture
     FakePorts fakes;
     QTemporaryDir dir;
     std::unique_ptr<AppDelegate> app;
+    LockShield* lockShield = nullptr; // none, as on X11
 
     static QByteArray dayDocument()
     {
@@ -120,7 +121,9 @@ struct AppFixture
             file.write(catalogue);
             paths.packagedCatalogue = file.fileName();
         }
-        app = std::make_unique<AppDelegate>(fakes.ports(), paths);
+        Ports ports = fakes.ports();
+        ports.lockShield = lockShield;
+        app = std::make_unique<AppDelegate>(ports, paths);
         app->terminate = [this](int status) { exitStatuses << status; };
         app->applicationWillFinishLaunching();
         fakes.scheduler.flush();

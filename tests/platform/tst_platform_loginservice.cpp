@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 using namespace Qt::StringLiterals;
 using velmora::SystemdLoginService;
@@ -52,11 +53,23 @@ private Q_SLOTS:
 
     void cleanupTestCase() { qputenv("PATH", m_originalPath); }
 
-    // Spaces, a specifier and a variable in the program's path reach systemd unharmed.
+    // Spaces, a specifier and a variable in the program's path reach systemd unharmed;
+    // the configuration server this copy was given goes to the copies started for it.
+    void installWritesTheUnit_data()
+    {
+        QTest::addColumn<QString>("server");
+        QTest::addColumn<QString>("arguments");
+        QTest::newRow("packaged catalogue") << QString() << QString();
+        QTest::newRow("own server") << u"http://127.0.0.1:8080/a b%"_s
+                                    << u" --config-server http://127.0.0.1:8080/a%%20b%%25"_s;
+    }
+
     void installWritesTheUnit()
     {
+        QFETCH(QString, server);
+        QFETCH(QString, arguments);
         const QString unit = path(u"config/systemd/user/velmora.service"_s);
-        QVERIFY(SystemdLoginService(u"/opt/My Apps/100%/$v/velmora"_s).install());
+        QVERIFY(SystemdLoginService(u"/opt/My Apps/100%/$v/velmora"_s, QUrl(server)).install());
         QCOMPARE(SystemdLoginService::unitFilePath(), unit);
         QCOMPARE(contents(unit), uR"([Unit]
 Description=Velmora
@@ -65,14 +78,16 @@ After=graphical-session.target
 StartLimitIntervalSec=0
 
 [Service]
-ExecStart=%1
+ExecStart=%1%2
 Restart=always
 RestartSec=1
 RestartPreventExitStatus=64
 
 [Install]
 WantedBy=graphical-session.target
-)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s));
+)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s, arguments));
+        QVERIFY(
+            contents(SystemdLoginService::autostartFilePath()).contains(u"velmora\""_s + arguments + u'\n'));
     }
 
     // The autostart entry is always written; a user manager that answers is given the
@@ -131,7 +146,8 @@ NoDisplay=true
         QFile::remove(path(u"calls"_s));
         service.disable();
         QCOMPARE(systemctlCalls(), QStringList{u"--user disable velmora.service"_s});
-        QVERIFY(!QFile::exists(SystemdLoginService::autostartFilePath()));
+        // The next login starts the program again, which enables the unit again.
+        QVERIFY(QFile::exists(SystemdLoginService::autostartFilePath()));
     }
 };
 

@@ -27,7 +27,6 @@ struct AppFixture
     FakePorts fakes;
     QTemporaryDir dir;
     std::unique_ptr<AppDelegate> app;
-    LockShield* lockShield = nullptr; // none, as on X11
 
     static QByteArray dayDocument()
     {
@@ -121,9 +120,7 @@ struct AppFixture
             file.write(catalogue);
             paths.packagedCatalogue = file.fileName();
         }
-        Ports ports = fakes.ports();
-        ports.lockShield = lockShield;
-        app = std::make_unique<AppDelegate>(ports, paths);
+        app = std::make_unique<AppDelegate>(fakes.ports(), paths);
         app->terminate = [this](int status) { exitStatuses << status; };
         app->applicationWillFinishLaunching();
         fakes.scheduler.flush();

@@ -54,15 +54,14 @@ private Q_SLOTS:
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
     }
 
-    // A kill in the middle of a row leaves it without its newline: the readers do not
-    // count it, and the next row takes its place.
+    // A kill in the middle of a row leaves it without its newline: the readers do not count
+    // it, and the next row takes its place.
     void tornLastRowIsSetAside()
     {
         const QString path = dir->filePath(u"vlmrStats.csv"_s);
         const QByteArray block = "focus block,2026-03-14 07:20:00,Work,1500,,,2026-03-14 06:55:00,a,b,,\n";
         QFile file(path);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(UsageLog::kHeader + block + block.chopped(3));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(UsageLog::kHeader + block + block.chopped(3)));
         file.close();
         QCOMPARE(readCsv(path, clock.now().addDays(-1)).arrFocusSummaryDic.size(), 1);
         QVERIFY(UsageLog(clock, path).addEntryInCsv({.logType = u"break"_s}));

@@ -19,6 +19,7 @@ packages=(
   xvfb x11-xserver-utils openbox tint2 xdotool pulseaudio pulseaudio-utils dbus dbus-x11
   faketime procps fonts-dejavu-core fonts-noto-color-emoji
   python3-pyatspi at-spi2-core
+  libglib2.0-bin  # gio launch runs the autostart entry as a desktop does
   x11-utils python3-xlib
   python3-websocket  # the settings page test talks to the web engine's debugging port
   chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers

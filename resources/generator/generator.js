@@ -16,7 +16,15 @@ const state = {
   schema: null,
   bridge: null,
   errors: [],
+  unshown: {},        // stored times the time fields cannot show, kept until a new one is chosen
 };
+
+// Applications that open web addresses, by the names installed applications go by.
+const BROWSERS = ["firefox", "firefox-esr", "org.mozilla.firefox", "chromium", "chromium-browser",
+  "org.chromium.chromium", "google-chrome", "google-chrome-stable", "google-chrome-beta",
+  "google-chrome-unstable", "com.google.chrome", "brave-browser", "com.brave.browser", "microsoft-edge",
+  "microsoft-edge-stable", "microsoft-edge-beta", "com.microsoft.edge", "vivaldi", "vivaldi-stable",
+  "com.vivaldi.vivaldi"];
 
 let uid = 0;
 const el = (tag, attrs = {}, ...children) => {
@@ -54,8 +62,11 @@ window.loadSettingsDataFromMac = function (doc) {
   state.doc = isObject(doc) ? doc : {};
   for (const kind of Object.keys(LISTS))
     state.lists[kind] = asArray(state.doc[kind]).filter(isObject).map((e) => ({ ...e }));
-  byId("startTime").value = timeForInput(state.doc.startTime, "startTime");
-  byId("shutOffTime").value = timeForInput(state.doc.shutOffTime, "shutOffTime");
+  state.unshown = {};
+  for (const id of ["startTime", "shutOffTime"]) {
+    byId(id).value = timeForInput(state.doc[id], id);
+    if (id in state.doc && !byId(id).value) state.unshown[id] = state.doc[id];
+  }
   byId("breakAfterMinutes").value = Number.isInteger(state.doc.breakAfterMinutes) ? state.doc.breakAfterMinutes : "";
   for (const kind of Object.keys(LISTS)) renderList(kind);
   check();
@@ -128,13 +139,14 @@ function add(kind) {
   check();
 }
 
-// A labelled field whose errors are shown next to it.
-function field(id, path, labelText, input, extraClass) {
+// A labelled field whose errors and notes are shown next to it.
+function field(id, path, labelText, input, extraClass, hint) {
   input.id = id;
-  input.setAttribute("aria-describedby", `${id}-error`);
+  input.setAttribute("aria-describedby", `${id}-error ${id}-note`);
   return el("div", { class: `field ${extraClass || ""}`, "data-path": path },
-    el("label", { for: id, text: labelText }), input,
-    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }));
+    el("label", { for: id, text: labelText }), hint ? el("p", { class: "hint", text: hint }) : null, input,
+    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }),
+    el("p", { class: "note", id: `${id}-note`, "aria-live": "polite" }));
 }
 
 function checkbox(id, path, labelText, checked, onChange) {
@@ -142,7 +154,8 @@ function checkbox(id, path, labelText, checked, onChange) {
   input.checked = !!checked;
   input.setAttribute("aria-describedby", `${id}-error`);
   return el("div", { class: "field check", "data-path": path }, input, el("label", { for: id, text: labelText }),
-    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }));
+    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }),
+    el("p", { class: "note", id: `${id}-note`, "aria-live": "polite" }));
 }
 
 function textInput(value, onInput, attrs = {}) {
@@ -162,13 +175,18 @@ function linesInput(values, onInput) {
 }
 
 function durationInput(id, path, entry) {
-  const total = Number.isInteger(entry.durationSeconds) ? entry.durationSeconds : 0;
-  const minutes = el("input", { type: "number", min: "0", step: "1", id: `${id}-min`, value: String(Math.floor(total / 60)) });
-  const seconds = el("input", { type: "number", min: "0", max: "59", step: "1", id: `${id}-sec`, value: String(total % 60) });
+  // A duration that is not stored shows empty, not as "0 min 0 s".
+  const total = Number.isInteger(entry.durationSeconds) ? entry.durationSeconds : null;
+  const minutes = el("input", { type: "number", min: "0", step: "1", id: `${id}-min`, value: total === null ? "" : String(Math.floor(total / 60)) });
+  const seconds = el("input", { type: "number", min: "0", max: "59", step: "1", id: `${id}-sec`, value: total === null ? "" : String(total % 60) });
   const update = () => {
-    const m = minutes.value === "" ? 0 : Number(minutes.value);
-    const s = seconds.value === "" ? 0 : Number(seconds.value);
-    entry.durationSeconds = Number.isFinite(m) && Number.isFinite(s) ? Math.round(m * 60 + s) : 0;
+    if (minutes.value === "" && seconds.value === "") {
+      delete entry.durationSeconds;
+    } else {
+      const m = minutes.value === "" ? 0 : Number(minutes.value);
+      const s = seconds.value === "" ? 0 : Number(seconds.value);
+      entry.durationSeconds = Number.isFinite(m) && Number.isFinite(s) ? Math.round(m * 60 + s) : 0;
+    }
     check();
   };
   minutes.addEventListener("input", update);
@@ -206,10 +224,12 @@ function appsPicker(id, path, entry) {
   } });
   return el("div", { class: "field", "data-path": path },
     el("p", { class: "label", id: `${id}-title`, text: "Applications allowed during it" }),
+    el("p", { class: "hint", text: "While it runs, the lock lifts for these applications." }),
     all.length ? el("label", { for: `${id}-filter`, text: "Find an application" }) : null,
     all.length ? filter : el("p", { class: "hint", text: "No installed applications are known." }),
     options,
-    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }));
+    el("p", { class: "error", id: `${id}-error`, "aria-live": "polite" }),
+    el("p", { class: "note", id: `${id}-note`, "aria-live": "polite" }));
 }
 
 function quantityFields(id, path, entry) {
@@ -276,18 +296,25 @@ function card(kind, entry, i) {
   const path = `${kind}/${i}`;
   const count = state.lists[kind].length;
   const title = el("h3", { id: `${id}-title`, text: entry.name || `New ${LISTS[kind].one}` });
+  const own = [
+    field(`${id}-videos`, `${path}/videoUrl`, "Video addresses (one a line)",
+      linesInput(entry.videoUrl, (v) => { entry.videoUrl = v; })),
+    ...quantityFields(id, path, entry),
+  ];
+  // With alternatives the one picked brings its own videos and question.
+  const showOwn = () => { for (const node of own) node.classList.toggle("replaced", entry.type === "random-choice"); };
+  showOwn();
   const fields = [
     field(`${id}-name`, `${path}/name`, "Name", textInput(entry.name, (v) => {
       entry.name = v;
       title.textContent = v || `New ${LISTS[kind].one}`;
     })),
     durationInput(`${id}-duration`, `${path}/durationSeconds`, entry),
-    field(`${id}-videos`, `${path}/videoUrl`, "Video addresses (one a line)",
-      linesInput(entry.videoUrl, (v) => { entry.videoUrl = v; })),
-    ...quantityFields(id, path, entry),
+    ...own,
     appsPicker(`${id}-apps`, `${path}/allowedApps`, entry),
     field(`${id}-urls`, `${path}/allowedUrls`, "Web addresses allowed during it (one a line)",
-      linesInput(entry.allowedUrls, (v) => { entry.allowedUrls = v; })),
+      linesInput(entry.allowedUrls, (v) => { entry.allowedUrls = v; }), "",
+      "They open only in a browser allowed among the applications above."),
   ];
   if (LISTS[kind].isBreak) {
     const choices = choicesEditor(id, path, entry);
@@ -300,6 +327,7 @@ function card(kind, entry, i) {
         (on) => {
           if (on) entry.type = "random-choice"; else delete entry.type;
           choices.hidden = !on;
+          showOwn();
           check();
         }),
       choices);
@@ -320,7 +348,9 @@ function currentDocument() {
   for (const kind of Object.keys(LISTS)) doc[kind] = state.lists[kind].map((e) => ({ ...e }));
   for (const id of ["startTime", "shutOffTime"]) {
     const value = byId(id).value;
-    if (value) doc[id] = value; else delete doc[id];
+    if (value) doc[id] = value;
+    else if (id in state.unshown) doc[id] = state.unshown[id];
+    else delete doc[id];
   }
   const minutes = byId("breakAfterMinutes").value;
   if (minutes === "") delete doc.breakAfterMinutes;
@@ -390,27 +420,74 @@ function describeType(t) {
     array: "a list", object: "an object", null: "empty" }[t] || t;
 }
 
-// Shows each error next to its field: the field of the path itself, or the nearest
-// field above it.
+// What the schema cannot say: what an empty or unshowable field means to the day (notes),
+// and alternatives that are missing (errors).
+const EMPTY_NOTES = {
+  startTime: "Without a start time Velmora keeps no schedule: no routines, no breaks, no lock at night.",
+  shutOffTime: "Without a shut-off time Velmora keeps no schedule: no routines, no breaks, no lock at night.",
+  breakAfterMinutes: "Without an interval Velmora asks for no breaks.",
+};
+
+function pageRules(doc, errors, notes) {
+  for (const id of Object.keys(EMPTY_NOTES)) {
+    if (id in state.unshown) {
+      const stored = JSON.stringify(state.unshown[id]);
+      notes.push({ path: id, message: /^\d{1,2}(:\d{2}(:\d{2})?)?$/.test(String(state.unshown[id]))
+        ? `The stored time ${stored} is no time of day, so Velmora keeps no schedule. It stays until you choose a time here.`
+        : `The stored time ${stored} cannot be shown here. It stays until you choose a time here.` });
+    } else if (!(id in doc)) {
+      notes.push({ path: id, message: EMPTY_NOTES[id] });
+    }
+  }
+  for (const kind of Object.keys(LISTS)) {
+    asArray(doc[kind]).forEach((entry, i) => {
+      if (!isObject(entry)) return;
+      const path = `${kind}/${i}`;
+      if (stringsOf(entry.allowedUrls).length && !stringsOf(entry.allowedApps).some((a) => BROWSERS.includes(a)))
+        notes.push({ path: `${path}/allowedUrls`,
+          message: "No browser is among the allowed applications, so these addresses cannot be opened." });
+      if (entry.type === "random-choice") {
+        if (!asArray(entry.choices).length)
+          errors.push({ path: `${path}/type`, message: "Add at least one alternative below, or untick this." });
+        notes.push({ path: `${path}/type`,
+          message: "The alternative picked brings its own videos and question; this activity's own are kept, unused." });
+      }
+    });
+  }
+}
+
+// Finds the field of the path itself, or the nearest field above it.
+function fieldOf(path) {
+  for (;;) {
+    const node = document.querySelector(`.field[data-path="${CSS.escape(path)}"]`);
+    if (node || !path) return node;
+    path = path.includes("/") ? path.slice(0, path.lastIndexOf("/")) : "";
+  }
+}
+
+// Shows each error and note next to its field.
 function check() {
   const errors = [];
-  if (state.schema) validate(currentDocument(), state.schema, state.schema, [], errors);
+  const notes = [];
+  const doc = currentDocument();
+  if (state.schema) validate(doc, state.schema, state.schema, [], errors);
+  pageRules(doc, errors, notes);
+  for (const error of errors)
+    if (error.message === "Is required." && error.path.endsWith("/durationSeconds"))
+      error.message = "No duration is stored: enter minutes and seconds.";
   state.errors = errors;
   for (const node of document.querySelectorAll(".field")) {
     node.classList.remove("invalid");
-    const out = node.querySelector(":scope > .error");
-    if (out) out.textContent = "";
+    for (const out of node.querySelectorAll(":scope > .error, :scope > .note")) out.textContent = "";
     for (const input of node.querySelectorAll(":scope > input, :scope > textarea")) input.removeAttribute("aria-invalid");
+  }
+  for (const note of notes) {
+    const out = fieldOf(note.path)?.querySelector(":scope > .note");
+    if (out) out.textContent = [out.textContent, note.message].filter(Boolean).join(" ");
   }
   const unplaced = [];
   for (const error of errors) {
-    let path = error.path;
-    let node = null;
-    while (!node) {
-      node = document.querySelector(`.field[data-path="${CSS.escape(path)}"]`);
-      if (node || !path) break;
-      path = path.includes("/") ? path.slice(0, path.lastIndexOf("/")) : "";
-    }
+    const node = fieldOf(error.path);
     if (!node) { unplaced.push(error); continue; }
     node.classList.add("invalid");
     const out = node.querySelector(":scope > .error");
@@ -455,7 +532,8 @@ function start() {
     byId(`${kind}-add`).addEventListener("click", () => add(kind));
     renderList(kind);
   }
-  for (const id of ["startTime", "shutOffTime", "breakAfterMinutes"]) byId(id).addEventListener("input", check);
+  for (const id of ["startTime", "shutOffTime", "breakAfterMinutes"])
+    byId(id).addEventListener("input", () => { delete state.unshown[id]; check(); });
   byId("save").addEventListener("click", save);
   if (window.qt && window.qt.webChannelTransport && window.QWebChannel) {
     new QWebChannel(window.qt.webChannelTransport, (channel) => {

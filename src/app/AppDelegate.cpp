@@ -51,7 +51,7 @@ constexpr int kRestartExitStatus = 0;
 AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     : QObject(parent)
     , m_ports(ports)
-    , m_paths(std::move(paths))
+    , m_paths(withConfigServer(std::move(paths)))
     , m_log(*ports.clock, {})
     , m_usage(*ports.clock, {})
     , m_sync(*ports.preferences, *ports.clock)
@@ -63,18 +63,30 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     mainViewControllerObj = new ViewController(
         {m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts,
          *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule, *this, m_random});
-    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
-    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
+    m_mainWindow =
+        std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
+    m_lock =
+        std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
     statusbutton = new StatusItem(this);
     m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
     terminate = [](int status) { QCoreApplication::exit(status); };
-    confirm = [](const QString& message) {
-        QMessageBox box(QMessageBox::Question, QStringLiteral("Velmora"), message);
-        box.addButton(QStringLiteral("Yes"), QMessageBox::YesRole);
-        QAbstractButton* no = box.addButton(QStringLiteral("No"), QMessageBox::NoRole);
+    confirm = [this](const QString& message) {
+        QMessageBox box(QMessageBox::Question, m_texts.appName, message);
+        box.addButton(m_texts.text("common", "yesText", QStringLiteral("Yes")), QMessageBox::YesRole);
+        QAbstractButton* no =
+            box.addButton(m_texts.text("common", "noText", QStringLiteral("No")), QMessageBox::NoRole);
         box.setWindowFlags(box.windowFlags() | Qt::WindowStaysOnTopHint);
+        // Like the quit flow and the preferences: above a lock, with the keyboard.
+        m_question = &box;
+        if (isMainWindowVisible()) {
+            if (m_ports.lockShield)
+                m_ports.lockShield->prepare(&box, LockShield::Surface::AboveLock);
+            box.winId();
+            box.windowHandle()->setTransientParent(m_mainWindow->windowHandle());
+        }
         box.exec();
+        m_question = nullptr;
         return box.clickedButton() != no;
     };
 
@@ -111,6 +123,17 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
         const auto dialog = exportFolderDialog(prompt);
         return dialog->exec() == QDialog::Accepted ? dialog->selectedFiles().value(0) : QString();
     };
+}
+
+// The server given on the command line, or else the packaged catalogue's, read once.
+AppPaths AppDelegate::withConfigServer(AppPaths paths)
+{
+    if (paths.configServer.isEmpty()) {
+        TextCatalogue packaged;
+        packaged.loadPackaged(paths.packagedCatalogue);
+        paths.configServer = QUrl(packaged.text("deployment", "configServer", QString()));
+    }
+    return paths;
 }
 
 std::unique_ptr<QFileDialog> AppDelegate::exportFolderDialog(const QString& prompt)
@@ -368,11 +391,7 @@ void AppDelegate::installSettingsEditor()
 
 QUrl AppDelegate::configServer() const
 {
-    if (!m_paths.configServer.isEmpty())
-        return m_paths.configServer;
-    TextCatalogue packaged;
-    packaged.loadPackaged(m_paths.packagedCatalogue);
-    return QUrl(packaged.text("deployment", "configServer", QString()));
+    return m_paths.configServer;
 }
 
 void AppDelegate::configurationArrived(std::optional<QJsonObject> catalogue)
@@ -622,7 +641,8 @@ bool AppDelegate::isReleaseChord(const QKeyEvent* event) const
 
 bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
 {
-    const bool ourWindow = watched == m_quittingWindow.get() || watched == m_preferencesWindow.get();
+    const bool ourWindow = watched == m_quittingWindow.get() || watched == m_preferencesWindow.get() ||
+                           (m_question && watched == m_question);
     if (ourWindow && event->type() == QEvent::Show && isMainWindowVisible()) {
         m_mainWindow->giveUpKeyboard();
         keepOurWindowsAboveTheLock();
@@ -850,12 +870,13 @@ void AppDelegate::applicationWillTerminate()
     QTextStream(stdout) << "applicationWillTerminate" << Qt::endl;
 }
 
-// The quit flow and the preferences lie above a lock and need typing, which the
+// The quit flow, the preferences and a question lie above a lock and need typing, which the
 // lock's keyboard grab would swallow: the lock lets go while they are up.
 void AppDelegate::shareTheKeyboardWithOurWindows()
 {
     m_mainWindow->mayTakeKeyboard = [this] {
-        return !m_quittingWindow->isVisible() && !m_preferencesWindow->isVisible();
+        return !m_quittingWindow->isVisible() && !m_preferencesWindow->isVisible() &&
+               !(m_question && m_question->isVisible());
     };
     // Their showing and hiding reach eventFilter(), which watches the whole application.
 }
@@ -867,8 +888,8 @@ void AppDelegate::keepOurWindowsAboveTheLock()
 {
     m_ports.scheduler->post(this, [this] {
         for (QWidget* window : {static_cast<QWidget*>(m_preferencesWindow.get()),
-                                static_cast<QWidget*>(m_quittingWindow.get())}) {
-            if (!window->isVisible())
+                                static_cast<QWidget*>(m_quittingWindow.get()), m_question.data()}) {
+            if (!window || !window->isVisible())
                 continue;
             if (m_ports.lockShield && m_mainWindow->isVisible())
                 m_ports.lockShield->prepare(window, LockShield::Surface::AboveLock);
@@ -878,6 +899,10 @@ void AppDelegate::keepOurWindowsAboveTheLock()
         }
         m_preferencesWindow->bringToFront();
         m_quittingWindow->bringToFront();
+        if (m_question) {
+            m_question->raise();
+            m_question->activateWindow();
+        }
     });
 }
 

@@ -14,6 +14,7 @@
 #include <functional>
 #include <memory>
 #include <QObject>
+#include <QPointer>
 #include <QRandomGenerator>
 #include <QUrl>
 
@@ -171,6 +172,7 @@ private:
     bool reactivateIfDue();
     bool isReleaseChord(const QKeyEvent* event) const;
     QUrl configServer() const;
+    static AppPaths withConfigServer(AppPaths paths);
     void installSettingsEditor();
     void leaveForGood();
     void keepOurWindowsAboveTheLock();
@@ -200,6 +202,7 @@ private:
     std::unique_ptr<menuViewController> m_menu;
     std::unique_ptr<preferencesWindowController> m_preferencesWindow;
     std::unique_ptr<quittingWindow> m_quittingWindow;
+    QPointer<QWidget> m_question; // a question asked while it is open
     std::unique_ptr<UrlBlocker> m_urlBlocker;
     std::unique_ptr<AppBlocker> m_appBlocker;
 

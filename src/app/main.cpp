@@ -96,7 +96,7 @@ int main(int argc, char* argv[])
     // copy under its user service is the one that lives.
     const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     if (!ProcessLauncher::startedBySystemd(environment, QCoreApplication::applicationPid())) {
-        SystemdLoginService service;
+        SystemdLoginService service({}, paths.configServer);
         if (service.install() && service.handOverToUserManager())
             return 0;
     }
@@ -120,7 +120,7 @@ int main(int argc, char* argv[])
     DesktopNotifier notifier(paths.dataFolder + QStringLiteral("/sounds"));
     NetworkHttp http;
     ProcessLauncher launcher;
-    SystemdLoginService loginService;
+    SystemdLoginService loginService({}, paths.configServer);
     X11HotKeys hotKeys;
     X11Workspace workspace;
     LocalBrowserTabs browserTabs;

@@ -102,6 +102,16 @@ static QJsonObject parseDocument(const QByteArray& bytes, const QString& origin,
     return doc.object();
 }
 
+QByteArray settingsDocumentText(const Preferences& preferences, const QString& packagedSettingsPath)
+{
+    if (const auto saved = preferences.string(keys::kUserdefaultsSelectedJson))
+        return saved->toUtf8();
+    QFile packaged(packagedSettingsPath);
+    if (!packaged.open(QIODevice::ReadOnly))
+        return {};
+    return packaged.readAll();
+}
+
 void readSettingsJsonDictionary(RunState& state, const Preferences& preferences, const QString& packagedPath,
                                 const DebugLog& log)
 {
@@ -110,17 +120,16 @@ void readSettingsJsonDictionary(RunState& state, const Preferences& preferences,
     state.arrAllbreakActivities.clear();
 
     QJsonObject document;
-    if (const auto saved = preferences.string(keys::kUserdefaultsSelectedJson)) {
-        document = parseDocument(saved->toUtf8(), QStringLiteral("The saved settings document"), log);
-    } else {
-        // Never saved, or saved as something other than text: the packaged document applies.
-        if (preferences.contains(keys::kUserdefaultsSelectedJson))
-            log.addLog(QStringLiteral("The saved settings document is not text; the packaged one applies"));
-        QFile packaged(packagedPath);
-        if (packaged.open(QIODevice::ReadOnly))
-            document =
-                parseDocument(packaged.readAll(), QStringLiteral("The packaged settings document"), log);
-    }
+    const bool saved = preferences.string(keys::kUserdefaultsSelectedJson).has_value();
+    // Saved as something other than text: the packaged document applies.
+    if (!saved && preferences.contains(keys::kUserdefaultsSelectedJson))
+        log.addLog(QStringLiteral("The saved settings document is not text; the packaged one applies"));
+    const QByteArray text = settingsDocumentText(preferences, packagedPath);
+    if (saved || !text.isEmpty())
+        document = parseDocument(text,
+                                 saved ? QStringLiteral("The saved settings document")
+                                       : QStringLiteral("The packaged settings document"),
+                                 log);
     applySettingsDocument(state, document);
 }
 

@@ -2,6 +2,7 @@
 
 #include "RunState.h"
 
+#include <QByteArray>
 #include <QJsonObject>
 #include <QString>
 
@@ -9,6 +10,11 @@ namespace velmora {
 
 class DebugLog;
 class Preferences;
+
+// The settings document as stored, the one reader of it for the day and for every
+// editor: the saved text whenever the key holds text, even empty or malformed; the
+// packaged file while nothing is saved. Empty when neither can be read.
+QByteArray settingsDocumentText(const Preferences& preferences, const QString& packagedSettingsPath);
 
 // Turns the settings document into the routine lists and times of the run
 // state. A saved document always wins over the packaged one, even when it is

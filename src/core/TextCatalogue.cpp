@@ -93,6 +93,18 @@ std::optional<QJsonObject> TextCatalogue::object(std::initializer_list<const cha
     return v.isObject() ? std::optional<QJsonObject>(v.toObject()) : std::nullopt;
 }
 
+QUrl serverAddress(const QUrl& server, const QString& path)
+{
+    QUrl url = server;
+    QString base = url.path();
+    while (base.endsWith(u'/'))
+        base.chop(1);
+    url.setPath(base + (path.startsWith(u'/') ? path : u'/' + path));
+    url.setQuery(QString());
+    url.setFragment(QString());
+    return url;
+}
+
 static void getJsonDocument(Http& http, const QUrl& server, const QString& path, const DebugLog& log,
                             QObject* context, CatalogueCallback done)
 {
@@ -100,7 +112,7 @@ static void getJsonDocument(Http& http, const QUrl& server, const QString& path,
         done(std::nullopt);
         return;
     }
-    const QUrl url = server.resolved(QUrl(path));
+    const QUrl url = serverAddress(server, path);
     http.get(url, kConfigDownloadTimeoutMs, context, [&log, done](const HttpReply& reply) {
         if (reply.status == 0) {
             if (!reply.error.isEmpty())

@@ -73,6 +73,10 @@ using CatalogueCallback = std::function<void(std::optional<QJsonObject>)>;
 
 // GET <server>/config/config.json. The callback runs once, with the catalogue or
 // with nothing; with no server configured it runs at once with nothing.
+// An address on the configured server: PATH below the server's own path, so that
+// a server kept in a folder of a larger site serves every file from that folder.
+QUrl serverAddress(const QUrl& server, const QString& path);
+
 void getConfigFile(Http& http, const QUrl& server, const DebugLog& log, QObject* context,
                    CatalogueCallback done);
 // The same for the settings schema.

@@ -2,14 +2,16 @@
 
 #include <QJsonArray>
 #include <QJsonValue>
+#include <QSet>
 #include <QStringList>
-#include <QThread>
 #include <QUrl>
 
 #include <algorithm>
 #include <exception>
 #include <memory>
 #include <optional>
+#include <regex>
+#include <unordered_map>
 #include <valijson/adapters/qtjson_adapter.hpp>
 #include <valijson/schema.hpp>
 #include <valijson/schema_parser.hpp>
@@ -19,6 +21,8 @@
 #if !VALIJSON_USE_EXCEPTIONS
 #error "valijson aborts on a bad schema without VALIJSON_USE_EXCEPTIONS"
 #endif
+
+using namespace Qt::StringLiterals;
 
 namespace velmora {
 
@@ -92,23 +96,110 @@ std::optional<QJsonValue> resolveLocal(const QJsonValue& root, const QString& re
     return at;
 }
 
-// std::regex, which the validator uses for "pattern", recurses for every
-// character and every step of the pattern: a long text against a pattern like
-// "(a|b)*" runs out of an ordinary stack. The check runs on a thread with a
-// stack that holds the longest text and pattern allowed here.
+// std::regex, which the validator uses, recurses for every character it matches
+// in its default mode: a long text against a pattern like "(a|b)*" runs out of an
+// ordinary stack. So the validator never matches a long text that way: its
+// "pattern"s arrive compiled in the polynomial mode, which walks the text in a
+// loop; "patternProperties" become the "properties" of the document's keys they
+// match; a date or time "format", whose fixed expressions recurse per digit,
+// applies only to texts short enough; references, which it matches against a
+// fixed expression too, are kept short.
 constexpr qsizetype kMaxTextLength = 10'000;
 constexpr qsizetype kMaxPatternLength = 1'000;
-constexpr uint kValidationStackBytes = 1024u * 1024 * 1024;
+constexpr qsizetype kMaxReferenceLength = 1'000;
+constexpr int kMaxFormattedLength = 64;
+
+using RegexCache = std::unordered_map<std::string, std::regex>;
+
+std::regex loopingRegex(const QString& pattern)
+{
+    return std::regex(pattern.toStdString(), std::regex::ECMAScript | std::regex_constants::__polynomial);
+}
+
+void collectKeys(const QJsonValue& value, QSet<QString>& keys)
+{
+    if (value.isArray()) {
+        for (const QJsonValue& item : value.toArray())
+            collectKeys(item, keys);
+        return;
+    }
+    const QJsonObject object = value.toObject();
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        keys.insert(it.key());
+        collectKeys(it.value(), keys);
+    }
+}
+
+// The schema as the validator may safely meet it (see above), for a document with
+// these keys. Throws std::regex_error for a pattern that cannot be compiled so.
+QJsonValue safeSchema(const QJsonValue& node, const QSet<QString>& keys, RegexCache& cache)
+{
+    if (node.isArray()) {
+        QJsonArray items;
+        for (const QJsonValue& item : node.toArray())
+            items.append(safeSchema(item, keys, cache));
+        return items;
+    }
+    if (!node.isObject())
+        return node;
+    static const QStringList values{u"enum"_s, u"const"_s, u"default"_s, u"examples"_s};
+    static const QStringList maps{u"properties"_s, u"patternProperties"_s, u"definitions"_s, u"$defs"_s,
+                                  u"dependencies"_s};
+    const QJsonObject object = node.toObject();
+    QJsonObject safe;
+    for (auto it = object.begin(); it != object.end(); ++it) {
+        if (values.contains(it.key()) || (maps.contains(it.key()) && !it.value().isObject())) {
+            safe.insert(it.key(), it.value());
+        } else if (maps.contains(it.key())) {
+            QJsonObject map;
+            const QJsonObject named = it.value().toObject();
+            for (auto entry = named.begin(); entry != named.end(); ++entry)
+                map.insert(entry.key(), safeSchema(entry.value(), keys, cache));
+            safe.insert(it.key(), map);
+        } else {
+            safe.insert(it.key(), safeSchema(it.value(), keys, cache));
+        }
+    }
+    if (const QJsonValue pattern = safe.value(u"pattern"_s); pattern.isString())
+        cache.emplace(pattern.toString().toStdString(), loopingRegex(pattern.toString()));
+    if (const QJsonValue patterns = safe.value(u"patternProperties"_s); patterns.isObject()) {
+        QJsonObject properties = safe.value(u"properties"_s).toObject();
+        const QJsonObject byPattern = patterns.toObject();
+        for (auto it = byPattern.begin(); it != byPattern.end(); ++it) {
+            const std::regex matcher = loopingRegex(it.key());
+            for (const QString& key : keys) {
+                if (!std::regex_search(key.toStdString(), matcher))
+                    continue;
+                const QJsonValue before = properties.value(key);
+                properties.insert(
+                    key, before.isUndefined()
+                             ? it.value()
+                             : QJsonValue(QJsonObject{{u"allOf"_s, QJsonArray{before, it.value()}}}));
+            }
+        }
+        safe.remove(u"patternProperties"_s);
+        safe.insert(u"properties"_s, properties);
+    }
+    const QString format = safe.value(u"format"_s).toString();
+    if (format == u"date" || format == u"time" || format == u"date-time") {
+        QJsonArray all = safe.value(u"allOf"_s).toArray();
+        all.append(QJsonObject{{u"if"_s, QJsonObject{{u"maxLength"_s, kMaxFormattedLength}}},
+                               {u"then"_s, QJsonObject{{u"format"_s, format}}},
+                               {u"else"_s, QJsonObject{{u"not"_s, QJsonObject{}}}}});
+        safe.remove(u"format"_s);
+        safe.insert(u"allOf"_s, all);
+    }
+    return safe;
+}
 
 // Why the schema cannot be used safely, or nothing. A reference that leads back
 // to where it started before reaching a real schema ({"$ref": "#"}) sends the
-// schema parser round for ever; a "multipleOf" of 0 divides by zero. Notes on
-// the way whether any "pattern" or "patternProperties" needs the deep stack.
-QString schemaFault(const QJsonValue& root, const QJsonValue& node, bool& hasPatterns)
+// schema parser round for ever; a "multipleOf" of 0 divides by zero.
+QString schemaFault(const QJsonValue& root, const QJsonValue& node)
 {
     if (node.isArray()) {
         for (const QJsonValue& item : node.toArray()) {
-            if (const QString fault = schemaFault(root, item, hasPatterns); !fault.isEmpty())
+            if (const QString fault = schemaFault(root, item); !fault.isEmpty())
                 return fault;
         }
         return {};
@@ -127,8 +218,13 @@ QString schemaFault(const QJsonValue& root, const QJsonValue& node, bool& hasPat
     const QJsonValue multipleOf = object.value(QLatin1String("multipleOf"));
     if (multipleOf.isDouble() && !(multipleOf.toDouble() > 0))
         return QStringLiteral("\"multipleOf\" must be greater than 0");
-    hasPatterns = hasPatterns || object.contains(QLatin1String("pattern")) ||
-                  object.contains(QLatin1String("patternProperties"));
+    for (const char* reference : {"$ref", "$id", "id"}) {
+        if (object.value(QLatin1String(reference)).toString().size() > kMaxReferenceLength)
+            return QStringLiteral("a reference is longer than %1 characters").arg(kMaxReferenceLength);
+    }
+    if (object.contains(QLatin1String("patternProperties")) && object.contains(QLatin1String("properties")) &&
+        !object.value(QLatin1String("properties")).isObject())
+        return QStringLiteral("\"properties\" is not an object");
     QStringList patterns = object.value(QLatin1String("patternProperties")).toObject().keys();
     patterns << object.value(QLatin1String("pattern")).toString();
     for (const QString& pattern : std::as_const(patterns)) {
@@ -136,7 +232,7 @@ QString schemaFault(const QJsonValue& root, const QJsonValue& node, bool& hasPat
             return QStringLiteral("a pattern is longer than %1 characters").arg(kMaxPatternLength);
     }
     for (const QJsonValue& value : object) {
-        if (const QString fault = schemaFault(root, value, hasPatterns); !fault.isEmpty())
+        if (const QString fault = schemaFault(root, value); !fault.isEmpty())
             return fault;
     }
     return {};
@@ -165,13 +261,17 @@ std::optional<QString> overlongText(const QJsonValue& value, const QString& path
     return std::nullopt;
 }
 
-SettingsValidation validateOnThisThread(const QJsonObject& document, const QJsonObject& schema)
+SettingsValidation validateSafely(const QJsonObject& document, const QJsonObject& schema)
 {
     SettingsValidation result;
+    QSet<QString> keys;
+    collectKeys(document, keys);
+    RegexCache patterns;
     valijson::Schema parsed;
     try {
+        const QJsonValue safe = safeSchema(schema, keys, patterns);
         valijson::SchemaParser parser(valijson::SchemaParser::kDraft7);
-        const valijson::adapters::QtJsonAdapter schemaAdapter{QJsonValue(schema)};
+        const valijson::adapters::QtJsonAdapter schemaAdapter{safe};
         parser.populateSchema(schemaAdapter, parsed);
     } catch (const std::exception& e) {
         result.schemaProblem =
@@ -179,10 +279,12 @@ SettingsValidation validateOnThisThread(const QJsonObject& document, const QJson
         return result;
     }
     try {
-        valijson::Validator validator;
+        // The validator's own front, without its cache of default-mode expressions.
         valijson::ValidationResults results;
         const valijson::adapters::QtJsonAdapter target{QJsonValue(document)};
-        if (!validator.validate(parsed, target, &results))
+        valijson::ValidationVisitor<valijson::adapters::QtJsonAdapter> visitor(
+            target, std::vector<std::string>(1, "<root>"), true, &results, patterns);
+        if (!visitor.validateSchema(parsed))
             result.errors = innermost(results);
     } catch (const std::exception& e) {
         result.schemaProblem =
@@ -206,8 +308,7 @@ QString SettingsValidation::describe() const
 SettingsValidation validateSettings(const QJsonObject& document, const QJsonObject& schema)
 {
     SettingsValidation result;
-    bool hasPatterns = false;
-    if (const QString fault = schemaFault(schema, schema, hasPatterns); !fault.isEmpty()) {
+    if (const QString fault = schemaFault(schema, schema); !fault.isEmpty()) {
         result.schemaProblem = QStringLiteral("The settings schema cannot be read: ") + fault;
         return result;
     }
@@ -215,17 +316,7 @@ SettingsValidation validateSettings(const QJsonObject& document, const QJsonObje
         result.errors = {{*path, QStringLiteral("Text longer than %1 characters").arg(kMaxTextLength)}};
         return result;
     }
-    // Without a pattern the validator stays well within an ordinary stack.
-    if (!hasPatterns)
-        return validateOnThisThread(document, schema);
-    // Stays when the thread cannot be started: nothing passes unchecked.
-    result.schemaProblem = QStringLiteral("The settings could not be checked");
-    std::unique_ptr<QThread> thread(
-        QThread::create([&] { result = validateOnThisThread(document, schema); }));
-    thread->setStackSize(kValidationStackBytes);
-    thread->start();
-    thread->wait();
-    return result;
+    return validateSafely(document, schema);
 }
 
 } // namespace velmora

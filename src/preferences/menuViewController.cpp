@@ -7,7 +7,6 @@
 #include "Preferences.h"
 #include "RunState.h"
 #include "SettingsLoader.h"
-#include "SettingsText.h"
 #include "TextCatalogue.h"
 
 #include <QCloseEvent>
@@ -350,12 +349,8 @@ void menuViewController::checkForUpdates()
                           .arg(d.ctx.texts.appName, QCoreApplication::applicationVersion()));
         return;
     }
-    QUrl url = d.configServer;
-    QString base = url.path();
-    while (base.endsWith(u'/'))
-        base.chop(1);
-    url.setPath(base +
-                d.ctx.texts.text("deployment", "updateVersionPath", QStringLiteral("/config/version.json")));
+    const QUrl url = serverAddress(d.configServer, d.ctx.texts.text("deployment", "updateVersionPath",
+                                                                    QStringLiteral("/config/version.json")));
     d.ctx.log.addLog(QStringLiteral("Checking for updates"));
     d.http.get(url, kVersionTimeoutMs, this,
                [this](const HttpReply& reply) { versionArrived(reply.status, reply.body, reply.error); });

@@ -3,13 +3,14 @@
 #include "DebugLog.h"
 #include "PreferenceKeys.h"
 #include "Preferences.h"
-#include "SettingsText.h"
+#include "SettingsLoader.h"
 #include "SettingsValidation.h"
 #include "TextCatalogue.h"
 #include "WebPage.h"
 #include "Workspace.h"
 
 #include <QDebug>
+#include <QDesktopServices>
 #include <QFile>
 #include <QFontDatabase>
 #include <QFrame>
@@ -28,6 +29,7 @@ namespace velmora {
 namespace {
 constexpr QSize kChoiceBox{500, 350};
 constexpr QSize kFaceBox{1000, 600};
+constexpr char kEditSettingsLink[] = "velmora:edit-settings";
 
 std::optional<QJsonObject> readJsonObject(const QString& path)
 {
@@ -123,7 +125,12 @@ void selectJsonVc::buildBox()
     lblParseError->setWordWrap(true);
     lblVisitUrl = new QLabel(textscrollView);
     lblVisitUrl->setTextFormat(Qt::RichText);
-    lblVisitUrl->setOpenExternalLinks(true);
+    connect(lblVisitUrl, &QLabel::linkActivated, this, [this](const QString& link) {
+        if (link == QLatin1String(kEditSettingsLink))
+            btnEditSettingsClicked();
+        else
+            QDesktopServices::openUrl(QUrl(link));
+    });
     lblVisitUrl->setTextInteractionFlags(Qt::TextBrowserInteraction);
     lblVisitUrl->setWordWrap(true);
     btnSave = new QPushButton(textscrollView);
@@ -175,13 +182,23 @@ QString selectJsonVc::text(const char* key, const QString& fallback) const
     return c.texts.text("settings", key, fallback);
 }
 
+// Where the user generates settings: a page of a web site when the catalogue names
+// one, else the packaged editor behind "Edit Settings".
+QString selectJsonVc::generatorPage() const
+{
+    const QString page = text("settingUrl", QString()).trimmed();
+    const QUrl url(page);
+    if (url.isValid() && (url.scheme() == u"https" || url.scheme() == u"http"))
+        return page;
+    return QStringLiteral("“%1”").arg(text("buttonEditSettingsText", QStringLiteral("Edit Settings")));
+}
+
 QString selectJsonVc::notValidText() const
 {
-    const QString page = text("settingUrl", QStringLiteral("https://velmora.app/generator"));
     return text("settingIsNotValidText",
                 QStringLiteral(
                     "Sorry it seems like your settings aren’t valid. Please generate settings at ")) +
-           page;
+           generatorPage();
 }
 
 void selectJsonVc::setTexts()
@@ -196,10 +213,12 @@ void selectJsonVc::setTexts()
         "description", QStringLiteral("Click on \"Edit Settings\" to modify your existing settings.\nIf you "
                                       "are an advanced user click on \"Advanced\" to view or edit settings "
                                       "JSON")));
-    const QString page = text("settingUrl", QStringLiteral("https://velmora.app/generator"));
+    const QString page = generatorPage();
     const QString visit =
         text("visitText", QStringLiteral("Generate your settings at <SETTINGURL> and paste them here."));
-    const QString link = QStringLiteral("<a href=\"%1\">%1</a>").arg(page.toHtmlEscaped());
+    const QString target = page.startsWith(u"http") ? page : QString::fromLatin1(kEditSettingsLink);
+    const QString link =
+        QStringLiteral("<a href=\"%1\">%2</a>").arg(target.toHtmlEscaped(), page.toHtmlEscaped());
     lblVisitUrl->setText(visit.toHtmlEscaped().replace(QLatin1String("&lt;SETTINGURL&gt;"), link));
     lblVisitUrl->setAccessibleName(fillTemplate(visit, {{"<SETTINGURL>", page}}));
 }

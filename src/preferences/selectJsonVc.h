@@ -115,6 +115,7 @@ private:
     QByteArray storedDocument() const;
     QString text(const char* key, const QString& fallback) const;
     QString notValidText() const;
+    QString generatorPage() const;
 
     SettingsEditorContext c;
 };

@@ -27,8 +27,10 @@ QList<QStringList> csv(const QString& data)
     return rows;
 }
 
-QList<QStringList> csvFromBytes(const QByteArray& bytes)
+QList<QStringList> csvFromBytes(const QByteArray& written)
 {
+    // A line without its newline is a row whose writing was cut short.
+    const QByteArray bytes = written.left(written.lastIndexOf('\n') + 1);
     // The log is written as UTF-8; a byte-order mark of another encoding wins.
     // Invalid bytes become replacement characters, so one damaged row does not
     // hide the rest of the day.

@@ -23,8 +23,8 @@ struct UsageRow
 
 // The record of what the user really did: a CSV file that only grows. Fields are
 // joined with bare commas and never quoted; the reader of the file is built for
-// that. Every row rewrites the whole file through a temporary file, so a crash
-// can never leave half a line behind.
+// that. Rows are appended; a crash may leave half a line at the end, which the
+// readers ignore and the next row replaces.
 class UsageLog
 {
 public:
@@ -36,7 +36,7 @@ public:
     // left exactly as it is. Answers false when the file could not be made.
     bool createIfMissing() const;
     // Answers false when the row could not be written; the file then keeps its
-    // old contents.
+    // old rows.
     bool addEntryInCsv(const UsageRow& row) const;
 
     QString path() const { return m_path; }

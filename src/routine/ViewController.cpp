@@ -29,6 +29,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QRandomGenerator>
+#include <QResizeEvent>
 #include <QStackedLayout>
 #include <QVBoxLayout>
 
@@ -39,6 +40,20 @@ constexpr qint64 kUnlockDelayMs = 3000;
 constexpr int kMorningRehearsalSeconds = 30;
 constexpr int kEveningRehearsalSeconds = 20;
 } // namespace
+
+// The lock fills screens from 800×600 up: below the size its screens were drawn for,
+// every size shrinks alike, so that texts wrap within the window instead of leaving it.
+void ViewController::resizeEvent(QResizeEvent* event)
+{
+    QWidget::resizeEvent(event);
+    const qreal scale = style::lockScale(event->size());
+    if (qFuzzyCompare(scale, m_scale))
+        return;
+    m_scale = scale;
+    setStyleSheet(style::lockStyleSheet(scale));
+    layout()->setContentsMargins(qRound(48 * scale), qRound(24 * scale), qRound(48 * scale),
+                                 qRound(32 * scale));
+}
 
 ViewController::ViewController(RoutineContext ctx, QWidget* parent)
     : QWidget(parent)

@@ -96,8 +96,10 @@ public:
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
 
 private:
+    qreal m_scale = 1.0;
     void showScreen(QWidget* screen);
     void showExternal(ExternalScreen which);
     void showStayFocusedMessage();

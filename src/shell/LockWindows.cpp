@@ -71,6 +71,8 @@ CustomWindow::CustomWindow(QWidget* content, Scheduler& scheduler, LockShield* s
     setPalette(p);
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, 0);
+    // The screen decides the size; the content fits itself to it.
+    layout->setSizeConstraint(QLayout::SetNoConstraint);
     layout->addWidget(content);
 }
 

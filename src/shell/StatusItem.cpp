@@ -35,17 +35,24 @@ bool StatusItem::isTrayAvailable()
     return QSystemTrayIcon::isSystemTrayAvailable();
 }
 
+// The clock, and beside it the title whole: trays that show wider icons show the
+// whole word, the others scale the icon down.
 QIcon StatusItem::paintLook(const QString& title, const QColor& background, const QColor& border)
 {
     QIcon icon;
     for (const int size : {22, 44}) {
-        QPixmap pixmap(size, size);
+        const qreal unit = size / 22.0;
+        QFont font;
+        font.setPixelSize(int(11 * unit));
+        font.setBold(true);
+        const int textWidth = title.isEmpty() ? 0 : QFontMetrics(font).horizontalAdvance(title);
+        const int width = title.isEmpty() ? size : size + textWidth + int(6 * unit);
+        QPixmap pixmap(width, size);
         pixmap.fill(Qt::transparent);
         {
             QPainter p(&pixmap);
             p.setRenderHint(QPainter::Antialiasing);
-            const qreal unit = size / 22.0;
-            const QRectF frame(unit, unit, size - 2 * unit, size - 2 * unit);
+            const QRectF frame(unit, unit, width - 2 * unit, size - 2 * unit);
             if (background.alpha() > 0) {
                 p.setPen(Qt::NoPen);
                 p.setBrush(background);
@@ -59,27 +66,17 @@ QIcon StatusItem::paintLook(const QString& title, const QColor& background, cons
             const QPixmap clock(size > 22 ? QStringLiteral(":/images/clock22@2x.png")
                                           : QStringLiteral(":/images/clock22.png"));
             const QColor ink = background.alpha() > 0 ? QColor(Qt::white) : QColor(0x20, 0x20, 0x20);
-            if (title.isEmpty()) {
-                if (!clock.isNull())
-                    p.drawPixmap(QRect(0, 0, size, size), clock);
-                else {
-                    p.setPen(QPen(ink, 2 * unit));
-                    p.drawEllipse(frame.adjusted(3 * unit, 3 * unit, -3 * unit, -3 * unit));
-                }
+            if (!clock.isNull()) {
+                p.drawPixmap(QRect(0, 0, size, size), clock);
             } else {
-                // Too small for the clock and a word: the word tells the state.
-                QFont f;
-                f.setPixelSize(int(7 * unit));
-                f.setBold(true);
-                // "FOCUS" must fit whole: the font shrinks to the frame's width.
-                const QString word = title.left(5);
-                const qreal room = frame.width() - 2 * unit;
-                const int wide = QFontMetrics(f).horizontalAdvance(word);
-                if (wide > room)
-                    f.setPixelSize(qMax(4, int(f.pixelSize() * room / wide)));
-                p.setFont(f);
+                p.setPen(QPen(ink, 2 * unit));
+                p.drawEllipse(QRectF(4 * unit, 4 * unit, size - 8 * unit, size - 8 * unit));
+            }
+            if (!title.isEmpty()) {
+                p.setFont(font);
                 p.setPen(ink);
-                p.drawText(frame, Qt::AlignCenter, word);
+                p.drawText(QRectF(size, 0, textWidth + 2 * unit, size), Qt::AlignLeft | Qt::AlignVCenter,
+                           title);
             }
         }
         icon.addPixmap(pixmap);

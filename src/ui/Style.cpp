@@ -12,9 +12,9 @@
 
 namespace velmora::style {
 
-QString lockStyleSheet()
+QString lockStyleSheet(qreal scale)
 {
-    return QStringLiteral(R"(
+    QString sheet = QStringLiteral(R"(
         QWidget#mainWindow, QWidget#ViewController { background: #1e242b; }
         QWidget { color: #e6ebf0; font-size: 20px; }
         QLabel[role="title"] { font-size: 34px; font-weight: 600; }
@@ -42,6 +42,26 @@ QString lockStyleSheet()
         QTableCornerButton::section { background: #2a323b; border: none; }
         QPlainTextEdit { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 8px; }
     )");
+    if (qFuzzyCompare(scale, 1.0))
+        return sheet;
+    // Sizes shrink with the screen; hairlines stay.
+    static const QRegularExpression pixels(QStringLiteral("\\b(\\d+)px"));
+    QString scaled;
+    qsizetype from = 0;
+    for (auto it = pixels.globalMatch(sheet); it.hasNext();) {
+        const QRegularExpressionMatch m = it.next();
+        const int size = m.captured(1).toInt();
+        scaled += sheet.mid(from, m.capturedStart() - from) +
+                  QString::number(size <= 2 ? size : qMax(1, qRound(size * scale))) + QStringLiteral("px");
+        from = m.capturedEnd();
+    }
+    return scaled + sheet.mid(from);
+}
+
+qreal lockScale(const QSize& window)
+{
+    const qreal scale = qMin(qMin(window.width() / 1280.0, window.height() / 860.0), 1.0);
+    return qMax(0.5, qRound(scale * 20) / 20.0); // in steps, so that a resize rarely restyles
 }
 
 QString dialogStyleSheet()

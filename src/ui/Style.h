@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QSize>
 #include <QString>
 
 class QAbstractButton;
@@ -15,7 +16,10 @@ class QWidget;
 namespace velmora::style {
 
 // The style sheet of a full-screen lock window, readable from a few steps away.
-QString lockStyleSheet();
+// SCALE shrinks every size for a small screen.
+QString lockStyleSheet(qreal scale = 1.0);
+// The scale of the lock's sizes for a window of this size: whole from 1280×860 up.
+qreal lockScale(const QSize& window);
 // The same colours at the size of a window or dialog on the desktop.
 QString dialogStyleSheet();
 

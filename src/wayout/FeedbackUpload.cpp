@@ -6,7 +6,7 @@
 #include "PreferenceKeys.h"
 #include "Preferences.h"
 #include "Scheduler.h"
-#include "SettingsText.h"
+#include "SettingsLoader.h"
 #include "TextCatalogue.h"
 
 #include <memory>

@@ -13,7 +13,6 @@
 #include "RoutineHost.h"
 #include "RunState.h"
 #include "SettingsLoader.h"
-#include "SettingsText.h"
 #include "shutOffTimeVc.h"
 #include "StartSmall.h"
 #include "thirdVc.h"

@@ -5,6 +5,7 @@
 
 #include "AppFixture.h"
 #include "firstViewController.h"
+#include "LockLayout.h"
 #include "LockWindows.h"
 #include "logQuantityVc.h"
 #include "menuViewController.h"
@@ -186,13 +187,21 @@ private Q_SLOTS:
         QTest::newRow("no") << false;
     }
 
+    // The question comes above the lock, which lets go of the keyboard while it is asked.
     void resetHotKeyAsksThenClearsAndRestarts()
     {
         QFETCH(bool, yes);
         AppFixture f;
-        AppDelegate& app = f.launch(at(23, QTime(12, 0)));
-        app.confirm = [&](const QString&) { return yes; };
+        AppDelegate& app = f.morningUp();
+        bool aboveTheLock = false;
+        QTimer::singleShot(0, [&] {
+            auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+            aboveTheLock = box && !app.mainWindow().mayTakeKeyboard() &&
+                           box->windowHandle()->transientParent() == app.mainWindow().windowHandle();
+            box->buttons().value(yes ? 0 : 1)->click();
+        });
         QVERIFY(f.fakes.hotKeys.press(Qt::Key_J, Qt::ControlModifier | Qt::MetaModifier));
+        QVERIFY(aboveTheLock);
         QCOMPARE(f.fakes.preferences.contains(keys::kUserdefaultsFirstRun), !yes);
         QCOMPARE(f.fakes.launcher.restarts, yes ? 1 : 0);
         QCOMPARE(f.exitStatuses.size(), yes ? 1 : 0);
@@ -219,11 +228,13 @@ private Q_SLOTS:
         QVERIFY(!overview.btnStartFirstHabit->isVisible());
         f.fakes.scheduler.advance(1'000);
         QVERIFY(!f.fakes.displayAwake.held);
+        checkLockLayout(app.mainWindow(), u"overview"_s);
         click(overview.btnStartFirstHabit);
 
         QCOMPARE(vc.currentScreen(), &timer);
         QVERIFY(f.fakes.displayAwake.held);
         pressKey(app, Qt::Key_Enter); // while the item counts: nothing
+        checkLockLayout(app.mainWindow(), u"timer"_s);
         f.fakes.scheduler.advance(29'000);
         QVERIFY(f.fakes.displayAwake.held);
         f.fakes.scheduler.advance(1'000);
@@ -234,6 +245,7 @@ private Q_SLOTS:
         QCOMPARE(progress.lblProgress->text(),
                  u"You have completed 30s of habits - 1m 20s to go. You can do it!"_s);
         QCOMPARE(f.fakes.notifier.sounds, QStringList{u"everyActivity"_s});
+        checkLockLayout(app.mainWindow(), u"progress"_s);
         app.state().kIsReducedMotion = false;
         pressKey(app, Qt::Key_Return); // the progress button
         QCOMPARE(app.state().currentHabitIndex, 1);
@@ -243,6 +255,7 @@ private Q_SLOTS:
         QVERIFY(!style::isAnimating(timer.imgViewGif));
         logQuantityVc& quantity = vc.logQuantityVcObj();
         QVERIFY(!quantity.btnOk->isEnabled());
+        checkLockLayout(app.mainWindow(), u"quantity"_s);
         pressKey(app, Qt::Key_Return); // empty quantity field: nothing
         QVERIFY(quantity.isVisible());
         QTest::keyClicks(quantity.textFieldCount, u"12a"_s);
@@ -281,6 +294,7 @@ private Q_SLOTS:
 
         rememberNextHabitVc& quiz = progress.getRememberNextHabitVcObj();
         QCOMPARE(quiz.popupBtnHabits->count(), 4); // "Select Habit" and every habit of the routine
+        checkLockLayout(app.mainWindow(), u"quiz"_s);
         quiz.popupBtnHabits->setCurrentIndex(quiz.popupBtnHabits->findText(u"Push-ups"_s));
         quiz.popupBtnHabitsClicked();
         click(quiz.btnStartNextHabit);

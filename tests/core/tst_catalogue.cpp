@@ -77,7 +77,7 @@ private Q_SLOTS:
         });
         QCOMPARE(http.requests.size(), status < 0 ? 0 : 1);
         if (status >= 0) {
-            QCOMPARE(http.requests[0].url, QUrl(u"http://127.0.0.1:8080/config/config.json"_s));
+            QCOMPARE(http.requests[0].url, QUrl(u"http://127.0.0.1:8080/base/config/config.json"_s));
             http.answer(HttpReply{status, body, error});
         }
         QCOMPARE(calls, 1);

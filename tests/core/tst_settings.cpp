@@ -133,7 +133,10 @@ private Q_SLOTS:
         QFETCH(QByteArray, packaged);
         QFETCH(bool, packagedApplies);
         const MessageCapture output;
-        const RunState s = load(saved, packaged);
+        QByteArray shown;
+        const RunState s = load(saved, packaged, &shown);
+        // The editors are shown the document the day was built from.
+        QCOMPARE(shown, saved.typeId() == QMetaType::QString ? saved.toString().toUtf8() : packaged);
         QCOMPARE(s.arrAllMorningHabits.size(), packagedApplies ? 1 : 0);
         QCOMPARE(s.startTime, packagedApplies ? std::optional(Time{6, 45, 0}) : std::nullopt);
         QCOMPARE(s.shutOffTime.has_value(), packagedApplies);
@@ -153,7 +156,7 @@ private Q_SLOTS:
     }
 
 private:
-    RunState load(const QVariant& saved, const QByteArray& packaged = "{}")
+    RunState load(const QVariant& saved, const QByteArray& packaged = "{}", QByteArray* shown = nullptr)
     {
         MemoryPreferences preferences;
         if (saved.isValid())
@@ -166,6 +169,8 @@ private:
         RunState state;
         DebugLog log(clock, dir.filePath(u"log.txt"_s));
         readSettingsJsonDictionary(state, preferences, path, log);
+        if (shown)
+            *shown = settingsDocumentText(preferences, path);
         return state;
     }
 

@@ -78,16 +78,18 @@ void checkStart(const QString& kind, const QDir& folder, int lastWritten, int& r
     const SettingsPreferences preferences(folder.filePath(u"velmora.conf"_s));
     const test::FakeClock clock;
     if (kind == u"log") {
-        // The header and every row up to the one being written, byte for byte.
+        // The header and every row up to the one being written, byte for byte; of
+        // that one at most a start without its newline, which the next writer replaces.
         QFile file(folder.filePath(u"vlmrStats.csv"_s));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        const QByteArray bytes = file.readAll();
+        const QByteArray written = file.readAll();
+        const QByteArray bytes = written.left(written.lastIndexOf('\n') + 1);
         rows = int(bytes.count('\n')) - 1;
         QVERIFY2(rows > lastWritten, "a written row is lost");
         QByteArray expected(UsageLog::kHeader);
-        for (int i = 0; i < rows; ++i)
+        for (int i = 0; i <= rows; ++i)
             expected += UsageLog::formatRow(formatRecordDate(kTimes[0]), usageRow(i)).toUtf8();
-        QCOMPARE(bytes, expected);
+        QVERIFY(expected.startsWith(written));
         QCOMPARE(readCsv(file.fileName(), kTimes[0].addDays(-1)).arrFocusSummaryDic.size(), rows);
     } else if (kind == u"preferences") {
         // All keys from the same write, and the loader builds the morning from it.

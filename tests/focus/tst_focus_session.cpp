@@ -305,6 +305,17 @@ private Q_SLOTS:
 
     // Tab reaches every control, Return presses the default button, every control is
     // named by its text.
+    // The status icon keeps its clock beside a title, and shows the title whole.
+    void statusIconKeepsClockBesideTitle()
+    {
+        const auto image = [](const QString& title) {
+            const QIcon icon = StatusItem::paintLook(title, Qt::transparent, Qt::transparent);
+            return icon.pixmap(icon.availableSizes().value(0)).toImage();
+        };
+        QCOMPARE(image(u"FOCUS"_s).copy(0, 0, 22, 22), image({}));
+        QVERIFY(image(u"FOCUS MODE"_s).width() > image(u"FOCUS"_s).width());
+    }
+
     void screensByKeyboard_data()
     {
         QTest::addColumn<QString>("screen");

@@ -73,6 +73,31 @@ a11y press "Edit Settings" || fail "Edit Settings could not be pressed"
 
 poll 60 "the stored settings arrive in the page" page_says 'document.getElementById("morningHabits-0-name").value' '"Water"'
 page_says 'document.getElementById("breakAfterMinutes").value' '"50"' || fail "the page lacks the break interval"
+# What the page says of what a user meets, each next to its field: stored times the fields
+# cannot show, an entry without a duration, addresses without a browser, "random" without
+# alternatives; then an unnamed alternative and an emptied interval. Nothing stored is dropped.
+says() { page_says "(() => { const t = id => document.getElementById(id + \"\").textContent; return $1; })()" true ||
+    fail "the page does not show: $1"; }
+cdp eval 'window.stored = JSON.stringify(currentDocument()); loadSettingsDataFromMac({"startTime": "24:00",
+  "shutOffTime": "7.30", "breakAfterMinutes": 50, "morningHabits": [{"name": "Read", "allowedUrls": ["example.org"],
+  "allowedApps": ["gedit"]}], "breakActivities": [{"name": "Move", "durationSeconds": 60, "type": "random-choice",
+  "videoUrl": ["https://example.org/v"]}]}); true' >/dev/null
+says 't("startTime-note").startsWith("The stored time \"24:00\" is no time of day") && t("shutOffTime-note").includes("cannot be shown")
+  && t("shutOffTime-error") === "H or HH, optionally followed by :MM and :SS."
+  && t("morningHabits-0-duration-error") === "No duration is stored: enter minutes and seconds."
+  && t("morningHabits-0-urls-note").startsWith("No browser is among the allowed applications")
+  && t("breakActivities-0-random-error") === "Add at least one alternative below, or untick this."
+  && t("breakActivities-0-random-note").includes("brings its own videos")
+  && getComputedStyle(document.getElementById("breakActivities-0-videos").parentElement).display === "none"'
+cdp click "#breakActivities-0-add-choice"
+cdp click "#breakAfterMinutes"
+cdp eval 'document.activeElement.select(); document.execCommand("delete")' >/dev/null
+says 't("breakActivities-0-choice-0-name-error") === "Must not be empty." && t("breakActivities-0-random-error") === ""
+  && t("breakAfterMinutes-note") === "Without an interval Velmora asks for no breaks."
+  && currentDocument().startTime === "24:00" && currentDocument().shutOffTime === "7.30"'
+screenshot settings-page-rules
+cdp eval 'loadSettingsDataFromMac(JSON.parse(window.stored)); true' >/dev/null
+
 cdp click "#morningHabits-add"
 poll 5 "the new habit's name field has the focus" page_says 'document.activeElement.id' '"morningHabits-1-name"'
 cdp type "Read ten pages"

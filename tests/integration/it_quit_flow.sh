@@ -54,3 +54,16 @@ posts = [json.loads(line) for line in open(sys.argv[1], encoding="utf-8")]
 assert [(p["quitReason"], p["feedback"]) for p in posts] == [("The app is broken", "It froze at noon")]' \
     "$work/posts.jsonl" || fail "the feedback posted is not as expected: $(cat "$work/posts.jsonl")"
 
+
+# The quit switched the unit off and left the autostart entry, with the server. A new session
+# runs the entry as a desktop does: the program is back and turns its unit on again.
+autostart="$XDG_CONFIG_HOME/autostart/velmora.desktop"
+grep -qx -- "--user disable velmora.service" "$VELMORA_IT_DIR/systemctl.log" || fail "the quit left the unit on"
+grep -qx "Exec=$VELMORA_BIN --config-server $VELMORA_CONFIG_SERVER" "$autostart" ||
+    fail "the quit took the autostart entry, or it lacks the server: $(cat "$autostart" 2>&1)"
+fake_systemctl offline
+env -u VELMORA_CONFIG_SERVER gio launch "$autostart"
+poll 20 "the autostart entry started the program" session_velmora
+VELMORA_PID="$(session_velmora)"
+poll 20 "the program enabled its unit again" grep -qx -- "--user enable velmora.service" "$VELMORA_IT_DIR/systemctl.log"
+[ "$(grep -c ' /config/config.json$' "$work/requests.log")" -eq 2 ] || fail "the new start did not ask the server"

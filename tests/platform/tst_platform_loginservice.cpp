@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QUrl>
 
 using namespace Qt::StringLiterals;
 using velmora::SystemdLoginService;
@@ -52,11 +53,12 @@ private Q_SLOTS:
 
     void cleanupTestCase() { qputenv("PATH", m_originalPath); }
 
-    // Spaces, a specifier and a variable in the program's path reach systemd unharmed.
+    // Spaces, a specifier and a variable in the program's path reach systemd unharmed, and
+    // so does the configuration server this copy was given.
     void installWritesTheUnit()
     {
         const QString unit = path(u"config/systemd/user/velmora.service"_s);
-        QVERIFY(SystemdLoginService(u"/opt/My Apps/100%/$v/velmora"_s).install());
+        QVERIFY(SystemdLoginService(u"/opt/My Apps/100%/$v/velmora"_s, QUrl(u"http://h:8/a b%"_s)).install());
         QCOMPARE(SystemdLoginService::unitFilePath(), unit);
         QCOMPARE(contents(unit), uR"([Unit]
 Description=Velmora
@@ -65,7 +67,7 @@ After=graphical-session.target
 StartLimitIntervalSec=0
 
 [Service]
-ExecStart=%1
+ExecStart=%1 --config-server http://h:8/a%%20b%%25
 Restart=always
 RestartSec=1
 RestartPreventExitStatus=64
@@ -73,6 +75,8 @@ RestartPreventExitStatus=64
 [Install]
 WantedBy=graphical-session.target
 )"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s));
+        QVERIFY(contents(SystemdLoginService::autostartFilePath())
+                    .contains(u"\" --config-server http://h:8/a%%20b%%25\n"_s));
     }
 
     // The autostart entry is always written; a user manager that answers is given the
@@ -131,7 +135,8 @@ NoDisplay=true
         QFile::remove(path(u"calls"_s));
         service.disable();
         QCOMPARE(systemctlCalls(), QStringList{u"--user disable velmora.service"_s});
-        QVERIFY(!QFile::exists(SystemdLoginService::autostartFilePath()));
+        // The next login starts the program again, which enables the unit again.
+        QVERIFY(QFile::exists(SystemdLoginService::autostartFilePath()));
     }
 };
 

@@ -12,10 +12,13 @@
 #include "quittingConfirmVc.h"
 #include "quittingWindow.h"
 #include "selectJsonVc.h"
+#include "SettingsValidation.h"
 #include "uninstallVc.h"
 
 #include <QtTest>
 #include <QtWidgets>
+#include <sys/resource.h>
+#include <unistd.h>
 
 using namespace Qt::Literals::StringLiterals;
 
@@ -413,6 +416,26 @@ private Q_SLOTS:
         QVERIFY2(alerts.value(0).startsWith(kNotValid), qPrintable(alerts.join(u'|')));
         QCOMPARE(stored(), kValid);
         QCOMPARE(ed->fakes.launcher.restarts, 0);
+    }
+
+    // Where the address space is tight (strict overcommit, a limit) a save still validates:
+    // patterns need no deep stack, and what they refuse stays refused.
+    void validatedWithinATightAddressSpace()
+    {
+        QFile statm(u"/proc/self/statm"_s);
+        QVERIFY(statm.open(QIODevice::ReadOnly));
+        rlimit before{}, tight{};
+        getrlimit(RLIMIT_AS, &before);
+        tight = {statm.readAll().split(' ').value(0).toULongLong() * getpagesize() + (256u << 20),
+                 before.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_AS, &tight), 0);
+        const QJsonObject schema{
+            {u"patternProperties"_s, QJsonObject{{u"^x"_s, QJsonObject{{u"pattern"_s, u"^(a|b)*$"_s}}}}}};
+        const auto check = [&](const QString& text) { return validateSettings({{u"x1"_s, text}}, schema); };
+        const SettingsValidation pass = check(QString(10000, u'a')), fail = check(QString(9999, u'a') + u'c');
+        setrlimit(RLIMIT_AS, &before);
+        QVERIFY2(pass.isValid(), qPrintable(pass.describe()));
+        QVERIFY2(fail.describe().startsWith(u"x1: Failed to match"_s), qPrintable(fail.describe()));
     }
 
     // A configured server's schema decides; one that fails it lets nothing be stored.

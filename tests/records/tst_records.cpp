@@ -1,4 +1,5 @@
 #include "FakePorts.h"
+#include "FocusSummary.h"
 #include "UsageLog.h"
 
 #include <QFile>
@@ -42,16 +43,29 @@ private Q_SLOTS:
         QVERIFY(!missing.addEntryInCsv({.logType = u"break"_s}));
         QVERIFY(!QFile::exists(missing.path()));
 
-        // A folder we may not write to: the rewrite fails and the file stays as it was.
+        // A log we may not write to stays as it was.
         if (getuid() == 0)
             QSKIP("root writes anywhere");
         const QString path = dir->filePath(u"vlmrStats.csv"_s);
         UsageLog log(clock, path);
         log.createIfMissing();
-        QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::ExeOwner);
+        QFile::setPermissions(path, QFile::ReadOwner);
         QVERIFY(!log.addEntryInCsv({.logType = u"break"_s}));
-        QFile::setPermissions(dir->path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
         QCOMPARE(read(path), QByteArray(UsageLog::kHeader));
+    }
+
+    // A kill in the middle of a row leaves it without its newline: the readers do not count
+    // it, and the next row takes its place.
+    void tornLastRowIsSetAside()
+    {
+        const QString path = dir->filePath(u"vlmrStats.csv"_s);
+        const QByteArray block = "focus block,2026-03-14 07:20:00,Work,1500,,,2026-03-14 06:55:00,a,b,,\n";
+        QFile file(path);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(UsageLog::kHeader + block + block.chopped(3)));
+        file.close();
+        QCOMPARE(readCsv(path, clock.now().addDays(-1)).arrFocusSummaryDic.size(), 1);
+        QVERIFY(UsageLog(clock, path).addEntryInCsv({.logType = u"break"_s}));
+        QCOMPARE(read(path), UsageLog::kHeader + block + "break,2026-03-14 07:30:12,,,,,,,,,\n");
     }
 
 private:

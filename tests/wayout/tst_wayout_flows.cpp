@@ -6,6 +6,7 @@
 #include "enterPasswordVc.h"
 #include "FeedbackUpload.h"
 #include "firstViewController.h"
+#include "LockLayout.h"
 #include "LockWindows.h"
 #include "PasswordStore.h"
 #include "PreferenceKeys.h"
@@ -81,8 +82,10 @@ private Q_SLOTS:
         QCOMPARE(vc.currentScreen(), &countDown);
         f.fakes.scheduler.advance(9'000);
         QCOMPARE(countDown.lblSeconds->text(), u"00:01"_s);
+        checkLockLayout(app.mainWindow(), u"abort"_s);
         f.fakes.scheduler.advance(1'000);
         QCOMPARE(vc.currentScreen(), &f.wayOut().abortingConfirmVcObj());
+        checkLockLayout(app.mainWindow(), u"abort-reasons"_s);
     }
 
     void cancelReturnsToTheExactScreen_data()
@@ -249,6 +252,7 @@ private Q_SLOTS:
         vc.shutOffMac();
         shutOffTimeVc& screen = f.wayOut().shutOffTimeVcObj();
         QCOMPARE(vc.currentScreen(), &screen);
+        checkLockLayout(app.mainWindow(), u"shut-off"_s);
 
         // Thirty seconds of reflection; Cancel goes back to rest.
         click(screen.btnGetAccessNow);

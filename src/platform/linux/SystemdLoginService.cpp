@@ -7,6 +7,7 @@
 #include <QProcess>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QUrl>
 
 using namespace Qt::StringLiterals;
 
@@ -56,6 +57,14 @@ QString desktopExecWord(const QString& word)
     return escaped;
 }
 
+QString words(const QStringList& command, QString (*word)(const QString&))
+{
+    QStringList quoted;
+    for (const QString& each : command)
+        quoted << word(each);
+    return quoted.join(u' ');
+}
+
 bool writeAtomically(const QString& path, const QString& text)
 {
     if (!QDir().mkpath(QFileInfo(path).absolutePath()))
@@ -69,9 +78,18 @@ bool writeAtomically(const QString& path, const QString& text)
 
 } // namespace
 
-SystemdLoginService::SystemdLoginService(const QString& programPath)
+SystemdLoginService::SystemdLoginService(const QString& programPath, const QUrl& configServer)
     : m_programPath(programPath.isEmpty() ? QCoreApplication::applicationFilePath() : programPath)
+    , m_configServer(configServer.toString(QUrl::FullyEncoded))
 {
+}
+
+QStringList SystemdLoginService::command() const
+{
+    QStringList words{m_programPath};
+    if (!m_configServer.isEmpty())
+        words << u"--config-server"_s << m_configServer;
+    return words;
 }
 
 QString SystemdLoginService::unitFilePath()
@@ -113,10 +131,11 @@ void SystemdLoginService::enable()
     systemctl({u"enable"_s, UnitName});
 }
 
+// The autostart entry stays: the program starts at the next login, whatever
+// the user did, and enables the unit again.
 void SystemdLoginService::disable()
 {
     systemctl({u"disable"_s, UnitName});
-    QFile::remove(autostartFilePath());
 }
 
 bool SystemdLoginService::hasSystemdUserSession() const
@@ -144,7 +163,7 @@ RestartPreventExitStatus=%2
 
 [Install]
 WantedBy=graphical-session.target
-)"_s.arg(unitWord(m_programPath), QString::number(QuitExitStatus));
+)"_s.arg(words(command(), unitWord), QString::number(QuitExitStatus));
 }
 
 QString SystemdLoginService::autostartText() const
@@ -155,7 +174,7 @@ Name=Velmora
 Exec=%1
 X-GNOME-Autostart-enabled=true
 NoDisplay=true
-)"_s.arg(desktopExecWord(m_programPath));
+)"_s.arg(words(command(), desktopExecWord));
 }
 
 QString SystemdLoginService::systemctl(const QStringList& arguments, bool* succeeded) const

@@ -4,6 +4,7 @@
 
 #include <QString>
 #include <QStringList>
+#include <QUrl>
 
 namespace velmora {
 
@@ -17,8 +18,9 @@ public:
     // The program's own quit exits with this status so that the service stays down.
     static constexpr int QuitExitStatus = kQuitExitStatus;
 
-    // An empty path means this program's own executable.
-    explicit SystemdLoginService(const QString& programPath = {});
+    // An empty path means this program's own executable. A configuration server
+    // given to this copy is given to the copies the unit and the autostart entry start.
+    explicit SystemdLoginService(const QString& programPath = {}, const QUrl& configServer = {});
 
     static QString unitFilePath();
     static QString autostartFilePath();
@@ -33,6 +35,7 @@ public:
 
 private:
     bool hasSystemdUserSession() const;
+    QStringList command() const;
     QString unitText() const;
     QString autostartText() const;
     // Runs "systemctl --user <arguments>" and answers its standard output; empty
@@ -40,6 +43,7 @@ private:
     QString systemctl(const QStringList& arguments, bool* succeeded = nullptr) const;
 
     QString m_programPath;
+    QString m_configServer;
 };
 
 } // namespace velmora

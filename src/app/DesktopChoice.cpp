@@ -1,0 +1,95 @@
+#include "DesktopChoice.h"
+
+#include "CommandHotKeys.h"
+#include "LayerShellIntegration.h"
+#include "WaylandLockShield.h"
+#include "WlrWorkspace.h"
+#include "X11HotKeys.h"
+#include "X11Workspace.h"
+
+#include <QGuiApplication>
+#include <QtPlugin>
+
+Q_IMPORT_PLUGIN(VelmoraShellIntegrationPlugin)
+
+namespace velmora {
+
+static bool startsOnWayland()
+{
+    const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
+    if (!platform.isEmpty())
+        return platform.startsWith(QLatin1String("wayland"));
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
+           || qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland");
+}
+
+void prepareDesktop()
+{
+    if (startsOnWayland() && !qEnvironmentVariableIsSet("QT_WAYLAND_SHELL_INTEGRATION"))
+        qputenv("QT_WAYLAND_SHELL_INTEGRATION",
+                QByteArray(wayland::kShellIntegrationKey) + QByteArrayLiteral(";xdg-shell"));
+}
+
+QString resetSocketPath(const QString& runtimeFolder)
+{
+    return runtimeFolder + QStringLiteral("/velmora.reset");
+}
+
+int sendResetCommand(const QString& socketPath)
+{
+    return CommandHotKeys::sendReset(socketPath);
+}
+
+Desktop chooseDesktop(const QString& runtimeFolder)
+{
+    Desktop desktop;
+    if (QGuiApplication::platformName() != QLatin1String("wayland")) {
+        auto hotKeys = std::make_unique<X11HotKeys>();
+        auto workspace = std::make_unique<X11Workspace>();
+        X11Workspace* x11 = workspace.get();
+        desktop.setLog = [x11](std::function<void(const QString&)> log) { x11->setLog(std::move(log)); };
+        desktop.hotKeys = std::move(hotKeys);
+        desktop.workspace = std::move(workspace);
+        desktop.chosen << QStringLiteral("Desktop: X11 (%1)").arg(QGuiApplication::platformName());
+        return desktop;
+    }
+
+    desktop.chosen << QStringLiteral("Desktop: Wayland");
+    auto shield = std::make_unique<WaylandLockShield>();
+    desktop.chosen << (shield->holds() ? QStringLiteral("Lock: layer-shell overlay surfaces")
+                                       : QStringLiteral("Lock: full-screen windows (no layer shell offered)"));
+    desktop.lockShield = std::move(shield);
+
+    auto hotKeys = std::make_unique<CommandHotKeys>(resetSocketPath(runtimeFolder));
+    desktop.chosen << QStringLiteral("Hot keys: the command velmora --reset%1")
+                          .arg(hotKeys->isListening() ? QString() : QStringLiteral(" (could not listen)"));
+    CommandHotKeys* command = hotKeys.get();
+    desktop.hotKeys = std::move(hotKeys);
+
+    std::function<void(std::function<void(const QString&)>)> setWorkspaceLog;
+    auto wlr = std::make_unique<WlrWorkspace>();
+    if (wlr->isActive()) {
+        desktop.chosen << QStringLiteral("Workspace: wlr-foreign-toplevel-management%1")
+                              .arg(qEnvironmentVariableIsSet("SWAYSOCK")
+                                       ? QStringLiteral(", hiding through sway's IPC")
+                                       : QString());
+        WlrWorkspace* workspace = wlr.get();
+        setWorkspaceLog = [workspace](auto log) { workspace->setLog(std::move(log)); };
+        desktop.workspace = std::move(wlr);
+    } else {
+        // Without a window list there is no front application and nothing to
+        // hide; desktop entries, launching and addresses still work.
+        auto entriesOnly = std::make_unique<X11Workspace>();
+        X11Workspace* workspace = entriesOnly.get();
+        setWorkspaceLog = [workspace](auto log) { workspace->setLog(std::move(log)); };
+        desktop.workspace = std::move(entriesOnly);
+        desktop.chosen << QStringLiteral("Workspace: none offered (no front application, no hiding)");
+    }
+    desktop.setLog = [command, setWorkspaceLog](std::function<void(const QString&)> log) {
+        command->setLog(log);
+        setWorkspaceLog(std::move(log));
+    };
+    return desktop;
+}
+
+} // namespace velmora

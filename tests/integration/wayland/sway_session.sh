@@ -64,7 +64,7 @@ export VELMORA_IT_SESSION="$ws_dir" VELMORA_IT_DIR="$ws_dir/scratch" HOME="$ws_d
     XDG_CONFIG_HOME="$ws_dir/config" XDG_DATA_HOME="$ws_dir/data" XDG_CACHE_HOME="$ws_dir/cache" \
     XDG_RUNTIME_DIR="$ws_dir/runtime" XDG_SESSION_TYPE=wayland XDG_CURRENT_DESKTOP=sway \
     WAYLAND_DISPLAY="$ws_dir/sway/wayland-1" SWAYSOCK="$sock" QT_QPA_PLATFORM=wayland \
-    QTWEBENGINE_DISABLE_SANDBOX=1
+    QTWEBENGINE_DISABLE_SANDBOX=1 VELMORA_IT_PYTHON=/usr/bin/python3
 unset DISPLAY QT_QPA_PLATFORMTHEME XAUTHORITY SESSION_MANAGER VELMORA_CONFIG_SERVER QT_WAYLAND_SHELL_INTEGRATION
 export DBUS_SESSION_BUS_ADDRESS="unix:path=$ws_dir/bus"
 dbus-daemon --session --nofork --nopidfile --address="$DBUS_SESSION_BUS_ADDRESS" >"$ws_dir/logs/dbus.log" 2>&1 &

@@ -69,12 +69,22 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     statusbutton = new StatusItem(this);
     m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
     terminate = [](int status) { QCoreApplication::exit(status); };
-    confirm = [](const QString& message) {
+    confirm = [this](const QString& message) {
         QMessageBox box(QMessageBox::Question, QStringLiteral("Velmora"), message);
         box.addButton(QStringLiteral("Yes"), QMessageBox::YesRole);
         QAbstractButton* no = box.addButton(QStringLiteral("No"), QMessageBox::NoRole);
         box.setWindowFlags(box.windowFlags() | Qt::WindowStaysOnTopHint);
+        // Asked while the lock is up (the reset chord), the question must come above
+        // it and have the keyboard, or the lock would wait behind an unseen question.
+        const bool overLock = m_ports.lockShield && isMainWindowVisible();
+        if (overLock) {
+            m_mainWindow->giveUpKeyboard();
+            box.winId();
+            m_ports.lockShield->prepare(&box, LockShield::Surface::AboveLock);
+        }
         box.exec();
+        if (overLock && isMainWindowVisible())
+            m_mainWindow->takeKeyboard();
         return box.clickedButton() != no;
     };
 

@@ -129,6 +129,24 @@ public:
             destroy();
     }
 
+    // The protocol leaves the order of surfaces within one layer open, and
+    // compositors differ: sway draws the newest below the older ones. A surface
+    // whose layer changes goes to the bottom of its new layer there and keeps its
+    // place elsewhere, so the covering surfaces step out of the overlay layer and
+    // back, to lie below a window the user may reach over the lock.
+    static void sinkCoveringSurfaces()
+    {
+        for (LayerSurface* surface : std::as_const(g_surfaces)) {
+            if (surface->m_aboveLock || !surface->isInitialized()
+                || surface->QtWayland::zwlr_layer_surface_v1::version() < 2)
+                continue;
+            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_top);
+            wl_surface_commit(surface->wlSurface());
+            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_overlay);
+            wl_surface_commit(surface->wlSurface());
+        }
+    }
+
     void setKeyboard(bool exclusive)
     {
         if (!isInitialized())
@@ -166,6 +184,8 @@ protected:
             applyConfigure();
             if (m_window)
                 QWindowSystemInterface::handleExposeEvent(m_window, QRect(QPoint(), size));
+            if (m_aboveLock)
+                sinkCoveringSurfaces();
         } else {
             applyConfigureWhenPossible();
         }

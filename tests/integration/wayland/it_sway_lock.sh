@@ -39,6 +39,15 @@ poll 10 "the third output is there" eval 'outputs | grep -q HEADLESS-3'
 seen="covered HEADLESS-3 336699" poll 10 "the new output is covered" covered HEADLESS-3 336699
 wl_shot HEADLESS-3 locked-added
 
+# The reset chord's command while locked: its question comes above the lock and answers
+# the keyboard (Escape is its "No"); the lock stays.
+"$VELMORA_BIN" --reset || fail "velmora --reset found no running instance to answer it"
+seen="grim -t ppm -o HEADLESS-1 - | $VELMORA_IT_PYTHON $it_here/wayland/pixels.py --present efefef" \
+    poll 10 "the reset question shows above the lock" eval "grim -t ppm -o HEADLESS-1 - | $VELMORA_IT_PYTHON $it_here/wayland/pixels.py --lock 0.5 --absent 336699 aa0000 --present efefef"
+wl_shot HEADLESS-1 reset-question
+keys -k Escape
+seen="covered HEADLESS-1" poll 5 "Escape answers the question and the lock stays" covered HEADLESS-1 efefef 336699 aa0000
+
 # Ctrl+Alt+Shift+Tab, the way out that needs no password.
 keys -M ctrl -M alt -M shift -k Tab -m shift -m alt -m ctrl
 seen="covered HEADLESS-1" poll 10 "the release chord lifts the lock" eval '! covered HEADLESS-1 >/dev/null'

@@ -6,23 +6,10 @@ outputs() { swaymsg -t get_outputs -r | "$VELMORA_IT_PYTHON" -c 'import json, sy
 print("\n".join(o["name"] for o in json.load(sys.stdin) if o["active"]))'; }
 tree() { swaymsg -t get_tree -r; }
 
-# True when OUTPUT shows the lock: its background over most of the output, and nothing of
-# the desktop (sway's background, the other windows' colours: FORBIDDEN, hex) anywhere.
+# True when OUTPUT shows the lock over most of it and nothing of the desktop (sway's
+# background, the other windows' colours: FORBIDDEN, hex) anywhere.
 covered() { # OUTPUT [FORBIDDEN...]
-    grim -t ppm -o "$1" - | "$VELMORA_IT_PYTHON" -c '
-import sys
-data = sys.stdin.buffer.read()
-parts = data.split(maxsplit=4)
-w, h, pixels = int(parts[1]), int(parts[2]), parts[4]
-count = {}
-for i in range(0, w * h * 3, 3):
-    rgb = pixels[i:i + 3]
-    count[rgb] = count.get(rgb, 0) + 1
-lock = bytes.fromhex("1e242b")
-bad = [c for c in sys.argv[1:] if count.get(bytes.fromhex(c))]
-share = count.get(lock, 0) / (w * h)
-print(f"{w}x{h} lock share {share:.2f} desktop colours seen {bad}")
-sys.exit(0 if share > 0.6 and not bad else 1)' "${@:2}"
+    grim -t ppm -o "$1" - | "$VELMORA_IT_PYTHON" "$it_here/wayland/pixels.py" --lock 0.6 --absent "${@:2}"
 }
 
 # The app id of the focused window, empty for none (a layer surface holds the keyboard).

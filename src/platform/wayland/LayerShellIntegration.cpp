@@ -75,6 +75,8 @@ public:
 
 class LayerSurface;
 QHash<QWindow*, LayerSurface*> g_surfaces;
+// Our mapped layer surfaces, bottom first, as we want them stacked.
+QList<LayerSurface*> g_stack;
 std::function<void(QWindow*)> g_closedHandler;
 LayerShell* g_layerShell = nullptr;
 InhibitManager* g_inhibitManager = nullptr;
@@ -87,34 +89,40 @@ public:
     using QWaylandShellSurface::QWaylandShellSurface;
 };
 
-// A window in the overlay layer. Lock and blank windows are anchored to all four
-// edges, so the compositor sizes them to their output and ignores other
-// surfaces' exclusive zones; a window above the lock keeps its own size and sits
-// in the middle of its output.
+// How a layer surface is placed: covering its output, in its middle (a window
+// above the lock), or where Qt put it (a menu or list of one of ours).
+enum class Placement { Cover, Centred, AsPlaced };
+
+// A window in the overlay layer. Covering windows are anchored to all four edges,
+// so the compositor sizes them to their output and ignores other surfaces'
+// exclusive zones; the others are anchored to the top left corner of their output
+// at a position Qt knows, so that Qt's idea of where they are (which places their
+// menus) is the truth.
 class LayerSurface : public QWaylandShellSurface, public QtWayland::zwlr_layer_surface_v1
 {
 public:
-    LayerSurface(QWaylandWindow* window, QWindow* qwindow, LayerRole role)
+    LayerSurface(QWaylandWindow* window, QWindow* qwindow, QScreen* screen, Placement placement, bool keyboard)
         : QWaylandShellSurface(window)
         , m_window(qwindow)
+        , m_screen(screen)
+        , m_placement(placement)
     {
         auto* native = QGuiApplication::platformNativeInterface();
-        auto* output =
-            static_cast<::wl_output*>(native->nativeResourceForScreen("output", qwindow->screen()));
+        auto* output = static_cast<::wl_output*>(native->nativeResourceForScreen("output", screen));
         init(g_layerShell->get_layer_surface(wlSurface(), output, QtWayland::zwlr_layer_shell_v1::layer_overlay,
                                              QStringLiteral("velmora")));
-        if (role == LayerRole::AboveLock) {
-            const QSize size = qwindow->geometry().size();
-            set_size(uint32_t(qMax(1, size.width())), uint32_t(qMax(1, size.height())));
-        } else {
+        if (placement == Placement::Cover) {
             set_anchor(anchor_top | anchor_bottom | anchor_left | anchor_right);
             set_exclusive_zone(-1);
             set_size(0, 0);
+        } else {
+            set_anchor(anchor_top | anchor_left);
+            set_exclusive_zone(-1);
+            place(qwindow->geometry());
         }
-        set_keyboard_interactivity(role == LayerRole::Blank ? keyboard_interactivity_none
-                                                            : keyboard_interactivity_exclusive);
+        set_keyboard_interactivity(keyboard ? keyboard_interactivity_exclusive : keyboard_interactivity_none);
         auto* seat = static_cast<::wl_seat*>(native->nativeResourceForIntegration("wl_seat"));
-        if (g_inhibitManager && g_inhibitManager->isActive() && seat)
+        if (keyboard && g_inhibitManager && g_inhibitManager->isActive() && seat)
             m_inhibitor = std::make_unique<Inhibitor>(g_inhibitManager->inhibit_shortcuts(wlSurface(), seat));
         g_surfaces.insert(qwindow, this);
         // The protocol wants one commit without a buffer before the first configure.
@@ -123,28 +131,12 @@ public:
 
     ~LayerSurface() override
     {
-        g_surfaces.remove(m_window);
+        g_stack.removeAll(this);
+        if (g_surfaces.value(m_window) == this)
+            g_surfaces.remove(m_window);
         m_inhibitor.reset();
         if (isInitialized())
             destroy();
-    }
-
-    // The protocol leaves the order of surfaces within one layer open, and
-    // compositors differ: sway draws the newest below the older ones. A surface
-    // whose layer changes goes to the bottom of its new layer there and keeps its
-    // place elsewhere, so the covering surfaces step out of the overlay layer and
-    // back, to lie below a window the user may reach over the lock.
-    static void sinkCoveringSurfaces()
-    {
-        for (LayerSurface* surface : std::as_const(g_surfaces)) {
-            if (surface->m_aboveLock || !surface->isInitialized()
-                || surface->QtWayland::zwlr_layer_surface_v1::version() < 2)
-                continue;
-            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_top);
-            wl_surface_commit(surface->wlSurface());
-            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_overlay);
-            wl_surface_commit(surface->wlSurface());
-        }
     }
 
     void setKeyboard(bool exclusive)
@@ -166,9 +158,13 @@ public:
 
     void setWindowGeometry(const QRect& rect) override
     {
-        // A window above the lock follows its own size; the others, their output's.
-        if (m_aboveLock && isInitialized() && rect.isValid())
-            set_size(uint32_t(rect.width()), uint32_t(rect.height()));
+        if (m_placement != Placement::Cover && isInitialized() && rect.isValid())
+            place(rect);
+    }
+    void setWindowPosition(const QPoint& position) override
+    {
+        if (m_placement == Placement::AsPlaced && isInitialized() && m_window)
+            place(QRect(position, m_window->geometry().size()));
     }
 
 protected:
@@ -182,10 +178,11 @@ protected:
         if (!m_configured) {
             m_configured = true;
             applyConfigure();
+            if (m_placement == Placement::Centred && m_screen)
+                repositionFromApplyConfigure(m_screen->geometry().topLeft() + m_placed);
             if (m_window)
                 QWindowSystemInterface::handleExposeEvent(m_window, QRect(QPoint(), size));
-            if (m_aboveLock)
-                sinkCoveringSurfaces();
+            raiseAboveOurOthers();
         } else {
             applyConfigureWhenPossible();
         }
@@ -205,13 +202,44 @@ protected:
     }
 
 private:
+    void place(const QRect& rect)
+    {
+        const QRect screen = m_screen ? m_screen->geometry() : QRect();
+        QPoint offset = rect.topLeft() - screen.topLeft();
+        if (m_placement == Placement::Centred)
+            offset = QPoint((screen.width() - rect.width()) / 2, (screen.height() - rect.height()) / 2);
+        m_placed = QPoint(qMax(0, offset.x()), qMax(0, offset.y()));
+        set_margin(m_placed.y(), 0, 0, m_placed.x());
+        set_size(uint32_t(qMax(1, rect.width())), uint32_t(qMax(1, rect.height())));
+    }
+
+    // The protocol leaves the order of surfaces within one layer open, and
+    // compositors differ: sway draws the newest below the older ones. A surface
+    // whose layer changes goes to the bottom of its new layer there and keeps its
+    // place elsewhere; so our other surfaces step out of the overlay layer and
+    // back, the highest first, to keep their order below the newest one.
+    void raiseAboveOurOthers()
+    {
+        for (auto it = g_stack.crbegin(); it != g_stack.crend(); ++it) {
+            LayerSurface* surface = *it;
+            if (!surface->isInitialized() || surface->QtWayland::zwlr_layer_surface_v1::version() < 2)
+                continue;
+            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_top);
+            wl_surface_commit(surface->wlSurface());
+            surface->set_layer(QtWayland::zwlr_layer_shell_v1::layer_overlay);
+            wl_surface_commit(surface->wlSurface());
+        }
+        g_stack.removeAll(this);
+        g_stack.append(this);
+    }
+
     QPointer<QWindow> m_window;
+    QPointer<QScreen> m_screen;
+    Placement m_placement;
     std::unique_ptr<Inhibitor> m_inhibitor;
     QSize m_pending;
+    QPoint m_placed;
     bool m_configured = false;
-    bool m_aboveLock = false;
-
-    friend class Integration;
 };
 
 class Integration : public QWaylandShellIntegration
@@ -244,12 +272,21 @@ public:
     QWaylandShellSurface* createShellSurface(QWaylandWindow* window) override
     {
         QWindow* qwindow = WindowProbe(window).platformWindow()->window();
+        if (!g_layerShell || !g_layerShell->isActive())
+            return m_xdg->createShellSurface(window);
         const auto role = LayerRole(qwindow->property(kLayerRoleProperty).toInt());
-        if (role != LayerRole::None && g_layerShell && g_layerShell->isActive() && qwindow->screen()) {
-            auto* surface = new LayerSurface(window, qwindow, role);
-            surface->m_aboveLock = role == LayerRole::AboveLock;
-            return surface;
+        if (role != LayerRole::None && qwindow->screen()) {
+            return new LayerSurface(window, qwindow, qwindow->screen(),
+                                    role == LayerRole::AboveLock ? Placement::Centred : Placement::Cover,
+                                    role != LayerRole::Blank);
         }
+        // A menu, list or tooltip of a layer surface cannot be an xdg popup without
+        // more protocol than the compositors share: it is a layer surface above its
+        // parent, where Qt placed it. Qt hands it the keys while it is open.
+        QWindow* parent = qwindow->transientParent();
+        const bool popup = qwindow->type() == Qt::Popup || qwindow->type() == Qt::ToolTip;
+        if (popup && parent && g_surfaces.contains(parent) && parent->screen())
+            return new LayerSurface(window, qwindow, parent->screen(), Placement::AsPlaced, false);
         return m_xdg->createShellSurface(window);
     }
 

@@ -1,12 +1,16 @@
 #include "DesktopChoice.h"
 
 #include "CommandHotKeys.h"
+#include "DesktopEntries.h"
+#include "KdeDesktopEntry.h"
 #include "LayerShellIntegration.h"
+#include "PlasmaWorkspace.h"
 #include "WaylandLockShield.h"
 #include "WlrWorkspace.h"
 #include "X11HotKeys.h"
 #include "X11Workspace.h"
 
+#include <QFileInfo>
 #include <QGuiApplication>
 #include <QtPlugin>
 
@@ -23,11 +27,19 @@ static bool startsOnWayland()
            || qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland");
 }
 
+// What preparing did, for the debug log once there is one.
+static QString g_prepared;
+
 void prepareDesktop()
 {
-    if (startsOnWayland() && !qEnvironmentVariableIsSet("QT_WAYLAND_SHELL_INTEGRATION"))
+    if (!startsOnWayland())
+        return;
+    if (!qEnvironmentVariableIsSet("QT_WAYLAND_SHELL_INTEGRATION"))
         qputenv("QT_WAYLAND_SHELL_INTEGRATION",
                 QByteArray(wayland::kShellIntegrationKey) + QByteArrayLiteral(";xdg-shell"));
+    // KWin reads which restricted interfaces a program may have when it connects.
+    g_prepared = ensureKdeDesktopEntry(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath(),
+                                       DesktopEntries::applicationFolders());
 }
 
 QString resetSocketPath(const QString& runtimeFolder)
@@ -67,15 +79,21 @@ Desktop chooseDesktop(const QString& runtimeFolder)
     desktop.hotKeys = std::move(hotKeys);
 
     std::function<void(std::function<void(const QString&)>)> setWorkspaceLog;
-    auto wlr = std::make_unique<WlrWorkspace>();
-    if (wlr->isActive()) {
-        desktop.chosen << QStringLiteral("Workspace: wlr-foreign-toplevel-management%1")
-                              .arg(qEnvironmentVariableIsSet("SWAYSOCK")
-                                       ? QStringLiteral(", hiding through sway's IPC")
-                                       : QString());
-        WlrWorkspace* workspace = wlr.get();
+    std::unique_ptr<ListedWorkspace> listed = std::make_unique<WlrWorkspace>();
+    QString list = QStringLiteral("wlr-foreign-toplevel-management%1")
+                       .arg(qEnvironmentVariableIsSet("SWAYSOCK") ? QStringLiteral(", hiding through sway's IPC")
+                                                                  : QString());
+    if (!listed->isActive()) {
+        listed = std::make_unique<PlasmaWorkspace>();
+        list = QStringLiteral("org_kde_plasma_window_management");
+    }
+    if (!g_prepared.isEmpty())
+        desktop.chosen << g_prepared;
+    if (listed->isActive()) {
+        desktop.chosen << QStringLiteral("Workspace: %1").arg(list);
+        ListedWorkspace* workspace = listed.get();
         setWorkspaceLog = [workspace](auto log) { workspace->setLog(std::move(log)); };
-        desktop.workspace = std::move(wlr);
+        desktop.workspace = std::move(listed);
     } else {
         // Without a window list there is no front application and nothing to
         // hide; desktop entries, launching and addresses still work.

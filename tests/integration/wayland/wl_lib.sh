@@ -36,3 +36,31 @@ terminal() { # APP_ID COLOUR
 
 # wtype with a delay between keys: without one the first key of a call is dropped.
 keys() { wtype -s 150 "$@"; }
+
+# A KWin 5.27 nested in the sway, with two outputs, each full screen on one of sway's so that
+# grim sees them. Its clients get WAYLAND_DISPLAY=$KWIN_DISPLAY; $fake_keys types to it
+# through org_kde_kwin_fake_input, which a desktop entry grants.
+kwin_up() {
+    [ -x "${VELMORA_FAKE_KEYS:-}" ] && [ -x "${VELMORA_TESTWIN:-}" ] || fail "VELMORA_FAKE_KEYS and VELMORA_TESTWIN must be built"
+    # The installed binary carries a file capability this sandbox refuses: run a copy.
+    cp /usr/bin/kwin_wayland "$VELMORA_IT_DIR/kwin_wayland"
+    mkdir -p "$XDG_DATA_HOME/applications"
+    printf '[Desktop Entry]\nType=Application\nName=Fake keys\nNoDisplay=true\nExec=%s\nX-KDE-Wayland-Interfaces=org_kde_kwin_fake_input\n' \
+        "$VELMORA_FAKE_KEYS" >"$XDG_DATA_HOME/applications/velmora-fake-keys.desktop"
+    start_helper env -u QT_QPA_PLATFORM KWIN_COMPOSE=Q "$VELMORA_IT_DIR/kwin_wayland" --wayland-display "$WAYLAND_DISPLAY" \
+        --no-lockscreen --width 1280 --height 800 --output-count 2 --socket kwin-test
+    KWIN_DISPLAY="$XDG_RUNTIME_DIR/kwin-test"
+    poll 20 "KWin's two outputs are windows in sway" eval '[ "$(kwin_outputs | wc -l)" = 2 ]'
+    local outputs
+    mapfile -t outputs < <(kwin_outputs)
+    swaymsg "[con_id=${outputs[0]}] fullscreen enable" >/dev/null
+    swaymsg "[con_id=${outputs[1]}] move to output HEADLESS-2, focus, fullscreen enable" >/dev/null
+    sleep 1
+}
+kwin_outputs() { tree | "$VELMORA_IT_PYTHON" -c 'import json, sys
+def walk(n):
+    if (n.get("name") or "").startswith("KDE Wayland Compositor"): print(n["id"])
+    for c in n.get("nodes", []) + n.get("floating_nodes", []): walk(c)
+walk(json.load(sys.stdin))' | sort -n; }
+on_kwin() { WAYLAND_DISPLAY="$KWIN_DISPLAY" "$@"; }
+fake_keys() { on_kwin "$VELMORA_FAKE_KEYS" "$@"; }

@@ -101,11 +101,16 @@ QList<ListedWorkspace::Window> PlasmaWorkspace::windows()
 void PlasmaWorkspace::hide(const Application& application)
 {
     m_manager->dropGone();
+    int minimised = 0;
     for (const auto& window : m_manager->windows) {
-        if (applicationOfAppId(window->current.appId).name == application.name)
-            window->set_state(QtWayland::org_kde_plasma_window_management::state_minimized,
-                              QtWayland::org_kde_plasma_window_management::state_minimized);
+        if (applicationOfAppId(window->current.appId).name != application.name)
+            continue;
+        window->set_state(QtWayland::org_kde_plasma_window_management::state_minimized,
+                          QtWayland::org_kde_plasma_window_management::state_minimized);
+        ++minimised;
     }
+    if (minimised > 0)
+        log(QStringLiteral("Minimised %1 through KWin's window list").arg(application.name));
 }
 
 } // namespace velmora

@@ -28,7 +28,9 @@ terminal alpha 00aa00
 terminal beta 0000aa
 for round in 1 2 3; do
     swaymsg '[app_id=beta] focus' >/dev/null
-    seen="tree | grep -c beta" poll 5 "Beta is in the scratchpad after focus $round" in_scratchpad beta
+    seen="grep -c 'Hid beta' $VELMORA_LOG" poll 5 "Beta is hidden at focus $round" \
+        eval '[ "$(grep -c "Hid beta in sway" "$VELMORA_LOG")" -ge $round ]'
+    poll 5 "Beta is in the scratchpad after focus $round" in_scratchpad beta
     swaymsg '[app_id=alpha] focus' >/dev/null
     sleep 1.2 # a tick of the one-second check
     ! in_scratchpad alpha || fail "the allowed Alpha was hidden (round $round)"

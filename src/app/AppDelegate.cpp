@@ -63,8 +63,10 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     mainViewControllerObj = new ViewController(
         {m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts,
          *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule, *this, m_random});
-    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
-    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
+    m_mainWindow =
+        std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
+    m_lock =
+        std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
     statusbutton = new StatusItem(this);
     m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
@@ -377,7 +379,8 @@ void AppDelegate::tellOnceWhenTheLockCannotHold()
                        "the lock appears as an ordinary full-screen window that other windows and "
                        "the desktop's own key bindings can reach."));
     m_ports.preferences->setValue(shownKey, true);
-    m_log.addLog(QStringLiteral("The desktop offers no way to keep the lock above other windows; told the user once"));
+    m_log.addLog(
+        QStringLiteral("The desktop offers no way to keep the lock above other windows; told the user once"));
 }
 
 void AppDelegate::installSettingsEditor()

@@ -5,6 +5,7 @@
 #include "KdeDesktopEntry.h"
 #include "LayerShellIntegration.h"
 #include "PlasmaWorkspace.h"
+#include "PortalHotKeys.h"
 #include "WaylandLockShield.h"
 #include "WlrWorkspace.h"
 #include "X11HotKeys.h"
@@ -23,8 +24,8 @@ static bool startsOnWayland()
     const QString platform = qEnvironmentVariable("QT_QPA_PLATFORM");
     if (!platform.isEmpty())
         return platform.startsWith(QLatin1String("wayland"));
-    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY")
-           || qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland");
+    return qEnvironmentVariableIsSet("WAYLAND_DISPLAY") ||
+           qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland");
 }
 
 // What preparing did, for the debug log once there is one.
@@ -68,21 +69,28 @@ Desktop chooseDesktop(const QString& runtimeFolder)
 
     desktop.chosen << QStringLiteral("Desktop: Wayland");
     auto shield = std::make_unique<WaylandLockShield>();
-    desktop.chosen << (shield->holds() ? QStringLiteral("Lock: layer-shell overlay surfaces")
-                                       : QStringLiteral("Lock: full-screen windows (no layer shell offered)"));
+    desktop.chosen << (shield->holds()
+                           ? QStringLiteral("Lock: layer-shell overlay surfaces")
+                           : QStringLiteral("Lock: full-screen windows (no layer shell offered)"));
     desktop.lockShield = std::move(shield);
 
-    auto hotKeys = std::make_unique<CommandHotKeys>(resetSocketPath(runtimeFolder));
-    desktop.chosen << QStringLiteral("Hot keys: the command velmora --reset%1")
-                          .arg(hotKeys->isListening() ? QString() : QStringLiteral(" (could not listen)"));
+    // The desktop's own shortcut settings where it has them; the command always.
+    const bool portal = PortalHotKeys::offered();
+    std::unique_ptr<CommandHotKeys> hotKeys =
+        portal ? std::make_unique<PortalHotKeys>(resetSocketPath(runtimeFolder))
+               : std::make_unique<CommandHotKeys>(resetSocketPath(runtimeFolder));
+    desktop.chosen << QStringLiteral("Hot keys: %1the command velmora --reset%2")
+                          .arg(portal ? QStringLiteral("the GlobalShortcuts portal and ") : QString(),
+                               hotKeys->isListening() ? QString() : QStringLiteral(" (could not listen)"));
     CommandHotKeys* command = hotKeys.get();
     desktop.hotKeys = std::move(hotKeys);
 
     std::function<void(std::function<void(const QString&)>)> setWorkspaceLog;
     std::unique_ptr<ListedWorkspace> listed = std::make_unique<WlrWorkspace>();
-    QString list = QStringLiteral("wlr-foreign-toplevel-management%1")
-                       .arg(qEnvironmentVariableIsSet("SWAYSOCK") ? QStringLiteral(", hiding through sway's IPC")
-                                                                  : QString());
+    QString list =
+        QStringLiteral("wlr-foreign-toplevel-management%1")
+            .arg(qEnvironmentVariableIsSet("SWAYSOCK") ? QStringLiteral(", hiding through sway's IPC")
+                                                       : QString());
     if (!listed->isActive()) {
         listed = std::make_unique<PlasmaWorkspace>();
         list = QStringLiteral("org_kde_plasma_window_management");

@@ -62,13 +62,15 @@ static CommandLine readCommandLine(const QApplication& app)
         QStringLiteral("config-server"),
         QStringLiteral("Where the text catalogue and settings schema are served."), QStringLiteral("URL"));
     parser.addOption(server);
-    const QCommandLineOption reset(QStringLiteral("reset"),
-                                   QStringLiteral("Ask the running Velmora to reset, as its reset chord does."));
+    const QCommandLineOption reset(
+        QStringLiteral("reset"),
+        QStringLiteral("Ask the running Velmora to reset, as its reset chord does."));
     parser.addOption(reset);
     parser.process(app);
     CommandLine line;
     line.reset = parser.isSet(reset);
-    line.configServer = QUrl(parser.isSet(server) ? parser.value(server) : qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
+    line.configServer =
+        QUrl(parser.isSet(server) ? parser.value(server) : qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
     return line;
 }
 
@@ -137,8 +139,19 @@ int main(int argc, char* argv[])
     SystemdLoginService loginService;
     Desktop desktop = chooseDesktop(runtime);
     LocalBrowserTabs browserTabs;
-    Ports ports{&clock, &scheduler, &preferences, &media, &displayAwake, &notifier, &http, &launcher, &loginService,
-                desktop.hotKeys.get(), desktop.workspace.get(), &browserTabs, desktop.lockShield.get()};
+    Ports ports{&clock,
+                &scheduler,
+                &preferences,
+                &media,
+                &displayAwake,
+                &notifier,
+                &http,
+                &launcher,
+                &loginService,
+                desktop.hotKeys.get(),
+                desktop.workspace.get(),
+                &browserTabs,
+                desktop.lockShield.get()};
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();

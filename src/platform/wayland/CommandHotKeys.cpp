@@ -30,6 +30,15 @@ void CommandHotKeys::unregisterChord(quint32 handle)
     m_chords.remove(handle);
 }
 
+void CommandHotKeys::fire(quint32 handle, bool pressed)
+{
+    // A copy: a handler may unregister its own chord.
+    const Chord chord = m_chords.value(handle);
+    const Handler& handler = pressed ? chord.pressed : chord.released;
+    if (handler)
+        handler();
+}
+
 void CommandHotKeys::answer()
 {
     while (QLocalSocket* socket = m_server.nextPendingConnection()) {
@@ -50,13 +59,10 @@ void CommandHotKeys::answer()
                 m_log(QStringLiteral("Reset command received"));
             socket->write(kDone);
             socket->flush();
-            // A copy: a handler may unregister its own chord.
-            const auto chords = m_chords;
-            for (const Chord& chord : chords) {
-                if (chord.pressed)
-                    chord.pressed();
-                if (chord.released)
-                    chord.released();
+            const QList<quint32> handles = m_chords.keys();
+            for (quint32 handle : handles) {
+                fire(handle, true);
+                fire(handle, false);
             }
         });
     }

@@ -29,6 +29,10 @@ public:
     // `velmora --reset`: asks the running instance; answers the exit status.
     static int sendReset(const QString& socketPath);
 
+protected:
+    // Presses or releases one registered chord; nothing when it is gone.
+    void fire(quint32 handle, bool pressed);
+
 private:
     void answer();
 
@@ -40,6 +44,8 @@ private:
     QHash<quint32, Chord> m_chords;
     quint32 m_next = 0;
     QLocalServer m_server;
+
+protected:
     std::function<void(const QString&)> m_log;
 };
 

@@ -3,20 +3,20 @@
 #include "qwayland-keyboard-shortcuts-inhibit-unstable-v1.h"
 #include "qwayland-wlr-layer-shell-unstable-v1.h"
 
+#include <memory>
 #include <QGuiApplication>
 #include <QHash>
 #include <QPointer>
 #include <QScreen>
-#include <QWindow>
 #include <QtCore/private/qfactoryloader_p.h>
 #include <QtGui/qpa/qplatformnativeinterface.h>
 #include <QtGui/qpa/qplatformwindow.h>
 #include <QtGui/qpa/qwindowsysteminterface.h>
-#include <QtWaylandClient/QWaylandClientExtensionTemplate>
 #include <QtWaylandClient/private/qwaylandshellintegration_p.h>
 #include <QtWaylandClient/private/qwaylandshellintegrationplugin_p.h>
 #include <QtWaylandClient/private/qwaylandshellsurface_p.h>
-#include <memory>
+#include <QtWaylandClient/QWaylandClientExtensionTemplate>
+#include <QWindow>
 #include <wayland-client-core.h>
 #include <wayland-client-protocol.h>
 
@@ -91,7 +91,12 @@ public:
 
 // How a layer surface is placed: covering its output, in its middle (a window
 // above the lock), or where Qt put it (a menu or list of one of ours).
-enum class Placement { Cover, Centred, AsPlaced };
+enum class Placement
+{
+    Cover,
+    Centred,
+    AsPlaced
+};
 
 // A window in the overlay layer. Covering windows are anchored to all four edges,
 // so the compositor sizes them to their output and ignores other surfaces'
@@ -101,7 +106,8 @@ enum class Placement { Cover, Centred, AsPlaced };
 class LayerSurface : public QWaylandShellSurface, public QtWayland::zwlr_layer_surface_v1
 {
 public:
-    LayerSurface(QWaylandWindow* window, QWindow* qwindow, QScreen* screen, Placement placement, bool keyboard)
+    LayerSurface(QWaylandWindow* window, QWindow* qwindow, QScreen* screen, Placement placement,
+                 bool keyboard)
         : QWaylandShellSurface(window)
         , m_window(qwindow)
         , m_screen(screen)
@@ -109,8 +115,8 @@ public:
     {
         auto* native = QGuiApplication::platformNativeInterface();
         auto* output = static_cast<::wl_output*>(native->nativeResourceForScreen("output", screen));
-        init(g_layerShell->get_layer_surface(wlSurface(), output, QtWayland::zwlr_layer_shell_v1::layer_overlay,
-                                             QStringLiteral("velmora")));
+        init(g_layerShell->get_layer_surface(
+            wlSurface(), output, QtWayland::zwlr_layer_shell_v1::layer_overlay, QStringLiteral("velmora")));
         if (placement == Placement::Cover) {
             set_anchor(anchor_top | anchor_bottom | anchor_left | anchor_right);
             set_exclusive_zone(-1);
@@ -143,7 +149,8 @@ public:
     {
         if (!isInitialized())
             return;
-        set_keyboard_interactivity(exclusive ? keyboard_interactivity_exclusive : keyboard_interactivity_none);
+        set_keyboard_interactivity(exclusive ? keyboard_interactivity_exclusive
+                                             : keyboard_interactivity_none);
         wl_surface_commit(wlSurface());
     }
 
@@ -307,8 +314,8 @@ bool layerShellOffered()
         return g_layerShell->isActive();
     // Before the first window Qt has not loaded the integration yet: ask the
     // registry, when the integration will be the one loaded.
-    if (QGuiApplication::platformName() != QLatin1String("wayland")
-        || !qEnvironmentVariable("QT_WAYLAND_SHELL_INTEGRATION").startsWith(QLatin1String(kShellIntegrationKey)))
+    if (QGuiApplication::platformName() != QLatin1String("wayland") ||
+        !qEnvironmentVariable("QT_WAYLAND_SHELL_INTEGRATION").startsWith(QLatin1String(kShellIntegrationKey)))
         return false;
     LayerShell probe;
     probe.bindNow();

@@ -14,7 +14,8 @@ inline constexpr char kShellIntegrationKey[] = "velmora-shell";
 // The dynamic property of a QWindow that asks for a layer surface; read when the
 // window's surface is made, that is each time the window is shown.
 inline constexpr char kLayerRoleProperty[] = "_velmora_layer_role";
-enum class LayerRole {
+enum class LayerRole
+{
     None = 0,
     Lock = 1,      // covers its output, takes the keyboard
     Blank = 2,     // covers its output, never takes the keyboard

@@ -1,7 +1,7 @@
 #include "WlrWorkspace.h"
 
-#include "SwayIpc.h"
 #include "qwayland-wlr-foreign-toplevel-management-unstable-v1.h"
+#include "SwayIpc.h"
 
 #include <QRegularExpression>
 #include <QtWaylandClient/QWaylandClientExtensionTemplate>
@@ -131,7 +131,8 @@ void WlrWorkspace::hide(const Application& application)
     }
     // sway matches app ids (native windows) and classes (X11 ones) by pattern.
     for (const QString& appId : std::as_const(appIds)) {
-        const QString pattern = QRegularExpression::escape(appId).replace(QLatin1Char('"'), QLatin1String("\\\""));
+        const QString pattern =
+            QRegularExpression::escape(appId).replace(QLatin1Char('"'), QLatin1String("\\\""));
         m_sway->run(QStringLiteral("[app_id=\"^%1$\"] move scratchpad").arg(pattern));
         m_sway->run(QStringLiteral("[class=\"^%1$\"] move scratchpad").arg(pattern));
     }

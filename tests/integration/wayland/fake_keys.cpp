@@ -34,8 +34,8 @@ const std::map<std::string, uint32_t>& keys()
 {
     static const std::map<std::string, uint32_t> table = [] {
         std::map<std::string, uint32_t> t{
-            {"ctrl", KEY_LEFTCTRL}, {"alt", KEY_LEFTALT}, {"shift", KEY_LEFTSHIFT}, {"super", KEY_LEFTMETA},
-            {"tab", KEY_TAB},       {"return", KEY_ENTER}, {"escape", KEY_ESC},    {"space", KEY_SPACE},
+            {"ctrl", KEY_LEFTCTRL}, {"alt", KEY_LEFTALT},  {"shift", KEY_LEFTSHIFT}, {"super", KEY_LEFTMETA},
+            {"tab", KEY_TAB},       {"return", KEY_ENTER}, {"escape", KEY_ESC},      {"space", KEY_SPACE},
             {"f1", KEY_F1},         {"f4", KEY_F4},        {"down", KEY_DOWN}};
         const char* rows[] = {"qwertyuiop", "asdfghjkl", "zxcvbnm"};
         const uint32_t starts[] = {KEY_Q, KEY_A, KEY_Z};

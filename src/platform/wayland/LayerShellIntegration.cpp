@@ -15,15 +15,17 @@
 #include <QtWaylandClient/private/qwaylandshellintegration_p.h>
 #include <QtWaylandClient/private/qwaylandshellintegrationplugin_p.h>
 #include <QtWaylandClient/private/qwaylandshellsurface_p.h>
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+#include <QtWaylandClient/private/qwaylandshellintegrationfactory_p.h>
+#endif
 #include <QtWaylandClient/QWaylandClientExtensionTemplate>
 #include <QWindow>
 #include <wayland-client-core.h>
 #include <wayland-client-protocol.h>
 
-// The base of a shell integration and of its surfaces changed in Qt 6.5 (shell
-// integrations became per window, popups are attached through the parent's
-// shell surface). What follows is written against 6.4's interface; the few
-// places that differ are marked.
+// Written against Qt 6.4's shell-integration interface. From Qt 6.5 on, xdg-shell
+// is built into QtWaylandClient rather than loaded as a plugin, so it is made
+// through the factory there; that part is behind a version check.
 
 using namespace QtWaylandClient;
 
@@ -262,12 +264,18 @@ public:
 
     bool initialize(QWaylandDisplay* display) override
     {
+#if QT_VERSION >= QT_VERSION_CHECK(6, 5, 0)
+        m_xdg.reset(QWaylandShellIntegrationFactory::create(QStringLiteral("xdg-shell"), display));
+        if (!m_xdg)
+            return false;
+#else
         static QFactoryLoader loader(QWaylandShellIntegrationFactoryInterface_iid,
                                      QStringLiteral("/wayland-shell-integration"), Qt::CaseInsensitive);
         m_xdg.reset(qLoadPlugin<QWaylandShellIntegration, QWaylandShellIntegrationPlugin>(
             &loader, QStringLiteral("xdg-shell"), QStringList()));
         if (!m_xdg || !m_xdg->initialize(display))
             return false;
+#endif
         // The registry is read already: these bind at once when offered.
         g_layerShell = new LayerShell;
         g_layerShell->bindNow();

@@ -59,7 +59,8 @@ sources="${VELMORA_WAYLAND_SOURCES:-${XDG_CACHE_HOME:-$HOME/.cache}/velmora/wayl
 qt_version=$(dpkg-query -W -f='${Version}' qt6-wayland-dev)
 wlr_version=$(dpkg-query -W -f='${Version}' "$(dpkg-query -W -f='${Package}\n' 'libwlroots*' | head -n1)")
 qt_upstream=${qt_version%-*}
-if [ ! -f "$sources/qtwayland-$qt_upstream/.complete" ] || [ ! -f "$sources/wlroots-protocols/.complete" ]; then
+if [ "$(cat "$sources/qtwayland-$qt_upstream/.complete" 2>/dev/null)" != "$qt_version" ] ||
+   [ "$(cat "$sources/wlroots-protocols/.complete" 2>/dev/null)" != "$wlr_version" ]; then
   work=$(mktemp -d)
   trap 'rm -rf "$work"' EXIT
   mirror=$(sed -n 's/^URIs:[[:space:]]*\(http[^ ]*debian\)[[:space:]]*$/\1/p' /etc/apt/sources.list.d/*.sources 2>/dev/null | head -n1)

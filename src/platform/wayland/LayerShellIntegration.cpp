@@ -297,11 +297,13 @@ public:
         }
         // A menu, list or tooltip of a layer surface cannot be an xdg popup without
         // more protocol than the compositors share: it is a layer surface above its
-        // parent, where Qt placed it. Qt hands it the keys while it is open.
+        // parent, where Qt placed it, and takes the keyboard while open (a layer
+        // surface stepping out of its layer loses the focus under sway, and Qt
+        // closes popups whose window loses it).
         QWindow* parent = qwindow->transientParent();
         const bool popup = qwindow->type() == Qt::Popup || qwindow->type() == Qt::ToolTip;
         if (popup && parent && g_surfaces.contains(parent) && parent->screen())
-            return new LayerSurface(window, qwindow, parent->screen(), Placement::AsPlaced, false);
+            return new LayerSurface(window, qwindow, parent->screen(), Placement::AsPlaced, true);
         return m_xdg->createShellSurface(window);
     }
 

@@ -297,9 +297,11 @@ public:
         }
         // A menu, list or tooltip of a layer surface cannot be an xdg popup without
         // more protocol than the compositors share: it is a layer surface above its
-        // parent, where Qt placed it, and takes the keyboard while open (a layer
-        // surface stepping out of its layer loses the focus under sway, and Qt
-        // closes popups whose window loses it).
+        // parent, where Qt placed it, and takes the keyboard while open.
+        // Unfinished: under sway 1.7 such a list loses the keyboard focus a few
+        // milliseconds after it is drawn and Qt closes it at once (a combo box still
+        // changes with the arrow keys while closed). Making it an xdg_popup of the
+        // parent's layer surface (zwlr_layer_surface_v1.get_popup) is the way out.
         QWindow* parent = qwindow->transientParent();
         const bool popup = qwindow->type() == Qt::Popup || qwindow->type() == Qt::ToolTip;
         if (popup && parent && g_surfaces.contains(parent) && parent->screen())

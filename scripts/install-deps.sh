@@ -23,6 +23,10 @@ packages=(
   x11-utils python3-xlib
   python3-websocket  # the settings page test talks to the web engine's debugging port
   chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
+  # Wayland: the lock's layer surfaces, window lists, and the compositors the tests run headless
+  qt6-wayland qt6-wayland-dev qt6-wayland-dev-tools wayland-protocols plasma-wayland-protocols libwayland-dev
+  dpkg-dev xz-utils  # apt-get source, and unpacking what it fetches
+  sway grim wtype foot kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde
 )
 
 missing=()
@@ -44,4 +48,40 @@ fi
 if ! command -v web-ext >/dev/null; then
   command -v npm >/dev/null || $SUDO apt-get install -y -q --no-install-recommends npm
   $SUDO npm install -g --no-audit --no-fund web-ext@8
+fi
+
+# Two things the Wayland build needs come in no Debian binary package: the private
+# headers of QtWaylandClient (the lock's own shell integration derives from them)
+# and wlroots' protocol files (layer shell, foreign toplevel). Both come from
+# Debian's source packages, of exactly the installed versions, fetched through a
+# private apt list: no file of the system changes and nothing lands in the
+# repository. The build reads them from VELMORA_WAYLAND_SOURCES.
+sources="${VELMORA_WAYLAND_SOURCES:-${XDG_CACHE_HOME:-$HOME/.cache}/velmora/wayland-sources}"
+qt_version=$(dpkg-query -W -f='${Version}' qt6-wayland-dev)
+wlr_version=$(dpkg-query -W -f='${Version}' "$(dpkg-query -W -f='${Package}\n' 'libwlroots*' | head -n1)")
+qt_upstream=${qt_version%-*}
+if [ "$(cat "$sources/qtwayland-$qt_upstream/.complete" 2>/dev/null)" != "$qt_version" ] ||
+   [ "$(cat "$sources/wlroots-protocols/.complete" 2>/dev/null)" != "$wlr_version" ]; then
+  work=$(mktemp -d)
+  trap 'rm -rf "$work"' EXIT
+  mirror=$(sed -n 's/^URIs:[[:space:]]*\(http[^ ]*debian\)[[:space:]]*$/\1/p' /etc/apt/sources.list.d/*.sources 2>/dev/null | head -n1)
+  [ -n "$mirror" ] || mirror=$(sed -n 's/^deb[[:space:]]\+\(http[^ ]*debian\)[[:space:]].*/\1/p' /etc/apt/sources.list /etc/apt/sources.list.d/*.list 2>/dev/null | head -n1)
+  [ -n "$mirror" ] || mirror=http://deb.debian.org/debian
+  suite=$(. /etc/os-release && echo "${VERSION_CODENAME:-bookworm}")
+  echo "deb-src $mirror $suite main" > "$work/sources.list"
+  mkdir -p "$work/lists/partial"
+  apt_private=(-o Dir::Etc::SourceList="$work/sources.list" -o Dir::Etc::SourceParts=/dev/null
+               -o Dir::State::Lists="$work/lists")
+  apt-get "${apt_private[@]}" update -q
+  (cd "$work" && apt-get "${apt_private[@]}" source --download-only \
+      "qt6-wayland=$qt_version" "wlroots=$wlr_version")
+  rm -rf "$sources/qtwayland-$qt_upstream" "$sources/wlroots-protocols"
+  mkdir -p "$sources/qtwayland-$qt_upstream/include/QtWaylandClient/private" "$sources/wlroots-protocols" "$work/qt" "$work/wlr"
+  tar -xf "$work"/qt6-wayland_*.orig.tar.* -C "$work/qt" --strip-components=1
+  tar -xf "$work"/wlroots_*.orig.tar.* -C "$work/wlr" --strip-components=1
+  find "$work/qt/src/client" -name '*_p.h' -exec cp {} "$sources/qtwayland-$qt_upstream/include/QtWaylandClient/private/" \;
+  cp "$work"/wlr/protocol/wlr-*.xml "$sources/wlroots-protocols/"
+  echo "$qt_version" > "$sources/qtwayland-$qt_upstream/.complete"
+  echo "$wlr_version" > "$sources/wlroots-protocols/.complete"
+  echo "install-deps: Wayland sources in $sources"
 fi

@@ -268,6 +268,7 @@ void AppDelegate::applicationWillFinishLaunching()
     installResetHotKey();
     statusbutton->setNormalLook();
     tellOnceWhenThereIsNoTray();
+    tellOnceWhenTheLockCannotHold();
 
     m_log.addLog(QStringLiteral("downloading config file"));
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {
@@ -374,6 +375,23 @@ void AppDelegate::tellOnceWhenThereIsNoTray()
                        "it."));
     m_ports.preferences->setValue(shownKey, true);
     m_log.addLog(QStringLiteral("No system tray available; told the user once"));
+}
+
+// A desktop that lets no program keep its windows above the others: the lock is
+// an ordinary full-screen window there, and the user should know it.
+void AppDelegate::tellOnceWhenTheLockCannotHold()
+{
+    static const QString shownKey = QStringLiteral("velmoraLockHintShown");
+    if (!m_ports.lockShield || m_ports.lockShield->holds() || m_ports.preferences->contains(shownKey))
+        return;
+    m_ports.notifier->notify(
+        QStringLiteral("Velmora's lock can be left on this desktop"),
+        QStringLiteral("Your desktop does not let Velmora keep its lock above other windows, so "
+                       "the lock appears as an ordinary full-screen window that other windows and "
+                       "the desktop's own key bindings can reach."));
+    m_ports.preferences->setValue(shownKey, true);
+    m_log.addLog(
+        QStringLiteral("The desktop offers no way to keep the lock above other windows; told the user once"));
 }
 
 void AppDelegate::installSettingsEditor()

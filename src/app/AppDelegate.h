@@ -164,6 +164,7 @@ private:
     void clearPasswordIfDue();
     void installResetHotKey();
     void tellOnceWhenThereIsNoTray();
+    void tellOnceWhenTheLockCannotHold();
     void installFocusSummary();
     void installFocusEngine();
     void showPomodoroIfOwed();

@@ -1,6 +1,7 @@
 #include "AppDelegate.h"
 #include "CrashLog.h"
 #include "DebugLog.h"
+#include "DesktopChoice.h"
 #include "DesktopNotifier.h"
 #include "IdleMemory.h"
 #include "LocalBrowserTabs.h"
@@ -15,8 +16,6 @@
 #include "SingleInstance.h"
 #include "SystemClock.h"
 #include "SystemdLoginService.h"
-#include "X11HotKeys.h"
-#include "X11Workspace.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -48,7 +47,13 @@ private:
 };
 } // namespace
 
-static QUrl configServerFromCommandLine(const QApplication& app)
+struct CommandLine
+{
+    QUrl configServer;
+    bool reset = false;
+};
+
+static CommandLine readCommandLine(const QApplication& app)
 {
     QCommandLineParser parser;
     parser.setApplicationDescription(QStringLiteral("Time at the computer, deserved."));
@@ -57,10 +62,16 @@ static QUrl configServerFromCommandLine(const QApplication& app)
         QStringLiteral("config-server"),
         QStringLiteral("Where the text catalogue and settings schema are served."), QStringLiteral("URL"));
     parser.addOption(server);
+    const QCommandLineOption reset(
+        QStringLiteral("reset"),
+        QStringLiteral("Ask the running Velmora to reset, as its reset chord does."));
+    parser.addOption(reset);
     parser.process(app);
-    if (parser.isSet(server))
-        return QUrl(parser.value(server));
-    return QUrl(qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
+    CommandLine line;
+    line.reset = parser.isSet(reset);
+    line.configServer =
+        QUrl(parser.isSet(server) ? parser.value(server) : qEnvironmentVariable("VELMORA_CONFIG_SERVER"));
+    return line;
 }
 
 // The web engine needs a shared graphics context made before the application
@@ -81,14 +92,22 @@ int main(int argc, char* argv[])
 {
     if (settingsMayShowPages())
         QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    prepareDesktop();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velmora"));
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));
     QApplication::setQuitOnLastWindowClosed(false);
 
+    QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (runtime.isEmpty())
+        runtime = QDir::tempPath();
+    const CommandLine commandLine = readCommandLine(app);
+    if (commandLine.reset)
+        return sendResetCommand(resetSocketPath(runtime));
+
     AppPaths paths;
-    paths.configServer = configServerFromCommandLine(app);
+    paths.configServer = commandLine.configServer;
     paths.dataFolder =
         QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + QStringLiteral("/velmora");
 
@@ -101,9 +120,6 @@ int main(int argc, char* argv[])
             return 0;
     }
 
-    QString runtime = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
-    if (runtime.isEmpty())
-        runtime = QDir::tempPath();
     SingleInstance instance(runtime + QStringLiteral("/velmora.instance"));
     const bool restarted = environment.contains(QLatin1String(ProcessLauncher::kRestartMarker));
     qunsetenv(ProcessLauncher::kRestartMarker); // not for the programs this one starts
@@ -121,11 +137,21 @@ int main(int argc, char* argv[])
     NetworkHttp http;
     ProcessLauncher launcher;
     SystemdLoginService loginService({}, paths.configServer);
-    X11HotKeys hotKeys;
-    X11Workspace workspace;
+    Desktop desktop = chooseDesktop(runtime);
     LocalBrowserTabs browserTabs;
-    Ports ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
-                &http,  &launcher,  &loginService, &hotKeys, &workspace,    &browserTabs};
+    Ports ports{&clock,
+                &scheduler,
+                &preferences,
+                &media,
+                &displayAwake,
+                &notifier,
+                &http,
+                &launcher,
+                &loginService,
+                desktop.hotKeys.get(),
+                desktop.workspace.get(),
+                &browserTabs,
+                desktop.lockShield.get()};
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
@@ -138,7 +164,9 @@ int main(int argc, char* argv[])
     delegate.mainWindow().installEventFilter(&lockHidden);
     idle.start();
     const auto log = [&delegate](const QString& line) { delegate.debugLog().addLog(line); };
-    workspace.setLog(log);
+    desktop.setLog(log);
+    for (const QString& line : std::as_const(desktop.chosen))
+        log(line);
     browserTabs.setLog(log);
     // The browsers start our host per connection; their manifests say where it is.
     browserTabs.writeHostManifests(

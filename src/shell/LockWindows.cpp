@@ -124,7 +124,9 @@ void CustomWindow::grabKeyboardWhenMapped(int attemptsLeft)
     if (!isVisible() || !mayTakeKeyboard())
         return;
     QWindow* handle = windowHandle();
-    if (handle && handle->isExposed() && handle->setKeyboardGrabEnabled(true)) {
+    // Where a shield holds the keyboard for the lock, the window system's own grab
+    // may not exist at all.
+    if (handle && handle->isExposed() && (handle->setKeyboardGrabEnabled(true) || m_shield)) {
         activateWindow();
         if (m_shield)
             m_shield->setHoldsKeyboard(true);

@@ -5,7 +5,7 @@ it_name="$(basename "$0" .sh)"
 it_here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 VELMORA_TEST_OUTPUT="${VELMORA_TEST_OUTPUT:-$PWD/test-output/$it_name}"
 mkdir -p "$VELMORA_TEST_OUTPUT"
-[ -n "${DISPLAY:-}" ] && [ -n "${VELMORA_IT_SESSION:-}" ] || { echo "FAIL: run this inside session.sh" >&2; exit 1; }
+[ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ] && [ -n "${VELMORA_IT_SESSION:-}" ] || { echo "FAIL: run this inside session.sh" >&2; exit 1; }
 [ -x "${VELMORA_BIN:-}" ] || { echo "FAIL: VELMORA_BIN ('${VELMORA_BIN:-}') is not a program" >&2; exit 1; }
 
 VELMORA_PID=""

@@ -63,8 +63,10 @@ AppDelegate::AppDelegate(Ports ports, AppPaths paths, QObject* parent)
     mainViewControllerObj = new ViewController(
         {m_state, *m_ports.preferences, *m_ports.clock, *m_ports.scheduler, m_log, m_usage, m_texts,
          *m_ports.notifier, *m_ports.displayAwake, *m_ports.media, m_sync, *m_schedule, *this, m_random});
-    m_mainWindow = std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
-    m_lock = std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
+    m_mainWindow =
+        std::make_unique<CustomWindow>(mainViewControllerObj, *m_ports.scheduler, m_ports.lockShield);
+    m_lock =
+        std::make_unique<LockWindows>(*m_mainWindow, *m_ports.scheduler, m_texts.appName, m_ports.lockShield);
     m_lock->isMainWindowLodded = [this] { return m_state.isMainWindowLodded; };
     statusbutton = new StatusItem(this);
     m_hotKeys = std::make_unique<HotKeysController>(*m_ports.hotKeys);
@@ -245,6 +247,9 @@ void AppDelegate::applicationWillFinishLaunching()
     installResetHotKey();
     statusbutton->setNormalLook();
     tellOnceWhenThereIsNoTray();
+    // A browser already in front is judged now, not at the next switch.
+    if (m_appBlocker)
+        m_appBlocker->frontApplicationChanged();
 
     m_log.addLog(QStringLiteral("downloading config file"));
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {

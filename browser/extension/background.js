@@ -13,6 +13,7 @@ const FIRST_RETRY_MS = 1000;
 const LAST_RETRY_MS = 60000;
 // Addresses are cut to this many characters; the host travels whole beside them.
 const MAX_ADDRESS = 8192;
+const WINDOW_TYPES = ["normal", "popup", "panel", "app", "devtools"];
 
 let port = null;
 let retryMs = FIRST_RETRY_MS;
@@ -91,7 +92,7 @@ function obey(order) {
     api.tabs.update(order.tab, { url: api.runtime.getURL("vlmr-focus.html") + order.query })
       .catch(() => {});
   } else if (order.kind === "query") {
-    reportFocusedWindow();
+    answerQuery();
   }
 }
 
@@ -123,6 +124,14 @@ async function report(event, tabId, url) {
     focused: tab.windowId === focusedWindow,
     incognito: tab.incognito,
   });
+}
+
+// Asked what is in front: the browser's own word on its focused window, should
+// an event have gone missing.
+async function answerQuery() {
+  const window = await api.windows.getLastFocused({ windowTypes: WINDOW_TYPES }).catch(() => null);
+  focusedWindow = window && window.focused ? window.id : api.windows.WINDOW_ID_NONE;
+  reportFocusedWindow();
 }
 
 // What has the focus: the active tab of one of our windows, one of our windows
@@ -176,8 +185,7 @@ function focusChanged(windowId) {
 }
 // Developer tools windows count as ours: they are the browser's own.
 try {
-  api.windows.onFocusChanged.addListener(focusChanged,
-    { windowTypes: ["normal", "popup", "panel", "app", "devtools"] });
+  api.windows.onFocusChanged.addListener(focusChanged, { windowTypes: WINDOW_TYPES });
 } catch (error) {
   api.windows.onFocusChanged.addListener(focusChanged);
 }

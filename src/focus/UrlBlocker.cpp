@@ -15,8 +15,11 @@ namespace velmora {
 namespace {
 
 constexpr qint64 kTickMs = 1000;
-// How long the extension has to report that one of its windows took the focus.
+// How long the extension has to report that one of its windows took the focus,
+// and how long a browser process without any connection has for its extension to
+// connect (a browser just started) before its windows count as unseen.
 constexpr qint64 kVerdictMs = 400;
+constexpr qint64 kFirstConnectMs = 10000;
 
 // The characters that percent encoding leaves alone for a host and for a query.
 const QByteArray kHostAllowed = QByteArrayLiteral("!$&'()*+,-.:;=[]_~");
@@ -92,30 +95,58 @@ bool UrlBlocker::restrictsAddresses() const
     return timerBlockUrl && !d.state.arrBlockedUrls.isEmpty();
 }
 
-void UrlBlocker::suspectUnjudgeable()
+void UrlBlocker::suspectUnjudgeable(const Application& front,
+                                    const std::optional<BrowserConnection>& connection)
 {
-    if (!restrictsAddresses() || (m_verdict && d.scheduler.isActive(*m_verdict)))
+    if (!restrictsAddresses())
         return;
     // The extension reports a window's focus a moment after the window system
-    // does: give it that moment before calling the window unseen.
-    m_verdict = d.scheduler.singleShot(kVerdictMs, this, [this] {
-        m_verdict.reset();
-        hideIfUnjudgeable();
-    });
+    // does: give it that moment before calling the window unseen. A browser process
+    // that never connected, or never yet reported a focused window (just started,
+    // its focus still settling), gets once the time its extension needs to start.
+    const QString process = processKey(front);
+    const bool starting = !connection || !connection->everFocused;
+    const bool firstWait = starting && !m_waitedForExtension.contains(process);
+    if (const auto pending = m_verdicts.constFind(process);
+        pending != m_verdicts.cend() && d.scheduler.isActive(pending->id)) {
+        // A browser that has since shown its extension working gets no more time.
+        if (starting || !pending->waitingForStart)
+            return;
+        d.scheduler.cancel(pending->id);
+    }
+    if (firstWait)
+        m_waitedForExtension << process;
+    // The browser's own word on its focus, should an event have gone missing.
+    if (connection)
+        d.tabs->requestActiveTab(connection->id);
+    const TimerId id =
+        d.scheduler.singleShot(firstWait ? kFirstConnectMs : kVerdictMs, this, [this, process] {
+            m_verdicts.remove(process);
+            hideIfUnjudgeable(process);
+        });
+    m_verdicts.insert(process, {id, firstWait});
 }
 
-void UrlBlocker::hideIfUnjudgeable()
+QString UrlBlocker::processKey(const Application& application)
+{
+    return application.pid > 0 ? QString::number(application.pid) : application.name;
+}
+
+void UrlBlocker::hideIfUnjudgeable(const QString& process)
 {
     const Application front = d.workspace.frontmostApplication();
-    if (!front.isValid() || front.dialog || !isBrowser(front) || !restrictsAddresses())
+    if (!front.isValid() || processKey(front) != process || front.dialog || !isBrowser(front) ||
+        !restrictsAddresses())
         return;
     const std::optional<BrowserConnection> connection = connectionOf(front);
     if (connection && connection->focused)
         return;
     const QString name = front.displayName.isEmpty() ? front.name : front.displayName;
-    d.log.addLog(QStringLiteral("%1 hidden: its front window is one the extension cannot see (%2)")
-                     .arg(name, connection ? QStringLiteral("a private window or another profile")
-                                           : QStringLiteral("no extension connected")));
+    d.log.addLog(
+        QStringLiteral("%1 hidden: its front window (process %2) is one the extension cannot see (%3)")
+            .arg(name)
+            .arg(front.pid)
+            .arg(connection ? QStringLiteral("a private window") : QStringLiteral("no extension connected")));
     d.workspace.hide(front);
     if (m_toldThisBlock.contains(name))
         return;
@@ -209,7 +240,7 @@ std::optional<BrowserTab> UrlBlocker::tabToJudge(const std::optional<BrowserTab>
         // A private window, a profile without the extension, a browser without it:
         // its addresses cannot be judged. The browser's own dialogs are its own.
         if (!front.dialog)
-            suspectUnjudgeable();
+            suspectUnjudgeable(front, connection);
         return std::nullopt;
     }
     if (reported) {

@@ -4,6 +4,7 @@
 #include "Scheduler.h"
 
 #include <optional>
+#include <QHash>
 #include <QObject>
 #include <QStringList>
 
@@ -90,8 +91,11 @@ private:
     std::optional<BrowserTab> tabToJudge(const std::optional<BrowserTab>& reported);
     // Whether a mode whose timer runs refuses some address now.
     bool restrictsAddresses() const;
-    void suspectUnjudgeable();
-    void hideIfUnjudgeable();
+    void suspectUnjudgeable(const Application& front, const std::optional<BrowserConnection>& connection);
+    // Hides the front browser window if it still belongs to the process and is still
+    // one the extension cannot see.
+    void hideIfUnjudgeable(const QString& process);
+    static QString processKey(const Application& application);
     bool isOwnBlockPage(const QString& address) const;
     static bool isBrowserOwnPage(const BrowserTab& tab);
     static bool containsAny(const QString& address, const QStringList& fragments);
@@ -107,7 +111,13 @@ private:
     std::optional<TimerId> timerBlockUrl;
     std::optional<TimerId> timerAllowUrl;
     std::optional<TimerId> timerAllowUrlForActivity;
-    std::optional<TimerId> m_verdict;
+    struct Verdict
+    {
+        TimerId id = 0;
+        bool waitingForStart = false; // the long wait of a browser just started
+    };
+    QHash<QString, Verdict> m_verdicts; // by process: a window of it is on probation
+    QStringList m_waitedForExtension;   // browser processes given their time to connect
     QStringList m_toldThisBlock;
 };
 

@@ -28,10 +28,11 @@ struct BrowserTab
 struct BrowserConnection
 {
     QString id;
-    QString browser;      // the family, as in BrowserTab
-    QString product;      // as the extension names its browser ("Brave", "Firefox Developer Edition")
-    qint64 pid = 0;       // the browser's process; 0 when unknown
-    bool focused = false; // one of the windows the extension can see has the keyboard focus
+    QString browser;          // the family, as in BrowserTab
+    QString product;          // as the extension names its browser ("Brave", "Firefox Developer Edition")
+    qint64 pid = 0;           // the browser's process; 0 when unknown
+    bool focused = false;     // one of the windows the extension can see has the keyboard focus
+    bool everFocused = false; // it has said so at least once since it connected
     std::optional<bool> privateAllowed; // the user let the extension into private windows
 };
 

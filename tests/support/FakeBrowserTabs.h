@@ -19,7 +19,7 @@ public:
         QList<BrowserConnection> list;
         for (const QString& browser : connected)
             list << BrowserConnection{browser, browser, {}, pids.value(browser), !unfocused.contains(browser),
-                                      {}};
+                                      true,    {}};
         return list;
     }
     std::optional<BrowserTab> activeTab(const QString& browser) const override

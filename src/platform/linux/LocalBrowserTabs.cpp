@@ -326,7 +326,7 @@ void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& json)
         }
         connection->browser = family;
         connection->pid = message.pid;
-        log(QStringLiteral("Browser bridge: %1 connected").arg(family));
+        log(QStringLiteral("Browser bridge: %1 connected (process %2)").arg(family).arg(message.pid));
         Q_EMIT connectionsChanged();
         return;
     }
@@ -393,6 +393,7 @@ void LocalBrowserTabs::setFocused(Connection* connection, bool focused)
     if (connection->focused == focused)
         return;
     connection->focused = focused;
+    connection->everFocused = connection->everFocused || focused;
     if (!focused)
         connection->active = BrowserTab{};
     Q_EMIT connectionsChanged();
@@ -469,7 +470,8 @@ QList<BrowserConnection> LocalBrowserTabs::connections() const
     QList<BrowserConnection> list;
     for (const auto& c : m_connections) {
         if (!c->browser.isEmpty())
-            list << BrowserConnection{c->id, c->browser, c->product, c->pid, c->focused, c->privateAllowed};
+            list << BrowserConnection{c->id,      c->browser,     c->product,       c->pid,
+                                      c->focused, c->everFocused, c->privateAllowed};
     }
     return list;
 }

@@ -99,6 +99,7 @@ private:
         qint64 pid = 0;
         std::optional<bool> privateAllowed;
         bool focused = false;
+        bool everFocused = false;
         BrowserTab active;    // of the focused window; no tab (-1) when it has none we see
         QElapsedTimer window; // the current second of the flood count
         int messagesInWindow = 0;

@@ -217,7 +217,7 @@ X11Workspace::WindowOwner X11Workspace::ownerOf(quint32 window) const
     return owner;
 }
 
-bool X11Workspace::isJudged(quint32 window) const
+bool X11Workspace::isJudged(quint32 window, quint32* process) const
 {
     if (!window)
         return false;
@@ -225,7 +225,10 @@ bool X11Workspace::isJudged(quint32 window) const
         if (own->handle() && quint32(own->winId()) == window)
             return false;
     }
-    return !isExempt(ownerOf(window), quint32(::getpid()));
+    const WindowOwner owner = ownerOf(window);
+    if (process)
+        *process = processOf(owner);
+    return !isExempt(owner, quint32(::getpid()));
 }
 
 bool X11Workspace::isDialog(quint32 window) const
@@ -241,7 +244,7 @@ bool X11Workspace::isDialog(quint32 window) const
     return false;
 }
 
-WindowFacts X11Workspace::factsOf(quint32 window) const
+WindowFacts X11Workspace::factsOf(quint32 window, quint32 process) const
 {
     WindowFacts facts;
     facts.gtkApplicationId =
@@ -255,15 +258,14 @@ WindowFacts X11Workspace::factsOf(quint32 window) const
         facts.wmClass = QString::fromLatin1(wmClass.at(1));
     // The pid may be missing, or a sandbox's own number: then it names nothing.
     // Where the server knows the real process, the window's claim is not asked.
-    const quint32 real = realPid(window);
-    if (const quint32 pid = real ? real : cardinal(window, WmPid))
-        facts.executable = QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).canonicalFilePath();
+    if (process)
+        facts.executable = QFileInfo(QStringLiteral("/proc/%1/exe").arg(process)).canonicalFilePath();
     return facts;
 }
 
-Application X11Workspace::applicationOf(quint32 window)
+Application X11Workspace::applicationOf(quint32 window, quint32 process)
 {
-    const WindowFacts facts = factsOf(window);
+    const WindowFacts facts = factsOf(window, process);
     if (facts.wmClass.isEmpty() && facts.wmInstance.isEmpty() && facts.gtkApplicationId.isEmpty() &&
         facts.kdeDesktopFile.isEmpty() && facts.executable.isEmpty())
         return {};
@@ -273,12 +275,12 @@ Application X11Workspace::applicationOf(quint32 window)
 Application X11Workspace::frontmostApplication()
 {
     const quint32 window = activeWindow();
-    if (!isJudged(window))
+    quint32 process = 0;
+    if (!isJudged(window, &process))
         return {};
-    Application application = applicationOf(window);
+    Application application = applicationOf(window, process);
     if (application.isValid()) {
-        const quint32 real = realPid(window);
-        application.pid = real ? real : cardinal(window, WmPid);
+        application.pid = process;
         application.dialog = isDialog(window);
     }
     return application;
@@ -290,7 +292,8 @@ void X11Workspace::hide(const Application& application)
         return;
     int count = 0;
     for (const quint32 window : windowList(ClientList)) {
-        if (isJudged(window) && applicationOf(window).name == application.name) {
+        quint32 process = 0;
+        if (isJudged(window, &process) && applicationOf(window, process).name == application.name) {
             iconify(window);
             ++count;
         }
@@ -332,7 +335,8 @@ void X11Workspace::moveFocusAwayFrom(const Application& application)
     // window of another application.
     const QList<quint32> stacking = windowList(ClientListStacking);
     for (auto it = stacking.crbegin(); it != stacking.crend(); ++it) {
-        if (!isJudged(*it) || applicationOf(*it).name == application.name)
+        quint32 process = 0;
+        if (!isJudged(*it, &process) || applicationOf(*it, process).name == application.name)
             continue;
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
@@ -351,9 +355,10 @@ QStringList X11Workspace::runningApplications()
 {
     QStringList names;
     for (const quint32 window : windowList(ClientList)) {
-        if (!isJudged(window))
+        quint32 process = 0;
+        if (!isJudged(window, &process))
             continue;
-        const Application application = applicationOf(window);
+        const Application application = applicationOf(window, process);
         if (application.isValid() && !names.contains(application.name))
             names << application.name;
     }

@@ -88,13 +88,14 @@ private:
     QByteArray propertyBytes(quint32 window, quint32 property, quint32 type) const;
     quint32 cardinal(quint32 window, Atom property) const;
     // Desktop, dock, notification and our own windows are never anyone's application.
-    bool isJudged(quint32 window) const;
+    // `process`, when given, receives the window's process (processOf).
+    bool isJudged(quint32 window, quint32* process = nullptr) const;
     bool hasDesktopType(quint32 window) const;
     quint32 realPid(quint32 window) const;
     WindowOwner ownerOf(quint32 window) const;
     bool isDialog(quint32 window) const;
-    WindowFacts factsOf(quint32 window) const;
-    Application applicationOf(quint32 window);
+    WindowFacts factsOf(quint32 window, quint32 process) const;
+    Application applicationOf(quint32 window, quint32 process);
     void iconify(quint32 window);
     void moveFocusAwayFrom(const Application& application);
     bool windowManagerIconifies();

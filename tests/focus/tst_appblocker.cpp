@@ -169,9 +169,7 @@ private Q_SLOTS:
         QTest::addColumn<bool>("hidden");
         QTest::addColumn<QString>("blockQuery");
         auto withPid = [](Application a, qint64 pid, bool dialog = false) {
-            a.pid = pid;
-            a.dialog = dialog;
-            return a;
+            return a.pid = pid, a.dialog = dialog, a;
         };
         QTest::newRow("private window in a block")
             << int(Focus) << chromium << "chromium" << false << true << "";
@@ -195,13 +193,13 @@ private Q_SLOTS:
         QFETCH(bool, focused);
         QFETCH(bool, hidden);
         QFETCH(QString, blockQuery);
-        if (situation == FocusAllApps)
-            w->state.arrFocusType = {QVariantMap{
-                {"name", "Deep"}, {"isOn", true}, {"isAllowedAllApps", true}, {"isAllowedAllUrls", true}}};
-        else
-            enter(Situation(situation));
-        w->types.fillAllowAppArray();
-        w->types.fillAllowUrlArray();
+        enter(Situation(situation));
+        if (situation == FocusAllApps) {
+            QVariantMap type = w->state.arrFocusType[0].toMap();
+            type.insert("isAllowedAllUrls", true);
+            w->state.arrFocusType[0] = type;
+            w->types.fillAllowUrlArray();
+        }
         w->tabs.connected = connected.isEmpty() ? QStringList() : QStringList{connected};
         w->tabs.pids.insert(connected, 100);
         w->tabs.active = {{connected, {connected, 1, u"http://news.test/"_s, {}, connected}}};
@@ -209,25 +207,13 @@ private Q_SLOTS:
             w->tabs.unfocused = {connected};
         w->p.workspace.activate(front);
         w->p.scheduler.advance(500);
-        if (connected.isEmpty() || (front.pid && front.pid != 100)) {
-            // A browser process without a connection first has the time to start its
-            // extension.
+        if (connected.isEmpty() || (front.pid && front.pid != 100)) { // first, time to connect
             QVERIFY(w->p.workspace.hidden.isEmpty());
             w->p.scheduler.advance(10000);
         }
         QCOMPARE(w->p.workspace.hidden.contains(front.name), hidden);
         QCOMPARE(w->p.notifier.notifications.size(), hidden ? 1 : 0);
         QCOMPARE(w->tabs.blocked.isEmpty() ? QString() : w->tabs.blocked.last().second, blockQuery);
-    }
-
-    // The host the browser parsed judges, whatever the rest of the address holds.
-    void reportedHostJudges()
-    {
-        enter(Idle);
-        w->p.workspace.activate(chromium);
-        w->tabs.blocked.clear();
-        w->tabs.navigate(u"chromium"_s, u"http://news.test/?q=%zz|{^"_s, u"news.test"_s);
-        QCOMPARE(w->tabs.blocked.size(), 1);
     }
 
     void itemLaunchesItsApplicationsAndFirstAddress()

@@ -129,13 +129,11 @@ void addressRules(const QByteArray& data)
 {
     if (data.isEmpty())
         return;
-    static const QStringList blocked = {QStringLiteral("news.test"), QStringLiteral("*.video.test"),
-                                        QStringLiteral("https://www.feed.test/any"), QStringLiteral("shop")};
-    static const QStringList onList = {QStringLiteral("news.test"),    QStringLiteral("www.news.test"),
-                                       QStringLiteral("a.video.test"), QStringLiteral("feed.test"),
-                                       QStringLiteral("shop.example"), QStringLiteral("m.shop.test")};
-    static const QStringList allowed = {QStringLiteral("docs.test"), QStringLiteral("mail.example"),
-                                        QStringLiteral("127.0.0.1")};
+    static const QStringList blocked =
+        QStringLiteral("news.test *.video.test https://www.feed.test/any shop").split(u' ');
+    static const QStringList onList =
+        QStringLiteral("news.test www.news.test a.video.test feed.test shop.example m.shop.test").split(u' ');
+    static const QStringList allowed = QStringLiteral("docs.test mail.example 127.0.0.1").split(u' ');
     static const char* const separators[] = {"/", "?", "#", "/%zz?"};
     const quint8 pick = quint8(data[0]);
     const QString rest = QLatin1StringView(separators[pick >> 6]) + QString::fromUtf8(data.sliced(1));

@@ -1,14 +1,11 @@
 #!/usr/bin/env bash
-# The browsers on the desktop, with our extension and the host manifests the program wrote
-# (Chromium's when its profile folder first appeared, after the program started). With no
-# block running, an always-blocked address lands on the extension's block page before the
-# page is shown, in Chromium and in Firefox ESR (through web-ext), however its query or
-# fragment tries to hide it (an unreadable escape, a fragment of 1 MB); a private window
-# the extension may not enter is hidden within a second; a second Chromium with its own
-# profile gets the orders for its own tabs and the first none of them. A call in Chromium
-# brings the Meetings block. In a block whose type allows Chromium and docs.test, another
-# address lands there with the old address, the end time and the type, and a private
-# window is hidden again.
+# The browsers with our extension and the host manifests the program wrote (Chromium's when
+# its new profile folder appeared). With no block, an always-blocked address lands on the
+# block page in Chromium and Firefox ESR (web-ext), whatever its query or fragment (%zz, 1 MB);
+# a private window the extension may not enter is hidden within a second; a second Chromium
+# with its own profile gets the orders for its tabs, the first none. A call with Firefox ESR
+# brings the Meetings block. In a block allowing Chromium and docs.test, another address lands
+# there with the old address, end time and type, and a private window is hidden again.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 . "$(dirname "$0")/browser_setup.sh"

@@ -7,9 +7,8 @@
 
 namespace velmora::test {
 
-// Browsers whose extension the test connects, one process each, named by its
-// family; block orders are recorded. Asked for its active tab, a browser answers
-// at once.
+// Browsers whose extension the test connects, one process (and connection) per
+// family; block orders are recorded; asked for its active tab, one answers at once.
 class FakeBrowserTabs : public BrowserTabs
 {
 public:

@@ -52,9 +52,8 @@ chromium_front() {
 
 iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }
 
-# new_window_hidden CLASS WHAT COMMAND...: COMMAND opens a window of the class (or shows a
-# hidden one again); from the moment it is mapped it takes at most a second until it is
-# iconified.
+# new_window_hidden CLASS WHAT COMMAND...: a window of the class COMMAND shows is iconified
+# within a second of being mapped.
 new_window_hidden() {
     local class=$1 what=$2 before window="" start deadline=$((SECONDS + 15))
     shift 2
@@ -73,7 +72,6 @@ new_window_hidden() {
     note "$what hidden after $(($(date +%s%3N) - start)) ms"
 }
 
-# private_window_hidden URL: Chromium's private window on URL is hidden within a second.
 private_window_hidden() {
     new_window_hidden '^Chromium$' "Chromium's private window on $1" open_private "$1"
 }

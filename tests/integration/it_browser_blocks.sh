@@ -30,8 +30,7 @@ shown="$(tabs wait "$(tabs open "http://news.test/today?x=1")" "$block_page" 10)
 # (the address reaches the program cut to 8 KB, the host whole); the next one is still refused.
 tabs wait "$(tabs open "http://news.test/search?q=%zz")" "$block_page" 10 >/dev/null ||
     fail "news.test with ?q=%zz was not sent to the block page"
-start_tab="$(tabs open "http://start.test/big")"
-tabs wait "$start_tab" "http://start.test/big" 10 >/dev/null || fail "start.test did not load"
+start_tab="$(tabs open "http://start.test/big")" && tabs wait "$start_tab" "http://start.test/big" 10 >/dev/null
 "$VELMORA_IT_PYTHON" "$it_here/web.py" page "$devtools" "http://start.test/big" eval \
     'location.assign("http://news.test/#" + "x".repeat(1 << 20)); 1' >/dev/null
 tabs wait "$start_tab" "$block_page" 10 >/dev/null || fail "news.test with a 1 MB fragment was not sent to the block page"
@@ -42,11 +41,10 @@ grep -q 'Browser bridge: Chromium may not run in private windows' "$VELMORA_LOG"
 private_window_hidden "http://news.test/private"
 chromium_front
 
-# A second Chromium with a profile of its own (its manifest copied there, as its user would):
-# its blocked tab coming to the front is judged, and the order goes to it alone.
+# A second Chromium with its own profile (the manifest copied there, as its user would): its
+# tab is judged, and the order goes to it alone.
 second="$work/second-profile"
-mkdir -p "$second/NativeMessagingHosts"
-cp "$profile/NativeMessagingHosts/app.velmora.host.json" "$second/NativeMessagingHosts/"
+mkdir -p "$second/NativeMessagingHosts" && cp "$profile/NativeMessagingHosts/app.velmora.host.json" "$_"
 start_helper chromium "${flags[@]}" --user-data-dir="$second" --remote-debugging-port="$((port + 2))" \
     --window-position=300,100 --window-size=900,600 "http://start.test/second"
 second_pid="$helper"
@@ -67,8 +65,7 @@ poll 15 "the program wrote Firefox's host manifest" grep -q '"focus@velmora.app"
 start_helper "$web_ext" run --firefox=/usr/bin/firefox-esr --source-dir "$extension" --no-reload --no-input \
     --start-url "http://127.0.0.1:$port/feed"
 poll 60 "the extension connected from Firefox" grep -q 'Browser bridge: firefox connected' "$VELMORA_LOG"
-# web-ext takes longer to load the extension than the program waits for a browser to connect
-# it, so the window may have been hidden meanwhile: bring it back, as its user would.
+# web-ext loads the extension slower than the program waits: bring a hidden window back.
 for window in $(xdotool search --class '^firefox-esr$'); do
     ! xprop -id "$window" WM_STATE | grep -q 'window state' || firefox="$window"
 done
@@ -105,8 +102,7 @@ a11y press Deep || fail "the panel's Deep row could not be pressed"
 seen="a11y names label" poll 10 "the start dialog of Deep is up" a11y has label "Starting Focus type - Deep"
 a11y press "Start Focus" || fail "Start Focus could not be pressed"
 poll 10 "the block started" grep -q "focus mode Started until - 12:2" "$VELMORA_LOG"
-# Back to the browser with a click, as the user would (Chromium under this window manager does
-# not always notice that it got the focus back from a closing dialog).
+# Back to the browser with a click (Chromium here may miss the focus a closing dialog returns).
 chromium_front
 xdotool mousemove --window "$browser" 500 400 click 1
 shown="$(tabs wait "$(tabs open "http://news.test/today")" "$block_page" 10)" ||

@@ -1,6 +1,7 @@
 // The desktop-entry index behind the X11 workspace: how a window and a name in a
 // settings document find their application.
 #include "DesktopEntries.h"
+#include "X11Workspace.h"
 
 #include <QDir>
 #include <QFile>
@@ -104,6 +105,28 @@ private Q_SLOTS:
         QFETCH(QString, asked);
         QFETCH(QString, name);
         QCOMPARE(DesktopEntries().applicationFor(asked).name, name);
+    }
+
+    // Which windows are never judged: a window's own claims are checked against the
+    // process the X server knows (ours is 10).
+    void exemptWindows_data()
+    {
+        QTest::addColumn<X11Workspace::WindowOwner>("owner");
+        QTest::addColumn<bool>("exempt");
+        QTest::newRow("ours") << X11Workspace::WindowOwner{10, 10, false, false} << true;
+        QTest::newRow("our pid claimed by another program")
+            << X11Workspace::WindowOwner{10, 20, false, false} << false;
+        QTest::newRow("our pid claimed where the server cannot tell")
+            << X11Workspace::WindowOwner{10, 0, false, false} << false;
+        QTest::newRow("the desktop's dock") << X11Workspace::WindowOwner{30, 30, true, false} << true;
+        QTest::newRow("a program calling one of its windows a dock")
+            << X11Workspace::WindowOwner{20, 20, true, true} << false;
+    }
+    void exemptWindows()
+    {
+        QFETCH(X11Workspace::WindowOwner, owner);
+        QFETCH(bool, exempt);
+        QCOMPARE(X11Workspace::isExempt(owner, 10), exempt);
     }
 
     void anEntryInstalledWhileRunningIsFound()

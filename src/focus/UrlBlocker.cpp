@@ -228,6 +228,13 @@ std::optional<BrowserTab> UrlBlocker::tabToJudge(const std::optional<BrowserTab>
         }
         if (reported)
             return reported->browser == browser ? reported : std::nullopt;
+        // The tick asks that browser what it shows now, as below.
+        for (const BrowserConnection& connection : d.tabs->connections()) {
+            if (connection.browser == browser && connection.focused) {
+                d.tabs->requestActiveTab(connection.id);
+                return std::nullopt;
+            }
+        }
         return d.tabs->activeTab(browser);
     }
     if (!isBrowser(front)) {

@@ -14,7 +14,7 @@ packages=(
   # outside world
   libpulse-dev libcanberra-dev libvalijson-dev
   libcanberra-pulse  # libcanberra's sound-server backend (PulseAudio, PipeWire's pulse server)
-  libglib2.0-dev libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-keysyms1-dev libx11-dev libx11-xcb-dev
+  libglib2.0-dev libxcb1-dev libxcb-ewmh-dev libxcb-icccm4-dev libxcb-keysyms1-dev libxcb-res0-dev libx11-dev libx11-xcb-dev
   # runtime and integration tests
   xvfb x11-xserver-utils openbox tint2 xdotool pulseaudio pulseaudio-utils dbus dbus-x11
   faketime procps fonts-dejavu-core fonts-noto-color-emoji

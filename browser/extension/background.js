@@ -11,6 +11,9 @@ const HOST = "app.velmora.host";
 const PING_MS = 20000;
 const FIRST_RETRY_MS = 1000;
 const LAST_RETRY_MS = 60000;
+// Addresses are cut to this many characters; the host travels whole beside them.
+const MAX_ADDRESS = 8192;
+const WINDOW_TYPES = ["normal", "popup", "panel", "app", "devtools"];
 
 let port = null;
 let retryMs = FIRST_RETRY_MS;
@@ -56,8 +59,26 @@ function connect() {
     port = null;
     scheduleReconnect();
   });
-  post({ kind: "hello", version: api.runtime.getManifest().version });
+  hello();
   reportFocusedWindow();
+}
+
+// Which browser this is, and whether the user let us into its private windows.
+async function hello() {
+  let product = "";
+  try {
+    if (api.runtime.getBrowserInfo) {
+      product = (await api.runtime.getBrowserInfo()).name;
+    } else {
+      const brands = (navigator.userAgentData?.brands ?? []).map((b) => b.brand);
+      product = brands.find((b) => !/chromium|not.a.brand/i.test(b)) ?? "Chromium";
+    }
+  } catch (error) {
+    product = "";
+  }
+  const privateAllowed = await api.extension.isAllowedIncognitoAccess().catch(() => false);
+  post({ kind: "hello", version: api.runtime.getManifest().version, product: product,
+         privateAllowed: privateAllowed });
 }
 
 function obey(order) {
@@ -70,6 +91,16 @@ function obey(order) {
       order.query.startsWith("?")) {
     api.tabs.update(order.tab, { url: api.runtime.getURL("vlmr-focus.html") + order.query })
       .catch(() => {});
+  } else if (order.kind === "query") {
+    answerQuery();
+  }
+}
+
+function hostOf(url) {
+  try {
+    return new URL(url).hostname;
+  } catch (error) {
+    return "";
   }
 }
 
@@ -87,12 +118,25 @@ async function report(event, tabId, url) {
     kind: "tab",
     event: event,
     tab: tabId,
-    url: url,
+    url: url.length > MAX_ADDRESS ? url.slice(0, MAX_ADDRESS) : url,
+    host: hostOf(url),
     active: tab.active,
     focused: tab.windowId === focusedWindow,
+    incognito: tab.incognito,
   });
 }
 
+// Asked what is in front: the browser's own word on its focused window, should
+// an event have gone missing.
+async function answerQuery() {
+  const window = await api.windows.getLastFocused({ windowTypes: WINDOW_TYPES }).catch(() => null);
+  focusedWindow = window && window.focused ? window.id : api.windows.WINDOW_ID_NONE;
+  reportFocusedWindow();
+}
+
+// What has the focus: the active tab of one of our windows, one of our windows
+// without a tab (developer tools), or nothing we can see (another program, or a
+// private window the user has not let us into).
 async function reportFocusedWindow() {
   if (focusedWindow === api.windows.WINDOW_ID_NONE) {
     post({ kind: "focus", focused: false });
@@ -100,7 +144,9 @@ async function reportFocusedWindow() {
   }
   const tabs = await api.tabs.query({ active: true, windowId: focusedWindow }).catch(() => []);
   if (tabs.length > 0) {
-    report("activated", tabs[0].id, tabs[0].url);
+    report("activated", tabs[0].id, tabs[0].url || tabs[0].pendingUrl);
+  } else {
+    post({ kind: "focus", focused: true });
   }
 }
 
@@ -125,10 +171,24 @@ api.tabs.onActivated.addListener(async (info) => {
     report("activated", tab.id, tab.url || tab.pendingUrl);
   }
 });
-api.windows.onFocusChanged.addListener((windowId) => {
+function focusChanged(windowId) {
   focusedWindow = windowId;
+  // The user is at this browser: whatever the back-off says, try the program now.
+  if (!port && windowId !== api.windows.WINDOW_ID_NONE) {
+    clearTimeout(retryTimer);
+    retryTimer = null;
+    retryMs = FIRST_RETRY_MS;
+    connect();
+    return;
+  }
   reportFocusedWindow();
-});
+}
+// Developer tools windows count as ours: they are the browser's own.
+try {
+  api.windows.onFocusChanged.addListener(focusChanged, { windowTypes: WINDOW_TYPES });
+} catch (error) {
+  api.windows.onFocusChanged.addListener(focusChanged);
+}
 
 setInterval(() => post({ kind: "ping" }), PING_MS);
 

@@ -6,14 +6,26 @@
 
 namespace velmora::frames {
 
+void FrameReader::feed(QByteArrayView bytes)
+{
+    // The rest of an oversized frame is never held.
+    const qsizetype dropped = qsizetype(qMin<quint64>(m_skip, quint64(bytes.size())));
+    m_skip -= quint64(dropped);
+    m_buffer.append(bytes.sliced(dropped));
+}
+
 FrameReader::Status FrameReader::next(QByteArray* frame)
 {
     quint32 length = 0;
     if (m_buffer.size() < qsizetype(sizeof length))
         return Status::NeedMore;
     std::memcpy(&length, m_buffer.constData(), sizeof length);
-    if (length > m_max)
+    if (length > m_max) {
+        const qsizetype held = qMin<qsizetype>(m_buffer.size() - qsizetype(sizeof length), qsizetype(length));
+        m_skip = quint64(length) - quint64(held);
+        m_buffer.remove(0, qsizetype(sizeof length) + held);
         return Status::Oversized;
+    }
     if (m_buffer.size() - qsizetype(sizeof length) < qsizetype(length))
         return Status::NeedMore;
     *frame = m_buffer.mid(sizeof length, length);

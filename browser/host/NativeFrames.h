@@ -22,7 +22,8 @@ public:
     {
         Frame,     // *frame holds the next frame
         NeedMore,  // no whole frame yet
-        Oversized, // a length over the limit: the stream cannot be trusted any more
+        Oversized, // a frame over the limit: it is skipped as its bytes arrive, and
+                   // the frames after it are read as usual
     };
 
     explicit FrameReader(quint32 maxFrameBytes = MaxFrameBytes)
@@ -30,14 +31,16 @@ public:
     {
     }
 
-    void feed(QByteArrayView bytes) { m_buffer.append(bytes); }
+    void feed(QByteArrayView bytes);
     Status next(QByteArray* frame);
-    // Bytes received but not yet returned as a frame: a part of a frame.
-    qsizetype pending() const { return m_buffer.size(); }
+    // Bytes received but not yet returned as a frame, or owed to a skipped one: a
+    // part of a frame.
+    qsizetype pending() const { return m_buffer.size() + qsizetype(m_skip); }
 
 private:
     QByteArray m_buffer;
     quint32 m_max;
+    quint64 m_skip = 0; // bytes of an oversized frame still to come and be dropped
 };
 
 // The frame of a JSON text; empty when it is over the limit.

@@ -11,6 +11,7 @@
 #include <QByteArray>
 #include <QFileInfo>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QString>
 
 #include <cerrno>
@@ -55,7 +56,10 @@ QString browserFamily(const QString& executable)
         if (path.contains(QLatin1StringView(marker)))
             return QLatin1StringView(family);
     }
-    return {};
+    // Any other browser (LibreWolf, Opera, a build of its own) by its program's name.
+    QString name = QFileInfo(path).fileName();
+    name.remove(QRegularExpression(QStringLiteral("[^a-z0-9._-]")));
+    return name.left(40);
 }
 
 bool writeAll(int fd, const QByteArray& bytes)
@@ -108,7 +112,7 @@ enum class Flow
 };
 
 // Relays every whole frame the reader holds to `target`, as long as it is a JSON
-// object; a frame over the reader's limit ends the connection.
+// object; a frame over the reader's limit is skipped and reported.
 Flow relay(frames::FrameReader& reader, int program, int target, const QString& oversized,
            const QString& notJson)
 {
@@ -118,8 +122,9 @@ Flow relay(frames::FrameReader& reader, int program, int target, const QString& 
         case frames::FrameReader::Status::NeedMore:
             return Flow::Go;
         case frames::FrameReader::Status::Oversized:
+            // Skipped; the browser's later frames are relayed as usual.
             reportRefusal(program, oversized);
-            return Flow::Stop;
+            break;
         case frames::FrameReader::Status::Frame:
             if (!frames::parse(frame)) {
                 reportRefusal(program, notJson);
@@ -136,7 +141,7 @@ Flow relay(frames::FrameReader& reader, int program, int target, const QString& 
 Flow relayFromBrowser(frames::FrameReader& reader, int program)
 {
     return relay(reader, program, program,
-                 QStringLiteral("a frame from the browser is over the size limit; closing"),
+                 QStringLiteral("a frame from the browser is over the size limit; skipped"),
                  QStringLiteral("a frame from the browser is not a JSON object"));
 }
 
@@ -144,7 +149,7 @@ Flow relayFromBrowser(frames::FrameReader& reader, int program)
 Flow relayFromProgram(frames::FrameReader& reader, int program)
 {
     return relay(reader, program, STDOUT_FILENO,
-                 QStringLiteral("a frame for the browser is over 1 MB; closing"),
+                 QStringLiteral("a frame for the browser is over 1 MB; skipped"),
                  QStringLiteral("a frame for the browser is not a JSON object"));
 }
 
@@ -153,7 +158,9 @@ Flow relayFromProgram(frames::FrameReader& reader, int program)
 int main(int argc, char** argv)
 {
     std::signal(SIGPIPE, SIG_IGN);
-    const QString parent = QFileInfo(QStringLiteral("/proc/%1/exe").arg(getppid())).canonicalFilePath();
+    // The browser's process, by which the program knows its windows.
+    const pid_t browser = getppid();
+    const QString parent = QFileInfo(QStringLiteral("/proc/%1/exe").arg(browser)).canonicalFilePath();
     // Chromium-family browsers pass the calling extension's origin, Firefox the
     // manifest's path and the extension's id.
     QString family = browserFamily(parent);
@@ -170,7 +177,8 @@ int main(int argc, char** argv)
     }
     const QJsonObject hello{{QStringLiteral("kind"), QStringLiteral("host")},
                             {QStringLiteral("browser"), family},
-                            {QStringLiteral("executable"), parent}};
+                            {QStringLiteral("executable"), parent},
+                            {QStringLiteral("pid"), double(browser)}};
     if (!writeAll(program, frames::encode(hello)))
         return 1;
 

@@ -269,6 +269,9 @@ void AppDelegate::applicationWillFinishLaunching()
     statusbutton->setNormalLook();
     tellOnceWhenThereIsNoTray();
     tellOnceWhenTheLockCannotHold();
+    // A browser already in front is judged now, not at the next switch.
+    if (m_appBlocker)
+        m_appBlocker->frontApplicationChanged();
 
     m_log.addLog(QStringLiteral("downloading config file"));
     getConfigFile(*m_ports.http, configServer(), m_log, this, [this](std::optional<QJsonObject> catalogue) {

@@ -169,9 +169,11 @@ int main(int argc, char* argv[])
         log(line);
     browserTabs.setLog(log);
     // The browsers start our host per connection; their manifests say where it is.
-    browserTabs.writeHostManifests(
-        QDir::homePath(), QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation),
-        QApplication::applicationDirPath() + QStringLiteral("/velmora-browser-host"));
+    // A browser run for the first time later gets its manifest then.
+    const QString configHome = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
+    const QString hostProgram = QApplication::applicationDirPath() + QStringLiteral("/velmora-browser-host");
+    browserTabs.writeHostManifests(QDir::homePath(), configHome, hostProgram);
+    browserTabs.watchBrowserFolders(QDir::homePath(), configHome, hostProgram);
     browserTabs.listen(runtime);
     return app.exec();
 }

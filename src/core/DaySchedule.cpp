@@ -72,12 +72,20 @@ std::optional<QDateTime> DaySchedule::showedTillDate() const
 bool DaySchedule::isPreventUserIdleDisplaySleepOn()
 {
     d.log.addLog(QStringLiteral("is Prevent UserIdle Display SleepOn Called"));
-    const QStringList inhibitors = d.media.displaySleepInhibitors();
-    d.log.addLog(QStringLiteral("is Prevent UserIdle Display SleepOn return ") + inhibitors.join(u", "));
+    const std::optional<QStringList> answer = d.media.displaySleepInhibitors();
+    d.log.addLog(QStringLiteral("is Prevent UserIdle Display SleepOn return ") +
+                 (answer ? answer->join(u", ") : QStringLiteral("nil")));
+    if (!answer) {
+        d.log.addLog(QStringLiteral("is Prevent UserIdle Display SleepOn return false because dic is nil"));
+        return false;
+    }
+    const QStringList& inhibitors = *answer;
     static const QStringList meetingPrograms{QStringLiteral("zoom"), QStringLiteral("zoom.us"),
                                              QStringLiteral("teams"), QStringLiteral("teams-for-linux")};
     const QString self = d.texts.appName.toLower();
     for (const QString& inhibitor : inhibitors) {
+        d.log.addLog(
+            QStringLiteral("is Prevent UserIdle Display SleepOn success :- arr = dic?[key] as? NSArray"));
         // Inhibitors name themselves by program path, desktop id or plain name.
         QString name = QFileInfo(inhibitor).fileName().toLower();
         if (name.endsWith(QStringLiteral(".desktop")))

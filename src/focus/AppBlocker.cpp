@@ -132,7 +132,7 @@ void AppBlocker::frontApplicationChanged()
     if (!front.isValid())
         return;
     if (!d.host.isFocusModeOn()) {
-        if (!d.urls.connectedBrowser(front).isEmpty())
+        if (d.urls.isBrowser(front))
             d.urls.startBlockUrlTimer();
         return;
     }
@@ -147,7 +147,7 @@ void AppBlocker::judgeForItem(const Application& front, const QStringList* allow
         d.workspace.hide(front); // no message for an item
         return;
     }
-    if (!d.urls.connectedBrowser(front).isEmpty())
+    if (d.urls.isBrowser(front))
         d.urls.startAllowUrlForActivityTimer();
 }
 
@@ -159,13 +159,11 @@ void AppBlocker::judgeForFocus(const Application& front)
         refuseInFocus(front);
         return;
     }
-    if (!d.urls.connectedBrowser(front).isEmpty()) {
+    // A browser, seen by its extension or not: the address check judges it, or
+    // hides a window it cannot see. Anything else: a running address check stops
+    // itself at its next tick.
+    if (d.urls.isBrowser(front))
         d.urls.startAllowUrlTimer();
-        return;
-    }
-    // Allowed and not a browser we can see: a running address check stops itself
-    // at its next tick.
-    d.urls.tellHowToConnectOnce(front);
 }
 
 void AppBlocker::refuseInFocus(const Application& front)

@@ -162,6 +162,7 @@ QVariantMap makeMeetingsType()
                            QStringLiteral("/usr/share/applications/Zoom.desktop"),
                            QStringLiteral("/usr/share/applications/jitsi-meet.desktop"),
                            QStringLiteral("/usr/share/applications/firefox.desktop"),
+                           QStringLiteral("/usr/share/applications/firefox-esr.desktop"),
                            QStringLiteral("/usr/share/applications/google-chrome.desktop"),
                            QStringLiteral("/usr/share/applications/chromium.desktop")};
     return {{key::name, kMeetingsTypeName},

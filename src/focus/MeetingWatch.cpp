@@ -1,5 +1,6 @@
 #include "MeetingWatch.h"
 
+#include "BrowserTabs.h"
 #include "DebugLog.h"
 #include "FocusHost.h"
 #include "FocusTypeList.h"
@@ -85,12 +86,19 @@ std::optional<std::pair<int, QString>> MeetingWatch::runningMeetingProgram()
         return std::nullopt;
     }
     const QStringList running = m_workspace->runningApplications();
-    for (const QString& path : std::as_const(apps)) {
-        const QFileInfo entry(path);
-        const QString name = entry.completeBaseName().toLower();
-        for (const QString& program : running) {
-            if (program.toLower() == name)
-                return std::pair{m_meetingsIndex, entry.fileName()};
+    // The same name first; then, for a type written before Debian's Firefox was
+    // listed, the same browser under another name ("firefox" for firefox-esr).
+    for (const bool sameBrowser : {false, true}) {
+        for (const QString& path : std::as_const(apps)) {
+            const QFileInfo entry(path);
+            const QString name = entry.completeBaseName().toLower();
+            const QString family = sameBrowser ? BrowserTabs::familyOfApplication(name) : QString();
+            for (const QString& program : running) {
+                if (sameBrowser
+                        ? !family.isEmpty() && BrowserTabs::familyOfApplication(program.toLower()) == family
+                        : program.toLower() == name)
+                    return std::pair{m_meetingsIndex, entry.fileName()};
+            }
         }
     }
     return std::nullopt;

@@ -15,6 +15,11 @@ namespace velmora {
 namespace {
 
 constexpr qint64 kTickMs = 1000;
+// How long the extension has to report that one of its windows took the focus,
+// and how long a browser process without any connection has for its extension to
+// connect (a browser just started) before its windows count as unseen.
+constexpr qint64 kVerdictMs = 400;
+constexpr qint64 kFirstConnectMs = 10000;
 
 // The characters that percent encoding leaves alone for a host and for a query.
 const QByteArray kHostAllowed = QByteArrayLiteral("!$&'()*+,-.:;=[]_~");
@@ -41,28 +46,117 @@ UrlBlocker::UrlBlocker(Deps deps, QObject* parent)
     connect(d.tabs, &BrowserTabs::connectionsChanged, this, &UrlBlocker::browsersChanged);
 }
 
-QString UrlBlocker::connectedBrowser(const Application& application) const
+std::optional<BrowserConnection> UrlBlocker::connectionOf(const Application& application) const
 {
     if (!d.tabs)
-        return {};
+        return std::nullopt;
+    const QList<BrowserConnection> connections = d.tabs->connections();
+    // By process where both sides know it: a fork or a second profile is its own
+    // browser, whatever its name.
+    if (application.pid > 0) {
+        for (const BrowserConnection& connection : connections) {
+            if (connection.pid == application.pid)
+                return connection;
+        }
+    }
     const QString family = BrowserTabs::familyOfApplication(application.name);
-    return d.tabs->connectedBrowsers().contains(family) ? family : QString();
+    if (family.isEmpty())
+        return std::nullopt;
+    std::optional<BrowserConnection> found;
+    for (const BrowserConnection& connection : connections) {
+        // A connection whose process we know belongs to another window's process.
+        if (connection.browser != family || (application.pid > 0 && connection.pid > 0))
+            continue;
+        if (!found || connection.focused)
+            found = connection;
+    }
+    return found;
 }
 
-void UrlBlocker::tellHowToConnectOnce(const Application& application)
+bool UrlBlocker::isBrowser(const Application& application) const
 {
-    const QString family = BrowserTabs::familyOfApplication(application.name);
-    if (family.isEmpty() || !connectedBrowser(application).isEmpty() || m_toldThisBlock.contains(family))
+    return d.tabs &&
+           (application.webBrowser || !BrowserTabs::familyOfApplication(application.name).isEmpty() ||
+            connectionOf(application));
+}
+
+QString UrlBlocker::connectedBrowser(const Application& application) const
+{
+    const std::optional<BrowserConnection> connection = connectionOf(application);
+    return connection ? connection->browser : QString();
+}
+
+bool UrlBlocker::restrictsAddresses() const
+{
+    if (timerAllowUrlForActivity && (d.state.currentActivityPlaying || d.state.currentHabitPlaying))
+        return true;
+    if (d.host.isFocusModeOn())
+        return timerAllowUrl && !d.host.isAllowedAllUrlsInFocus();
+    return timerBlockUrl && !d.state.arrBlockedUrls.isEmpty();
+}
+
+void UrlBlocker::suspectUnjudgeable(const Application& front,
+                                    const std::optional<BrowserConnection>& connection)
+{
+    if (!restrictsAddresses())
         return;
-    if (!d.host.isFocusModeOn() || d.host.isAllowedAllUrlsInFocus())
+    // The extension reports a window's focus a moment after the window system
+    // does: give it that moment before calling the window unseen. A browser process
+    // that never connected, or never yet reported a focused window (just started,
+    // its focus still settling), gets once the time its extension needs to start.
+    const QString process = processKey(front);
+    const bool starting = !connection || !connection->everFocused;
+    const bool firstWait = starting && !m_waitedForExtension.contains(process);
+    if (const auto pending = m_verdicts.constFind(process);
+        pending != m_verdicts.cend() && d.scheduler.isActive(pending->id)) {
+        // A browser that has since shown its extension working gets no more time.
+        if (starting || !pending->waitingForStart)
+            return;
+        d.scheduler.cancel(pending->id);
+    }
+    if (firstWait)
+        m_waitedForExtension << process;
+    // The browser's own word on its focus, should an event have gone missing.
+    if (connection)
+        d.tabs->requestActiveTab(connection->id);
+    const TimerId id =
+        d.scheduler.singleShot(firstWait ? kFirstConnectMs : kVerdictMs, this, [this, process] {
+            m_verdicts.remove(process);
+            hideIfUnjudgeable(process);
+        });
+    m_verdicts.insert(process, {id, firstWait});
+}
+
+QString UrlBlocker::processKey(const Application& application)
+{
+    return application.pid > 0 ? QString::number(application.pid) : application.name;
+}
+
+void UrlBlocker::hideIfUnjudgeable(const QString& process)
+{
+    const Application front = d.workspace.frontmostApplication();
+    if (!front.isValid() || processKey(front) != process || front.dialog || !isBrowser(front) ||
+        !restrictsAddresses())
         return;
-    m_toldThisBlock << family;
-    const QString name = application.displayName.isEmpty() ? application.name : application.displayName;
-    d.log.addLog(QStringLiteral("%1 is in front without the extension").arg(name));
-    QString text =
-        d.texts.text("common", "browserNotConnectedText",
-                     QStringLiteral("<BROWSER> can’t be checked in this focus block: add the Velmora "
-                                    "extension to it (see “Browsers” in the README)."));
+    const std::optional<BrowserConnection> connection = connectionOf(front);
+    if (connection && connection->focused)
+        return;
+    const QString name = front.displayName.isEmpty() ? front.name : front.displayName;
+    d.log.addLog(
+        QStringLiteral("%1 hidden: its front window (process %2) is one the extension cannot see (%3)")
+            .arg(name)
+            .arg(front.pid)
+            .arg(connection ? QStringLiteral("a private window") : QStringLiteral("no extension connected")));
+    d.workspace.hide(front);
+    if (m_toldThisBlock.contains(name))
+        return;
+    m_toldThisBlock << name;
+    QString text = d.texts.text(
+        "common", "browserWindowUnseenText",
+        QStringLiteral("<BROWSER> was hidden: Velmora can’t see which address this window shows. Add the "
+                       "Velmora extension to this browser and profile, and allow it in private windows "
+                       "(Chromium: Extensions › Velmora › Details › “Allow in Incognito”; Firefox: Add-ons › "
+                       "Velmora › “Run in Private Windows”)."));
     d.notifier.notify(text.replace(QStringLiteral("<BROWSER>"), name));
 }
 
@@ -119,27 +213,51 @@ void UrlBlocker::stopAllowUrlForActivityTimer()
     stop(timerAllowUrlForActivity);
 }
 
-QString UrlBlocker::frontBrowser() const
-{
-    if (!d.tabs)
-        return {};
-    const Application front = d.workspace.frontmostApplication();
-    if (front.isValid())
-        return connectedBrowser(front);
-    return d.tabs->focusedBrowser();
-}
-
 std::optional<BrowserTab> UrlBlocker::tabToJudge(const std::optional<BrowserTab>& reported)
 {
-    const QString browser = frontBrowser();
-    if (browser.isEmpty()) {
+    if (!d.tabs)
+        return std::nullopt;
+    const Application front = d.workspace.frontmostApplication();
+    if (!front.isValid()) {
+        // Where the front application cannot be read (Wayland), the browser that
+        // reports one of its windows focused is the one in front.
+        const QString browser = d.tabs->focusedBrowser();
+        if (browser.isEmpty()) {
+            stopAllowUrlTimer();
+            return std::nullopt;
+        }
+        if (reported)
+            return reported->browser == browser ? reported : std::nullopt;
+        // The tick asks that browser what it shows now, as below.
+        for (const BrowserConnection& connection : d.tabs->connections()) {
+            if (connection.browser == browser && connection.focused) {
+                d.tabs->requestActiveTab(connection.id);
+                return std::nullopt;
+            }
+        }
+        return d.tabs->activeTab(browser);
+    }
+    if (!isBrowser(front)) {
         // Every tick stops the focus timer when no browser is in front.
         stopAllowUrlTimer();
         return std::nullopt;
     }
-    if (reported)
-        return reported->browser == browser ? reported : std::nullopt;
-    return d.tabs->activeTab(browser);
+    const std::optional<BrowserConnection> connection = connectionOf(front);
+    if (!connection || !connection->focused) {
+        // A private window, a profile without the extension, a browser without it:
+        // its addresses cannot be judged. The browser's own dialogs are its own.
+        if (!front.dialog)
+            suspectUnjudgeable(front, connection);
+        return std::nullopt;
+    }
+    if (reported) {
+        const bool ours = reported->connection.isEmpty() ? reported->browser == connection->browser
+                                                         : reported->connection == connection->id;
+        return ours ? reported : std::nullopt;
+    }
+    // The tick asks the browser what it shows now; the answer is judged as it comes.
+    d.tabs->requestActiveTab(connection->id);
+    return std::nullopt;
 }
 
 bool UrlBlocker::isOwnBlockPage(const QString& address) const
@@ -169,14 +287,9 @@ bool UrlBlocker::containsAny(const QString& address, const QStringList& fragment
     return false;
 }
 
-bool UrlBlocker::matchesAny(const QString& address, const QStringList& list)
+bool UrlBlocker::matchesAny(const BrowserTab& tab, const QStringList& list)
 {
-    const QString domain = getDomainFromUrl(address);
-    for (const QString& entry : list) {
-        if (urlValidation::isUrlValid(address, entry, domain))
-            return true;
-    }
-    return false;
+    return matchesAnyEntry(tab.address, tab.host, list);
 }
 
 void UrlBlocker::redirect(const BrowserTab& tab, const QString& query)
@@ -193,7 +306,7 @@ void UrlBlocker::blockUrlsInBackground(const std::optional<BrowserTab>& reported
     const std::optional<BrowserTab> tab = tabToJudge(reported);
     if (!tab || isBrowserOwnPage(*tab) || isOwnBlockPage(tab->address))
         return;
-    if (!matchesAny(tab->address, d.state.arrBlockedUrls))
+    if (!matchesAny(*tab, d.state.arrBlockedUrls))
         return;
     redirect(*tab, QStringLiteral("?old_url=") + encoded(tab->address, kHostAllowed) +
                        QStringLiteral("&block_type=always-blocked"));
@@ -228,7 +341,7 @@ void UrlBlocker::checkInBackground(const std::optional<BrowserTab>& reported)
     const std::optional<BrowserTab> tab = tabToJudge(reported);
     if (!tab || containsAny(tab->address, defaultAllowedUrl) || isBrowserOwnPage(*tab))
         return;
-    if (matchesAny(tab->address, d.host.allowUrl()))
+    if (matchesAny(*tab, d.host.allowUrl()))
         return;
     redirect(*tab, QStringLiteral("?old_url=") + encoded(tab->address, kHostAllowed) +
                        encoded(endParameter, kQueryAllowed) + QStringLiteral("&focus_mode=") +
@@ -262,7 +375,7 @@ void UrlBlocker::checkInBackgroundForActivity(const std::optional<BrowserTab>& r
     default:
         break;
     }
-    if (matchesAny(tab->address, allowUrls))
+    if (matchesAny(*tab, allowUrls))
         return;
     // The address is left out in this mode: the block page cannot lead back to it.
     redirect(*tab, QStringLiteral("?old_url=&block_type=") + blockType);

@@ -4,6 +4,7 @@
 #include "Scheduler.h"
 
 #include <optional>
+#include <QHash>
 #include <QObject>
 #include <QStringList>
 
@@ -45,12 +46,14 @@ public:
     // The block page in the data folder, as a file address.
     void setBlockWebUrlString(const QString& address) { blockWebUrlString = address; }
 
-    // The browser family of an application whose extension is connected; empty
-    // for any other application.
+    // Whether the application is a web browser: by its desktop entry, by the
+    // families we know, or because its process runs our extension.
+    bool isBrowser(const Application& application) const;
+    // The extension's connection of the application's process (or, where the
+    // process is unknown, of its family); nothing for an unconnected browser.
+    std::optional<BrowserConnection> connectionOf(const Application& application) const;
+    // The family of the application's connection; empty when it has none.
     QString connectedBrowser(const Application& application) const;
-    // A browser we have an extension for, in front without it, during a block that
-    // restricts addresses: the user is told how to connect it, once per block.
-    void tellHowToConnectOnce(const Application& application);
     // A new block: the browser notice may be shown again.
     void blockStarted() { m_toldThisBlock.clear(); }
 
@@ -81,16 +84,22 @@ Q_SIGNALS:
     void browsersChanged();
 
 private:
-    // The family of the browser in front, or where the front application cannot
-    // be read, the browser whose window has the focus. Empty: no browser.
-    QString frontBrowser() const;
-    // Reads the address to judge; nothing when there is no browser in front (and
-    // then, as every tick does, timerAllowUrl stops).
+    // The reported tab when it belongs to the browser window in front; without
+    // one, the browser is asked for its active tab and nothing is returned. When no
+    // browser is in front, timerAllowUrl stops, as every tick does; when the front
+    // browser window is one the extension cannot see, it is hidden shortly after.
     std::optional<BrowserTab> tabToJudge(const std::optional<BrowserTab>& reported);
+    // Whether a mode whose timer runs refuses some address now.
+    bool restrictsAddresses() const;
+    void suspectUnjudgeable(const Application& front, const std::optional<BrowserConnection>& connection);
+    // Hides the front browser window if it still belongs to the process and is still
+    // one the extension cannot see.
+    void hideIfUnjudgeable(const QString& process);
+    static QString processKey(const Application& application);
     bool isOwnBlockPage(const QString& address) const;
     static bool isBrowserOwnPage(const BrowserTab& tab);
     static bool containsAny(const QString& address, const QStringList& fragments);
-    static bool matchesAny(const QString& address, const QStringList& list);
+    static bool matchesAny(const BrowserTab& tab, const QStringList& list);
     void redirect(const BrowserTab& tab, const QString& query);
     void judgeReported(const BrowserTab& tab);
     // Whether the type that is on lets the browser's application in front.
@@ -102,6 +111,13 @@ private:
     std::optional<TimerId> timerBlockUrl;
     std::optional<TimerId> timerAllowUrl;
     std::optional<TimerId> timerAllowUrlForActivity;
+    struct Verdict
+    {
+        TimerId id = 0;
+        bool waitingForStart = false; // the long wait of a browser just started
+    };
+    QHash<QString, Verdict> m_verdicts; // by process: a window of it is on probation
+    QStringList m_waitedForExtension;   // browser processes given their time to connect
     QStringList m_toldThisBlock;
 };
 

@@ -5,6 +5,7 @@
 #include "Preferences.h"
 #include "Style.h"
 #include "TextCatalogue.h"
+#include "urlValidation.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -106,6 +107,15 @@ void addWebUrlVc::btnAddClicked()
                                          "instead."))
                    : text("invalidDomainText",
                           QStringLiteral("Adding * will block all urls. Please use another combination.")));
+        return;
+    }
+    // "http" makes an entry stand for its host; without one it would match nothing
+    // (or, read carelessly, everything).
+    if (!isReadableEntry(url)) {
+        refuse(text("unreadableHostText",
+                    QStringLiteral("No site can be read from \"<URL>\". Enter the site's name, like "
+                                   "example.org, or its whole address, like https://example.org/."))
+                   .replace(QLatin1String("<URL>"), url));
         return;
     }
     const QStringList list = entries();

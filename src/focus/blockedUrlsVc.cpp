@@ -100,15 +100,41 @@ void blockedUrlsVc::reloadBrowsers()
                                        QStringLiteral("Browsers with the Velmora extension"));
     lblBrowsers->setText(title);
     tblViewBrowsers->setAccessibleName(title);
-    const QStringList connected = c.browserTabs ? c.browserTabs->connectedBrowsers() : QStringList();
+    const QList<BrowserConnection> connections =
+        c.browserTabs ? c.browserTabs->connections() : QList<BrowserConnection>();
     const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
     const QString no = c.texts.text("blockedUrlsViewInfo", "browserNotConnected",
                                     QStringLiteral("not connected (see “Browsers” in the README)"));
+    const QString inPrivate = c.texts.text("blockedUrlsViewInfo", "browserPrivateAllowed",
+                                           QStringLiteral("also in private windows"));
+    const QString notInPrivate =
+        c.texts.text("blockedUrlsViewInfo", "browserPrivateNotAllowed",
+                     QStringLiteral("not in private windows: they are hidden while addresses are blocked"));
     tblViewBrowsers->clear();
-    for (const auto& [family, name] : browsers) {
-        const QString text = name + QStringLiteral(": ") + (connected.contains(family) ? yes : no);
+    const auto addRow = [this](const QString& text) {
         auto* item = new QListWidgetItem(text, tblViewBrowsers);
         item->setData(Qt::AccessibleTextRole, text);
+    };
+    QStringList shown;
+    // Every running browser with the extension, by the name it gives itself.
+    for (const BrowserConnection& connection : connections) {
+        QString name = connection.product;
+        for (const auto& [family, known] : browsers) {
+            if (name.isEmpty() && family == connection.browser)
+                name = known;
+        }
+        if (name.isEmpty())
+            name = connection.browser;
+        QString text = name + QStringLiteral(": ") + yes;
+        if (connection.privateAllowed)
+            text += QStringLiteral(", ") + (*connection.privateAllowed ? inPrivate : notInPrivate);
+        if (!shown.contains(text))
+            addRow(text);
+        shown << text << connection.browser;
+    }
+    for (const auto& [family, name] : browsers) {
+        if (!shown.contains(family))
+            addRow(name + QStringLiteral(": ") + no);
     }
     // Every browser shows without scrolling, whatever the font.
     tblViewBrowsers->setFixedHeight(tblViewBrowsers->sizeHintForRow(0) * tblViewBrowsers->count() +

@@ -24,19 +24,53 @@ bool wildcard(const QString& text, const QString& pattern)
 
 QString getDomainFromUrl(const QString& url)
 {
-    const QUrl parsed(url, QUrl::StrictMode);
-    if (!parsed.isValid())
-        return {};
+    QUrl parsed(url, QUrl::StrictMode);
+    if (!parsed.isValid()) {
+        // Only the scheme and authority name the host: read them alone, so that
+        // nothing after them can make the host unreadable.
+        const qsizetype authority = url.indexOf(QStringLiteral("://"));
+        if (authority < 0)
+            return {};
+        qsizetype end = authority + 3;
+        while (end < url.size() && !QStringView(u"/?#\\").contains(url.at(end)))
+            ++end;
+        parsed = QUrl(url.left(end), QUrl::StrictMode);
+        if (!parsed.isValid())
+            return {};
+    }
     QString host = parsed.host();
     host.remove(QStringLiteral("www."));
     return host;
 }
 
+bool isReadableEntry(const QString& entry)
+{
+    return !entry.contains(QStringLiteral("http")) || !getDomainFromUrl(entry).isEmpty();
+}
+
+bool matchesAnyEntry(const QString& address, const QString& host, const QStringList& list)
+{
+    QString domain = host;
+    if (domain.isEmpty())
+        domain = getDomainFromUrl(address);
+    else
+        domain.remove(QStringLiteral("www."));
+    for (const QString& entry : list) {
+        if (urlValidation::isUrlValid(address, entry, domain))
+            return true;
+    }
+    return false;
+}
+
 bool urlValidation::isUrlValid(const QString& urlToCheck, const QString& allowUrl, const QString& domain)
 {
     QString pattern = allowUrl;
-    if (pattern.contains(QStringLiteral("http")))
+    if (pattern.contains(QStringLiteral("http"))) {
         pattern = getDomainFromUrl(pattern);
+        // An entry without a readable host would match every address.
+        if (pattern.isEmpty())
+            return false;
+    }
     if (pattern.contains(QStringLiteral("file://")))
         return urlToCheck.contains(QStringLiteral("://")) && wildcard(urlToCheck, pattern);
     if (pattern.contains(u'*'))

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <QString>
 #include <QStringList>
 
@@ -15,8 +16,9 @@ public:
     virtual bool isMicOn() = 0;
     // Another program holds a video capture device open.
     virtual bool isACameraOn() = 0;
-    // Application names of everything that now keeps the display from sleeping.
-    virtual QStringList displaySleepInhibitors() = 0;
+    // Application names of everything that now keeps the display from sleeping;
+    // nothing when no power manager answered.
+    virtual std::optional<QStringList> displaySleepInhibitors() = 0;
 };
 
 } // namespace velmora

@@ -16,6 +16,13 @@ struct Application
     QString displayName;
     QString desktopFile;
     QString iconName;
+    // Filled for the front application where the window system tells: the process
+    // that owns the active window (0 when unknown), whether that window is a dialog
+    // of the application (a file chooser, a print dialog), and whether the
+    // application is a web browser.
+    qint64 pid = 0;
+    bool dialog = false;
+    bool webBrowser = false;
 
     bool isValid() const { return !name.isEmpty(); }
     bool operator==(const Application&) const = default;

@@ -108,7 +108,7 @@ private Q_SLOTS:
         w->state.arrBlockedUrls = {u"news.test"_s};
         w->p.workspace.installed = {alpha, beta, chromium, chrome};
         w->tabs.connected = {u"chromium"_s};
-        w->tabs.active.insert(u"chromium"_s, {u"chromium"_s, 1, u"http://news.test/"_s});
+        w->tabs.active.insert(u"chromium"_s, {u"chromium"_s, 1, u"http://news.test/"_s, {}, {}});
     }
 
     void frontApplicationChanged_data()
@@ -132,9 +132,6 @@ private Q_SLOTS:
         row("the screen locker is hidden, never reported", Focus, "light-locker", true);
         row("all applications allowed still starts the address check", FocusAllApps, "chromium", false,
             nullptr, "?old_url=http:%2F%2Fnews.test%2F&focus_mode_end_time=&focus_mode=Deep");
-        row("browser without extension in a block: told how, once", FocusAllApps, "google-chrome", false,
-            "Google Chrome can’t be checked in this focus block: add the Velmora extension to it "
-            "(see “Browsers” in the README).");
         row("activity hides what it does not list, silently", Activity, "beta", true, nullptr, nullptr,
             {"Alpha"});
         row("activity allows by shown name", Activity, "alpha", false, nullptr, nullptr, {"Alpha"});
@@ -158,6 +155,64 @@ private Q_SLOTS:
         w->p.workspace.activate(frontApp);
         QCOMPARE(w->p.workspace.hidden.contains(front), hidden);
         QCOMPARE(w->p.notifier.notifications, notified);
+        QCOMPARE(w->tabs.blocked.isEmpty() ? QString() : w->tabs.blocked.last().second, blockQuery);
+    }
+
+    // A browser window whose addresses nobody can read is hidden, a moment after it
+    // comes to the front, when addresses are restricted.
+    void windowsTheExtensionCannotSee_data()
+    {
+        QTest::addColumn<int>("situation");
+        QTest::addColumn<Application>("front");
+        QTest::addColumn<QString>("connected"); // with process 100
+        QTest::addColumn<bool>("focused");
+        QTest::addColumn<bool>("hidden");
+        QTest::addColumn<QString>("blockQuery");
+        auto withPid = [](Application a, qint64 pid, bool dialog = false) {
+            return a.pid = pid, a.dialog = dialog, a;
+        };
+        QTest::newRow("private window in a block")
+            << int(Focus) << chromium << "chromium" << false << true << "";
+        QTest::newRow("its own dialog is left alone")
+            << int(Focus) << withPid(chromium, 100, true) << "chromium" << false << false << "";
+        QTest::newRow("another profile's process")
+            << int(Focus) << withPid(chromium, 200) << "chromium" << true << true << "";
+        QTest::newRow("no extension, always-blocked list")
+            << int(Idle) << chrome << "" << false << true << "";
+        QTest::newRow("a fork is known by its process")
+            << int(Idle) << withPid(app(u"librewolf"_s, u"LibreWolf"_s), 100) << "librewolf" << true << false
+            << "?old_url=http:%2F%2Fnews.test%2F&block_type=always-blocked";
+        QTest::newRow("all addresses allowed: left alone")
+            << int(FocusAllApps) << chrome << "" << false << false << "";
+    }
+    void windowsTheExtensionCannotSee()
+    {
+        QFETCH(int, situation);
+        QFETCH(Application, front);
+        QFETCH(QString, connected);
+        QFETCH(bool, focused);
+        QFETCH(bool, hidden);
+        QFETCH(QString, blockQuery);
+        enter(Situation(situation));
+        if (situation == FocusAllApps) {
+            QVariantMap type = w->state.arrFocusType[0].toMap();
+            type.insert("isAllowedAllUrls", true);
+            w->state.arrFocusType[0] = type;
+            w->types.fillAllowUrlArray();
+        }
+        w->tabs.connected = connected.isEmpty() ? QStringList() : QStringList{connected};
+        w->tabs.pids.insert(connected, 100);
+        w->tabs.active = {{connected, {connected, 1, u"http://news.test/"_s, {}, connected}}};
+        if (!focused)
+            w->tabs.unfocused = {connected};
+        w->p.workspace.activate(front);
+        w->p.scheduler.advance(500);
+        if (connected.isEmpty() || (front.pid && front.pid != 100)) { // first, time to connect
+            QVERIFY(w->p.workspace.hidden.isEmpty());
+            w->p.scheduler.advance(10000);
+        }
+        QCOMPARE(w->p.workspace.hidden.contains(front.name), hidden);
+        QCOMPARE(w->p.notifier.notifications.size(), hidden ? 1 : 0);
         QCOMPARE(w->tabs.blocked.isEmpty() ? QString() : w->tabs.blocked.last().second, blockQuery);
     }
 
@@ -231,7 +286,7 @@ private Q_SLOTS:
         row("no host: *x* fails", "*x*", "about:blank", false);
         row("no host: * passes", "*", "about:blank", true);
         row("www stays in the entry, not the host", "www.example.org", "https://www.example.org/", false);
-        row("http without scheme: all match", "httpbin.org", "https://elsewhere.test/", true);
+        row("http without a readable host matches nothing", "httpbin.org", "https://elsewhere.test/", false);
         row("question mark is one character", "exam?le", "https://example.org/", true);
         row("devtools is an address", "devtools", "devtools://devtools/bundled/inspector.html", true);
     }

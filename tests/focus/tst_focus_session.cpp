@@ -268,7 +268,7 @@ private Q_SLOTS:
 
         FocusFixture f;
         AppDelegate& app = f.start();
-        f.fakes.workspace.running = QStringList{"xterm", "chromium"};
+        f.fakes.workspace.running = QStringList{"xterm", "firefox-esr", "chromium"};
         f.fakes.media.mic = true;
         if (workRunning) {
             f.startWork(60);
@@ -294,7 +294,7 @@ private Q_SLOTS:
         QVERIFY(!f.engine().session().isFocusModeOn());
         QVERIFY(!f.engine().focusCompletedVcObj()->isVisible());
         const QString meetingRow =
-            u"focus block,Meetings,65,,,2026-11-23 10:00:05,Meeting using {chromium.desktop},,,"_s;
+            u"focus block,Meetings,65,,,2026-11-23 10:00:05,Meeting using {firefox-esr.desktop},,,"_s;
         QCOMPARE(f.usageRows(), accept ? QStringList{meetingRow} : QStringList());
 
         // The next call asks again.

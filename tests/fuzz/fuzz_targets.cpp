@@ -14,8 +14,10 @@
 #include "SettingsValidation.h"
 #include "SyncTimestamps.h"
 #include "TextCatalogue.h"
+#include "urlValidation.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <QDir>
 #include <QJsonDocument>
@@ -90,11 +92,11 @@ void hostFrames(const QByteArray& data)
     QByteArray frame;
     for (qsizetype at = 1; at < data.size(); at += piece) {
         reader.feed(QByteArrayView(data).sliced(at, qMin(piece, data.size() - at)));
-        auto status = frames::FrameReader::Status::Frame;
-        while ((status = reader.next(&frame)) == frames::FrameReader::Status::Frame)
-            frames::parse(frame);
-        if (status == frames::FrameReader::Status::Oversized)
-            return;
+        for (auto status = reader.next(&frame); status != frames::FrameReader::Status::NeedMore;
+             status = reader.next(&frame)) {
+            if (status == frames::FrameReader::Status::Frame)
+                frames::parse(frame);
+        }
     }
 }
 
@@ -120,11 +122,37 @@ void schema(const QByteArray& data)
     validateSettings(objectOf(data.sliced(split + 1)), objectOf(data.first(split))).describe();
 }
 
+// Not a reader but a rule: an address whose host is on the list is refused
+// whatever its path, query and fragment hold, judged by the host the browser
+// parsed or, without one, by the address alone; an allowed host stays allowed.
+void addressRules(const QByteArray& data)
+{
+    if (data.isEmpty())
+        return;
+    static const QStringList blocked =
+        QStringLiteral("news.test *.video.test https://www.feed.test/any shop").split(u' ');
+    static const QStringList onList =
+        QStringLiteral("news.test www.news.test a.video.test feed.test shop.example m.shop.test").split(u' ');
+    static const QStringList allowed = QStringLiteral("docs.test mail.example 127.0.0.1").split(u' ');
+    static const char* const separators[] = {"/", "?", "#", "/%zz?"};
+    const quint8 pick = quint8(data[0]);
+    const QString rest = QLatin1StringView(separators[pick >> 6]) + QString::fromUtf8(data.sliced(1));
+    const QString& host = onList.at(pick % onList.size());
+    const QString address = QStringLiteral("https://") + host + rest;
+    const QString& good = allowed.at(pick % allowed.size());
+    const QString goodAddress = QStringLiteral("http://") + good + rest;
+    if (!matchesAnyEntry(address, host, blocked) || !matchesAnyEntry(address, QString(), blocked) ||
+        matchesAnyEntry(goodAddress, good, blocked) || !matchesAnyEntry(goodAddress, good, allowed)) {
+        std::fprintf(stderr, "address rule broken for %s\n", qPrintable(address));
+        std::abort();
+    }
+}
+
 using Target = void (*)(const QByteArray&);
 const std::map<std::string, Target> targets = {
     {"settings", settings},      {"catalogue", catalogue},    {"usage_log", usageLog},
     {"sync_plist", syncPlist},   {"host_frames", hostFrames}, {"bridge_message", bridgeMessage},
-    {"http_bodies", httpBodies}, {"schema", schema},
+    {"http_bodies", httpBodies}, {"schema", schema},          {"address_rules", addressRules},
 };
 
 } // namespace

@@ -1,12 +1,14 @@
 # Sourced after lib.sh. program_start BLOCKED-JSON: a loopback web server ($port, $work), and
 # the program at midday with those addresses always blocked, writing its host's manifests
 # into the browsers' folders; before_launch, when defined, runs just before it starts.
-# chromium_start: Chromium in front with our extension ($extension_id), *.test resolving to
-# the server, its tabs through `tabs`.
+# chromium_start: Chromium run for the first time after the program started (its profile
+# folder is new, so its host manifest comes from the folder watch), in front with our
+# extension ($extension_id), *.test resolving to the server, its tabs through `tabs`.
+# chromium_flags: the flags every Chromium of the tests runs with.
 program_start() {
     extension="$(cd "$it_here/../../browser/extension" && pwd)"
     work="$VELMORA_IT_DIR/browser"
-    mkdir -p "$work" "$XDG_CONFIG_HOME/chromium" "$HOME/.mozilla"
+    mkdir -p "$work" "$XDG_CONFIG_HOME" "$HOME/.mozilla"
     start_helper "$VELMORA_IT_PYTHON" "$it_here/web.py" serve "$work"
     poll 10 "the web server is listening" test -s "$work/port"
     port="$(cat "$work/port")"
@@ -17,21 +19,60 @@ program_start() {
     start_velmora "$day 12:00:00"
 }
 
+chromium_flags() {
+    printf '%s\n' --no-sandbox --disable-gpu --no-first-run --no-default-browser-check \
+        --load-extension="$extension" --disable-extensions-except="$extension" \
+        --host-resolver-rules="MAP *.test 127.0.0.1:$port"
+}
+
 chromium_start() {
     command -v chromium >/dev/null || fail "chromium is not installed (scripts/install-deps.sh)"
     extension_id=lhpgjbdeclclangdcipdeabmekkljheh
-    local profile="$XDG_CONFIG_HOME/chromium" browser
-    poll 15 "the program wrote the host manifest" grep -q "chrome-extension://$extension_id/" \
-        "$profile/NativeMessagingHosts/app.velmora.host.json"
+    profile="$XDG_CONFIG_HOME/chromium"
+    [ ! -e "$profile" ] || fail "Chromium's profile exists before its first run"
     devtools=$((port + 1))
-    start_helper chromium --no-sandbox --disable-gpu --no-first-run --no-default-browser-check \
-        --user-data-dir="$profile" --load-extension="$extension" --disable-extensions-except="$extension" \
-        --host-resolver-rules="MAP *.test 127.0.0.1:$port" --remote-debugging-port="$devtools" \
+    mapfile -t flags < <(chromium_flags)
+    start_helper chromium "${flags[@]}" --user-data-dir="$profile" --remote-debugging-port="$devtools" \
         --window-position=100,50 --window-size=1000,700 "http://start.test/"
+    chromium_pid="$helper"
     tabs() { "$VELMORA_IT_PYTHON" "$it_here/web.py" tabs "$devtools" "$@"; }
-    poll 30 "Chromium's window is mapped" xdotool search --onlyvisible --class '^Chromium$'
+    poll 15 "the program wrote the host manifest into the new profile" grep -q "chrome-extension://$extension_id/" \
+        "$profile/NativeMessagingHosts/app.velmora.host.json"
+    poll 30 "Chromium's window is mapped" xdotool search --all --onlyvisible --pid "$chromium_pid" --class '^Chromium$'
+    browser="$(xdotool search --all --onlyvisible --pid "$chromium_pid" --class '^Chromium$' | head -n1)"
+    chromium_front
     poll 30 "the extension connected through the host" grep -q 'Browser bridge: chromium connected' "$VELMORA_LOG"
-    browser="$(xdotool search --onlyvisible --class '^Chromium$' | head -n1)"
-    xdotool windowactivate --sync "$browser" 2>/dev/null || true
-    poll 10 "Chromium is the active window" is_active "$browser"
 }
+
+# chromium_front [WINDOW]: the (first) Chromium window in front again.
+chromium_front() {
+    xdotool windowactivate --sync "${1:-$browser}" 2>/dev/null || true
+    poll 10 "Chromium is the active window" is_active "${1:-$browser}"
+}
+
+iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }
+
+# new_window_hidden CLASS WHAT COMMAND...: a window of the class COMMAND shows is iconified
+# within a second of being mapped.
+new_window_hidden() {
+    local class=$1 what=$2 before window="" start deadline=$((SECONDS + 15))
+    shift 2
+    before="$(xdotool search --onlyvisible --class "$class" | sort)"
+    "$@"
+    while [ -z "$window" ]; do
+        [ "$SECONDS" -lt "$deadline" ] || fail "no window came up for $what"
+        window="$(comm -13 <(echo "$before") <(xdotool search --onlyvisible --class "$class" | sort) | head -n1)"
+    done
+    start=$(date +%s%3N)
+    until iconic "$window"; do
+        [ $(($(date +%s%3N) - start)) -lt 1000 ] ||
+            fail "$what was not hidden within a second ($(xprop -id "$window" WM_STATE WM_NAME | tr '\n' ' '))"
+        sleep 0.02
+    done
+    note "$what hidden after $(($(date +%s%3N) - start)) ms"
+}
+
+private_window_hidden() {
+    new_window_hidden '^Chromium$' "Chromium's private window on $1" open_private "$1"
+}
+open_private() { chromium "${flags[@]}" --user-data-dir="$profile" --incognito "$1" >/dev/null 2>&1 & }

@@ -4,7 +4,8 @@
   web.py serve WORK [CATALOGUE]   on a free port (WORK/port): a GET is logged to WORK/requests.log
       and answered with a page, /config/config.json with CATALOGUE, its webhook pointed here;
       a POST body is appended to WORK/posts.jsonl as one line.
-  web.py tabs PORT open URL | wait ID PREFIX SECONDS   Chromium's tabs; wait prints the URL
+  web.py tabs PORT open URL | wait ID PREFIX SECONDS | list   Chromium's tabs; wait prints the URL,
+      list every tab's id and URL
   web.py page PORT URL-PREFIX eval EXPRESSION | click SELECTOR | type TEXT
       the page, through the DevTools protocol (EXPRESSION's value is printed as JSON)
 """
@@ -60,7 +61,12 @@ def tabs(port, command, *args):
         with urllib.request.urlopen(base + "/list", timeout=5) as reply:
             return next((t.get("url", "") for t in json.load(reply) if t.get("id") == tab_id), None)
 
-    if command == "open":
+    if command == "list":
+        with urllib.request.urlopen(base + "/list", timeout=5) as reply:
+            for t in json.load(reply):
+                if t.get("type") == "page":
+                    print(t["id"], t.get("url", ""))
+    elif command == "open":
         request = urllib.request.Request(base + "/new?" + urllib.parse.quote(args[0], safe=":/?&=%"), method="PUT")
         with urllib.request.urlopen(request, timeout=5) as reply:
             print(json.load(reply)["id"])

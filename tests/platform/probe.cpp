@@ -11,7 +11,8 @@ int main(int argc, char** argv)
     velmora::PulseMediaMonitor monitor;
     const bool mic = monitor.isMicOn();
     const bool camera = monitor.isACameraOn();
-    const QStringList inhibitors = monitor.displaySleepInhibitors();
+    const QStringList inhibitors =
+        monitor.displaySleepInhibitors().value_or(QStringList{QStringLiteral("(none answered)")});
     QTextStream(stdout) << "mic=" << int(mic) << " camera=" << int(camera)
                         << " inhibitors=" << inhibitors.join(u',') << Qt::endl;
     return 0;

@@ -1,6 +1,7 @@
 // The desktop-entry index behind the X11 workspace: how a window and a name in a
 // settings document find their application.
 #include "DesktopEntries.h"
+#include "X11Workspace.h"
 
 #include <QDir>
 #include <QFile>
@@ -44,6 +45,8 @@ private Q_SLOTS:
         // The user's own copies outrank the system's.
         write(user(u"removed.desktop"_s), "Name=Removed\nExec=cat\nHidden=true\n");
         write(user(u"google-chrome.desktop"_s), "Name=My Chrome\nExec=cat\n");
+        // Entries anyone at the keyboard can write, claiming other programs' windows.
+        write(user(u"finder.desktop"_s), "Name=Finder\nExec=cat\nStartupWMClass=Steam\n");
     }
 
     // A window's names, from the toolkit's own id to the lower-cased class, find one entry.
@@ -51,21 +54,29 @@ private Q_SLOTS:
     {
         QTest::addColumn<WindowFacts>("window");
         QTest::addColumn<QString>("name");
-        const auto row = [](const char* name, WindowFacts window, const char* expected) {
-            QTest::newRow(name) << window << QString::fromUtf8(expected);
+        const auto row = [](const char* name, WindowFacts window, const QString& expected) {
+            QTest::newRow(name) << window << expected;
         };
         const QString trueProgram = QFileInfo(u"/bin/true"_s).canonicalFilePath();
         const QString shell = QFileInfo(u"/bin/sh"_s).canonicalFilePath();
+        const QString cat = QFileInfo(u"/bin/cat"_s).canonicalFilePath();
         row("toolkit id first", {u"org.example.Editor"_s, {}, u"chromium"_s, u"Chromium"_s, {}},
-            "org.example.editor");
-        row("kde desktop file", {{}, u"kde-viewer"_s, u"x"_s, u"X"_s, {}}, "kde-viewer");
-        row("StartupWMClass, any case", {{}, {}, u"chromium-browser"_s, u"CHROMIUM"_s, {}}, "chromium");
-        row("id equals the instance", {{}, {}, u"google-chrome"_s, u"Google-chrome-x"_s, {}},
-            "google-chrome");
-        row("program of one entry", {{}, {}, u"ed"_s, u"Ed"_s, trueProgram}, "org.example.editor");
-        row("program of two entries names nothing", {{}, {}, u"sh"_s, u"Sh"_s, shell}, "sh");
-        row("no entry: lower-cased class", {{}, {}, u"xterm"_s, u"XTerm"_s, {}}, "xterm");
-        row("a hidden entry masks the system's", {{}, {}, u"removed"_s, u"Removed"_s, {}}, "removed");
+            u"org.example.editor"_s);
+        row("kde desktop file", {{}, u"kde-viewer"_s, u"x"_s, u"X"_s, {}}, u"kde-viewer"_s);
+        row("StartupWMClass, any case", {{}, {}, u"chromium-browser"_s, u"CHROMIUM"_s, {}}, u"chromium"_s);
+        row("id equals the instance", {{}, {}, u"chromium"_s, u"Chromium-x"_s, {}}, u"chromium"_s);
+        row("the user's entry names the window of its own program",
+            {{}, {}, u"google-chrome"_s, u"Google-chrome-x"_s, cat}, u"google-chrome"_s);
+        row("the user's entry cannot borrow another program's window",
+            {{}, {}, u"google-chrome"_s, u"Google-chrome-x"_s, trueProgram}, u"org.example.editor"_s);
+        row("the user's StartupWMClass cannot make a window finder", {{}, {}, u"steam"_s, u"Steam"_s, {}},
+            u"steam"_s);
+        row("nor by the toolkit's id", {u"finder"_s, {}, u"steam"_s, u"Steam"_s, shell}, u"steam"_s);
+        row("no WM_CLASS: named by its program", {{}, {}, {}, {}, shell}, QFileInfo(shell).fileName());
+        row("program of one entry", {{}, {}, u"ed"_s, u"Ed"_s, trueProgram}, u"org.example.editor"_s);
+        row("program of two entries names nothing", {{}, {}, u"sh"_s, u"Sh"_s, shell}, u"sh"_s);
+        row("no entry: lower-cased class", {{}, {}, u"xterm"_s, u"XTerm"_s, {}}, u"xterm"_s);
+        row("a hidden entry masks the system's", {{}, {}, u"removed"_s, u"Removed"_s, {}}, u"removed"_s);
     }
     void windowToApplication()
     {
@@ -94,6 +105,28 @@ private Q_SLOTS:
         QFETCH(QString, asked);
         QFETCH(QString, name);
         QCOMPARE(DesktopEntries().applicationFor(asked).name, name);
+    }
+
+    // Which windows are never judged: a window's own claims are checked against the
+    // process the X server knows (ours is 10).
+    void exemptWindows_data()
+    {
+        QTest::addColumn<X11Workspace::WindowOwner>("owner");
+        QTest::addColumn<bool>("exempt");
+        QTest::newRow("ours") << X11Workspace::WindowOwner{10, 10, false, false} << true;
+        QTest::newRow("our pid claimed by another program")
+            << X11Workspace::WindowOwner{10, 20, false, false} << false;
+        QTest::newRow("our pid claimed where the server cannot tell")
+            << X11Workspace::WindowOwner{10, 0, false, false} << false;
+        QTest::newRow("the desktop's dock") << X11Workspace::WindowOwner{30, 30, true, false} << true;
+        QTest::newRow("a program calling one of its windows a dock")
+            << X11Workspace::WindowOwner{20, 20, true, true} << false;
+    }
+    void exemptWindows()
+    {
+        QFETCH(X11Workspace::WindowOwner, owner);
+        QFETCH(bool, exempt);
+        QCOMPARE(X11Workspace::isExempt(owner, 10), exempt);
     }
 
     void anEntryInstalledWhileRunningIsFound()

@@ -138,10 +138,10 @@ class FakeMedia : public MediaMonitor
 public:
     bool isMicOn() override { return mic; }
     bool isACameraOn() override { return camera; }
-    QStringList displaySleepInhibitors() override { return inhibitors; }
+    std::optional<QStringList> displaySleepInhibitors() override { return inhibitors; }
     bool mic = false;
     bool camera = false;
-    QStringList inhibitors;
+    std::optional<QStringList> inhibitors = QStringList();
 };
 
 class FakeDisplayAwake : public DisplayAwake

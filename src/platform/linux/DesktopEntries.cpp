@@ -74,6 +74,9 @@ void DesktopEntries::rebuild()
     // when that entry is hidden or broken: that is how a user removes one.
     QSet<QString> seen;
     QStringList watched;
+    const QString own =
+        QDir::cleanPath(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                        QStringLiteral("/applications"));
     for (const QString& folder : folders) {
         const QDir root(folder);
         if (!root.exists()) {
@@ -111,6 +114,10 @@ void DesktopEntries::rebuild()
             entry.startupWmClass = fromUtf8(g_desktop_app_info_get_startup_wm_class(info));
             entry.executable = resolvedProgram(app);
             entry.shownInMenus = g_app_info_should_show(app);
+            entry.userOwned = folder == own;
+            const QStringList categories =
+                fromUtf8(g_desktop_app_info_get_categories(info)).split(u';', Qt::SkipEmptyParts);
+            entry.application.webBrowser = categories.contains(QStringLiteral("WebBrowser"));
             g_object_unref(info);
             m_byId.insert(id, int(m_entries.size()));
             m_byFile.insert(entry.application.desktopFile, int(m_entries.size()));
@@ -138,6 +145,11 @@ const DesktopEntries::Entry* DesktopEntries::byId(const QString& id) const
     return it == m_byId.cend() ? nullptr : &m_entries.at(*it);
 }
 
+bool DesktopEntries::mayName(const Entry& entry, const WindowFacts& window)
+{
+    return !entry.userOwned || (!window.executable.isEmpty() && entry.executable == window.executable);
+}
+
 Application DesktopEntries::applicationForWindow(const WindowFacts& window)
 {
     ensureFresh();
@@ -145,17 +157,18 @@ Application DesktopEntries::applicationForWindow(const WindowFacts& window)
         QString id = toolkitId;
         if (id.endsWith(QStringLiteral(".desktop")))
             id.chop(int(qstrlen(".desktop")));
-        if (const Entry* entry = id.isEmpty() ? nullptr : byId(id))
+        if (const Entry* entry = id.isEmpty() ? nullptr : byId(id); entry && mayName(*entry, window))
             return entry->application;
     }
     if (!window.wmClass.isEmpty()) {
         for (const Entry& entry : std::as_const(m_entries)) {
-            if (entry.startupWmClass.compare(window.wmClass, Qt::CaseInsensitive) == 0)
+            if (entry.startupWmClass.compare(window.wmClass, Qt::CaseInsensitive) == 0 &&
+                mayName(entry, window))
                 return entry.application;
         }
     }
     for (const QString& wm : {window.wmInstance, window.wmClass}) {
-        if (const Entry* entry = wm.isEmpty() ? nullptr : byId(wm))
+        if (const Entry* entry = wm.isEmpty() ? nullptr : byId(wm); entry && mayName(*entry, window))
             return entry->application;
     }
     if (!window.executable.isEmpty()) {
@@ -173,8 +186,9 @@ Application DesktopEntries::applicationForWindow(const WindowFacts& window)
             return match->application;
     }
     Application unnamed;
-    unnamed.name = window.wmClass.toLower();
-    unnamed.displayName = window.wmClass;
+    const QString named = window.wmClass.isEmpty() ? QFileInfo(window.executable).fileName() : window.wmClass;
+    unnamed.name = named.toLower();
+    unnamed.displayName = named;
     return unnamed;
 }
 

@@ -17,7 +17,7 @@ struct WindowFacts
     QString kdeDesktopFile;   // _KDE_NET_WM_DESKTOP_FILE
     QString wmInstance;       // WM_CLASS, first string
     QString wmClass;          // WM_CLASS, second string
-    QString executable;       // /proc/PID/exe, resolved
+    QString executable;       // /proc/PID/exe, resolved, of the window's real process
 };
 
 // The desktop entries of the XDG data folders, indexed by id, file, window class
@@ -33,6 +33,9 @@ public:
         QString startupWmClass;
         QString executable; // the Exec program, resolved through PATH
         bool shownInMenus = false;
+        // In the user's own applications folder: anyone at the keyboard can write
+        // one, so it names a window only when its program is the window's.
+        bool userOwned = false;
     };
 
     explicit DesktopEntries(QObject* parent = nullptr);
@@ -44,7 +47,9 @@ public:
     // The application of a window, in this order: the id the toolkit set, an entry
     // whose StartupWMClass is the window's class, an entry whose id is the
     // lower-cased instance or class, an entry whose program is the window's.
-    // Without an entry the lower-cased class names it.
+    // Without an entry the lower-cased class names it, and without a class the
+    // program's file name. An entry of the user's own folder found by the window's
+    // own claims (its ids and class) counts only when its program is the window's.
     Application applicationForWindow(const WindowFacts& window);
     // By a desktop file's full path, by its id without ".desktop" in any case
     // ("firefox-esr"), by the name shown in menus ("Firefox ESR") or by that name
@@ -59,6 +64,7 @@ private:
     void rebuild();
     void watch(const QStringList& folders);
     const Entry* byId(const QString& id) const;
+    static bool mayName(const Entry& entry, const WindowFacts& window);
 
     QVector<Entry> m_entries;
     QHash<QString, int> m_byId; // lower-cased id without ".desktop"

@@ -3,10 +3,12 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QFileSystemWatcher>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QLocalServer>
 #include <QLocalSocket>
+#include <QRegularExpression>
 #include <QSaveFile>
 #include <QTimer>
 
@@ -117,9 +119,13 @@ void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& co
                 QJsonArray{
                     QStringLiteral("chrome-extension://%1/").arg(QLatin1StringView(ChromiumExtensionId))});
         }
-        QSaveFile file(folder + u'/' + QLatin1StringView(HostName) + QStringLiteral(".json"));
-        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) ||
-            file.write(QJsonDocument(manifest).toJson()) < 0 || !file.commit())
+        const QString path = folder + u'/' + QLatin1StringView(HostName) + QStringLiteral(".json");
+        const QByteArray json = QJsonDocument(manifest).toJson();
+        if (QFile current(path); current.open(QIODevice::ReadOnly) && current.readAll() == json)
+            continue;
+        QSaveFile file(path);
+        if (!QDir().mkpath(folder) || !file.open(QIODevice::WriteOnly) || file.write(json) < 0 ||
+            !file.commit())
             log(QStringLiteral("Browser bridge: cannot write the host manifest in %1").arg(folder));
     }
     // Sandboxed browsers read neither these folders nor start programs outside
@@ -137,6 +143,38 @@ void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& co
     }
 }
 
+void LocalBrowserTabs::watchBrowserFolders(const QString& home, const QString& configHome,
+                                           const QString& hostProgram)
+{
+    delete m_folderWatch;
+    m_folderWatch = new QFileSystemWatcher(this);
+    // The folders a browser's folder is made in: the home and configuration
+    // folders, and the vendor folders between (BraveSoftware).
+    const auto rewatch = [this, home, configHome] {
+        QStringList folders{home, configHome};
+        for (const BrowserFolder& browser : BrowserFolders) {
+            const QString parent = QFileInfo((browser.firefoxForm ? home : configHome) + u'/' +
+                                             QLatin1StringView(browser.folder))
+                                       .absolutePath();
+            if (!folders.contains(parent))
+                folders << parent;
+        }
+        QStringList existing;
+        for (const QString& folder : std::as_const(folders)) {
+            if (QFileInfo(folder).isDir() && !m_folderWatch->directories().contains(folder))
+                existing << folder;
+        }
+        if (!existing.isEmpty())
+            m_folderWatch->addPaths(existing);
+    };
+    rewatch();
+    connect(m_folderWatch, &QFileSystemWatcher::directoryChanged, this,
+            [this, home, configHome, hostProgram, rewatch] {
+                rewatch();
+                writeHostManifests(home, configHome, hostProgram);
+            });
+}
+
 void LocalBrowserTabs::accept()
 {
     while (QLocalSocket* socket = m_server->nextPendingConnection()) {
@@ -148,6 +186,7 @@ void LocalBrowserTabs::accept()
         }
         auto connection = std::make_shared<Connection>();
         connection->socket = socket;
+        connection->id = QStringLiteral("c%1").arg(m_nextId++);
         connection->window.start();
         connection->hang = new QTimer(socket);
         connection->hang->setSingleShot(true);
@@ -187,8 +226,9 @@ void LocalBrowserTabs::readFrom(Connection* connection)
     while (true) {
         const auto status = connection->reader.next(&frame);
         if (status == frames::FrameReader::Status::Oversized) {
-            drop(connection, QStringLiteral("a frame over the size limit"));
-            return;
+            // Skipped as it arrives; the frames after it are read as usual.
+            log(QStringLiteral("Browser bridge: refused a frame over the size limit"));
+            continue;
         }
         if (status == frames::FrameReader::Status::NeedMore)
             break;
@@ -237,9 +277,15 @@ HostMessage readHostMessage(const QJsonObject& message)
     if (kind == QStringLiteral("host")) {
         read.kind = Kind::Host;
         read.text = text(message, "browser");
+        const double pid = message.value(QStringLiteral("pid")).toDouble(0);
+        read.pid = pid > 0 && pid < 4194305 && pid == std::floor(pid) ? qint64(pid) : 0;
     } else if (kind == QStringLiteral("tab")) {
         const QJsonValue tab = message.value(QStringLiteral("tab"));
-        read.address = text(message, "url");
+        read.address = text(message, "url").left(MaxAddressChars);
+        // A host name is at most 253 characters; anything else is no host of a browser's.
+        read.host = text(message, "host").toLower();
+        if (read.host.size() > 253)
+            read.host.clear();
         // Browsers number tabs with small integers; anything else is no tab of theirs.
         const double id = tab.toDouble(-1);
         const bool usableId = tab.isDouble() && id >= 0 && id <= double(1LL << 53) && id == std::floor(id);
@@ -253,6 +299,9 @@ HostMessage readHostMessage(const QJsonObject& message)
         read.kind = Kind::Ping;
     } else if (kind == QStringLiteral("hello")) {
         read.kind = Kind::Hello;
+        read.product = text(message, "product").left(60);
+        if (const QJsonValue allowed = message.value(QStringLiteral("privateAllowed")); allowed.isBool())
+            read.privateAllowed = allowed.toBool();
     } else if (kind == QStringLiteral("refused")) {
         read.kind = Kind::Refused;
         read.text = text(message, "reason");
@@ -268,16 +317,16 @@ void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& json)
     const HostMessage message = readHostMessage(json);
     if (message.kind == Kind::Host) {
         const QString& family = message.text;
-        static const QStringList families = {QStringLiteral("firefox"),       QStringLiteral("chromium"),
-                                             QStringLiteral("google-chrome"), QStringLiteral("brave"),
-                                             QStringLiteral("edge"),          QStringLiteral("vivaldi")};
-        if (!connection->browser.isEmpty() || !families.contains(family)) {
+        // Any browser may carry the extension; its host names it by its program.
+        static const QRegularExpression familyName(QStringLiteral("^[a-z0-9][a-z0-9._-]{0,39}$"));
+        if (!connection->browser.isEmpty() || !familyName.match(family).hasMatch()) {
             log(QStringLiteral("Browser bridge: refused a host announcement for \"%1\"")
                     .arg(family.left(40)));
             return;
         }
         connection->browser = family;
-        log(QStringLiteral("Browser bridge: %1 connected").arg(family));
+        connection->pid = message.pid;
+        log(QStringLiteral("Browser bridge: %1 connected (process %2)").arg(family).arg(message.pid));
         Q_EMIT connectionsChanged();
         return;
     }
@@ -293,15 +342,24 @@ void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& json)
         log(QStringLiteral("Browser bridge: refused a tab message without a tab or an address"));
         break;
     case Kind::Focus:
-        connection->focused = *message.focused;
+        // The focus is in no window of this browser that the extension sees, or in
+        // one without a tab (developer tools).
+        connection->active = BrowserTab{};
+        setFocused(connection, *message.focused);
         break;
     case Kind::Ping:
-        if (connection->socket)
-            connection->socket->write(
-                frames::encode(QJsonObject{{QStringLiteral("kind"), QStringLiteral("pong")}}));
+        send(connection, QJsonObject{{QStringLiteral("kind"), QStringLiteral("pong")}});
         break;
     case Kind::Hello:
-        // The extension's own greeting; the host already told us the browser.
+        connection->product = message.product;
+        if (message.privateAllowed != connection->privateAllowed) {
+            connection->privateAllowed = message.privateAllowed;
+            log(QStringLiteral("Browser bridge: %1 %2 in private windows")
+                    .arg(message.product.isEmpty() ? connection->browser : message.product,
+                         message.privateAllowed.value_or(false) ? QStringLiteral("may run")
+                                                                : QStringLiteral("may not run")));
+            Q_EMIT connectionsChanged();
+        }
         break;
     case Kind::Host: // answered above
         break;
@@ -318,16 +376,43 @@ void LocalBrowserTabs::handle(Connection* connection, const QJsonObject& json)
 
 void LocalBrowserTabs::handleTab(Connection* connection, const HostMessage& message)
 {
-    const BrowserTab tab{connection->browser, message.tab, message.address};
+    const BrowserTab tab{connection->browser, message.tab, message.address, message.host, connection->id};
     const bool focused = message.focused.value_or(false);
-    if (message.active) {
-        // The active tab of a focused window wins over that of a window in the back.
-        if (focused || !connection->focused)
-            connection->active = tab;
-    }
+    // Only the active tab of the focused window is the one in front.
+    if (message.active && focused)
+        connection->active = tab;
+    else if (connection->active.tab == tab.tab && !message.active)
+        connection->active = BrowserTab{};
     if (message.focused)
-        connection->focused = focused;
+        setFocused(connection, focused);
     Q_EMIT tabChanged(tab);
+}
+
+void LocalBrowserTabs::setFocused(Connection* connection, bool focused)
+{
+    if (connection->focused == focused)
+        return;
+    connection->focused = focused;
+    connection->everFocused = connection->everFocused || focused;
+    if (!focused)
+        connection->active = BrowserTab{};
+    Q_EMIT connectionsChanged();
+}
+
+void LocalBrowserTabs::send(Connection* connection, const QJsonObject& message)
+{
+    if (!connection->socket)
+        return;
+    if (connection->socket->bytesToWrite() > MaxUnsentBytes) {
+        drop(connection, QStringLiteral("its host stopped reading"));
+        return;
+    }
+    const QByteArray frame = frames::encode(message);
+    if (frame.isEmpty()) {
+        log(QStringLiteral("Browser bridge: an order is over the size limit"));
+        return;
+    }
+    connection->socket->write(frame);
 }
 
 void LocalBrowserTabs::drop(Connection* connection, const QString& reason)
@@ -371,6 +456,40 @@ const LocalBrowserTabs::Connection* LocalBrowserTabs::connectionFor(const QStrin
     return found;
 }
 
+LocalBrowserTabs::Connection* LocalBrowserTabs::connectionById(const QString& id) const
+{
+    for (const auto& connection : m_connections) {
+        if (connection->id == id && !connection->browser.isEmpty())
+            return connection.get();
+    }
+    return nullptr;
+}
+
+QList<BrowserConnection> LocalBrowserTabs::connections() const
+{
+    QList<BrowserConnection> list;
+    for (const auto& c : m_connections) {
+        if (!c->browser.isEmpty())
+            list << BrowserConnection{c->id,      c->browser,     c->product,       c->pid,
+                                      c->focused, c->everFocused, c->privateAllowed};
+    }
+    return list;
+}
+
+std::optional<BrowserTab> LocalBrowserTabs::activeTabOf(const QString& id) const
+{
+    const Connection* connection = connectionById(id);
+    if (!connection || !connection->focused || connection->active.tab < 0)
+        return std::nullopt;
+    return connection->active;
+}
+
+void LocalBrowserTabs::requestActiveTab(const QString& id)
+{
+    if (Connection* connection = connectionById(id))
+        send(connection, QJsonObject{{QStringLiteral("kind"), QStringLiteral("query")}});
+}
+
 QStringList LocalBrowserTabs::connectedBrowsers() const
 {
     QStringList browsers;
@@ -400,24 +519,19 @@ QString LocalBrowserTabs::focusedBrowser() const
 
 void LocalBrowserTabs::showBlockPage(const BrowserTab& tab, const QString& query)
 {
-    for (const auto& connection : std::as_const(m_connections)) {
-        if (connection->browser != tab.browser || !connection->socket)
-            continue;
-        if (connection->socket->bytesToWrite() > MaxUnsentBytes) {
-            drop(connection.get(), QStringLiteral("its host stopped reading"));
-            return;
-        }
-        const QByteArray frame = frames::encode(QJsonObject{{QStringLiteral("kind"), QStringLiteral("block")},
-                                                            {QStringLiteral("tab"), double(tab.tab)},
-                                                            {QStringLiteral("query"), query}});
-        if (frame.isEmpty()) {
-            log(QStringLiteral("Browser bridge: the block order is over the size limit"));
-            return;
-        }
-        // Tab ids are per browser process: every connection of that family gets
-        // the order, and the one without the tab ignores it.
-        connection->socket->write(frame);
+    const QJsonObject order{{QStringLiteral("kind"), QStringLiteral("block")},
+                            {QStringLiteral("tab"), double(tab.tab)},
+                            {QStringLiteral("query"), query}};
+    // Tab numbers are per browser process: the order goes to the connection that
+    // reported the tab, and to no other of its family.
+    if (Connection* connection = connectionById(tab.connection)) {
+        send(connection, order);
+        return;
     }
+    if (!tab.connection.isEmpty())
+        return; // that browser went away meanwhile
+    if (Connection* connection = const_cast<Connection*>(connectionFor(tab.browser)))
+        send(connection, order);
 }
 
 void LocalBrowserTabs::log(const QString& line) const

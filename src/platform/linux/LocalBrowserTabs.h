@@ -10,6 +10,7 @@
 #include <QList>
 #include <QPointer>
 
+class QFileSystemWatcher;
 class QLocalServer;
 class QLocalSocket;
 class QTimer;
@@ -33,10 +34,16 @@ struct HostMessage
     Kind kind = Kind::Unknown;
     QString text;    // the browser family (Host), the reason (Refused) or the kind as sent (Unknown)
     qint64 tab = -1; // Tab
-    QString address; // Tab
+    QString address; // Tab, cut to MaxAddressChars
+    QString host;    // Tab: the host as the browser parsed it
     bool active = false;
-    std::optional<bool> focused; // Tab, Focus
+    std::optional<bool> focused;        // Tab, Focus
+    qint64 pid = 0;                     // Host: the browser's process
+    QString product;                    // Hello: the browser's own name
+    std::optional<bool> privateAllowed; // Hello
 };
+// Addresses longer than this are cut; the host is sent beside them and kept whole.
+constexpr qsizetype MaxAddressChars = 8192;
 HostMessage readHostMessage(const QJsonObject& message);
 
 // The program's end of the browser bridge: a QLocalServer in
@@ -65,13 +72,19 @@ public:
     // family under the configuration folder, Firefox's under home), and says where
     // a sandboxed browser cannot use it.
     void writeHostManifests(const QString& home, const QString& configHome, const QString& hostProgram);
+    // Writes them again whenever a browser's folder appears (a browser run for the
+    // first time), for as long as the program runs.
+    void watchBrowserFolders(const QString& home, const QString& configHome, const QString& hostProgram);
 
     void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
     // Limits, changeable so that a test need not send thousands of frames.
     void setLimits(int messagesPerSecond, int hangMs);
 
     QStringList connectedBrowsers() const override;
+    QList<BrowserConnection> connections() const override;
     std::optional<BrowserTab> activeTab(const QString& browser) const override;
+    std::optional<BrowserTab> activeTabOf(const QString& connection) const override;
+    void requestActiveTab(const QString& connection) override;
     QString focusedBrowser() const override;
     void showBlockPage(const BrowserTab& tab, const QString& query) override;
 
@@ -80,10 +93,14 @@ private:
     {
         QPointer<QLocalSocket> socket;
         frames::FrameReader reader;
+        QString id;
         QString browser; // empty until the host said which
-        bool helloLogged = false;
+        QString product;
+        qint64 pid = 0;
+        std::optional<bool> privateAllowed;
         bool focused = false;
-        BrowserTab active;
+        bool everFocused = false;
+        BrowserTab active;    // of the focused window; no tab (-1) when it has none we see
         QElapsedTimer window; // the current second of the flood count
         int messagesInWindow = 0;
         bool floodLogged = false;
@@ -98,13 +115,18 @@ private:
     void handleTab(Connection* connection, const HostMessage& message);
     void drop(Connection* connection, const QString& reason);
     void forget(QLocalSocket* socket);
+    void send(Connection* connection, const QJsonObject& message);
+    void setFocused(Connection* connection, bool focused);
     const Connection* connectionFor(const QString& browser) const;
+    Connection* connectionById(const QString& id) const;
     void log(const QString& line) const;
 
     QLocalServer* m_server = nullptr;
     QList<std::shared_ptr<Connection>> m_connections;
     int m_messagesPerSecond = 200;
     int m_hangMs = 5000;
+    quint64 m_nextId = 1;
+    QFileSystemWatcher* m_folderWatch = nullptr;
     std::function<void(const QString&)> m_log;
 };
 

@@ -152,14 +152,14 @@ QDBusArgument structuredArgument(const QDBusMessage& reply)
     return first.value<QDBusArgument>();
 }
 
-void appendGnomeInhibitors(QStringList& names, const QDeadlineTimer& budget)
+bool appendGnomeInhibitors(QStringList& names, const QDeadlineTimer& budget)
 {
     const QDBusConnection bus = QDBusConnection::sessionBus();
     const QString service = u"org.gnome.SessionManager"_s;
     const std::optional<QDBusMessage> reply = callService(bus, service, u"/org/gnome/SessionManager"_s,
                                                           service, u"GetInhibitors"_s, u"ao"_s, budget);
     if (!reply)
-        return;
+        return false;
     const auto paths = qdbus_cast<QList<QDBusObjectPath>>(reply->arguments().constFirst());
     const QString interface = u"org.gnome.SessionManager.Inhibitor"_s;
     for (const QDBusObjectPath& path : paths) {
@@ -172,19 +172,20 @@ void appendGnomeInhibitors(QStringList& names, const QDeadlineTimer& budget)
         if (appId)
             names << appId->arguments().constFirst().toString();
     }
+    return true;
 }
 
-void appendKdeInhibitors(QStringList& names, const QDeadlineTimer& budget)
+bool appendKdeInhibitors(QStringList& names, const QDeadlineTimer& budget)
 {
     const QString agent = u"org.kde.Solid.PowerManagement.PolicyAgent"_s;
     const std::optional<QDBusMessage> reply =
         callService(QDBusConnection::sessionBus(), agent, u"/org/kde/Solid/PowerManagement/PolicyAgent"_s,
                     agent, u"ListInhibitions"_s, u"a(ss)"_s, budget);
     if (!reply)
-        return;
+        return false;
     const QDBusArgument list = structuredArgument(*reply);
     if (list.currentType() != QDBusArgument::ArrayType)
-        return;
+        return true; // answered, with nothing we can read
     list.beginArray();
     while (!list.atEnd()) {
         QString application;
@@ -195,18 +196,19 @@ void appendKdeInhibitors(QStringList& names, const QDeadlineTimer& budget)
         names << application;
     }
     list.endArray();
+    return true;
 }
 
-void appendLogindInhibitors(QStringList& names, const QDeadlineTimer& budget)
+bool appendLogindInhibitors(QStringList& names, const QDeadlineTimer& budget)
 {
     const std::optional<QDBusMessage> reply =
         callService(QDBusConnection::systemBus(), u"org.freedesktop.login1"_s, u"/org/freedesktop/login1"_s,
                     u"org.freedesktop.login1.Manager"_s, u"ListInhibitors"_s, u"a(ssssuu)"_s, budget);
     if (!reply)
-        return;
+        return false;
     const QDBusArgument list = structuredArgument(*reply);
     if (list.currentType() != QDBusArgument::ArrayType)
-        return;
+        return true; // answered, with nothing we can read
     list.beginArray();
     while (!list.atEnd()) {
         QString what;
@@ -223,6 +225,7 @@ void appendLogindInhibitors(QStringList& names, const QDeadlineTimer& budget)
             names << who;
     }
     list.endArray();
+    return true;
 }
 
 } // namespace
@@ -380,13 +383,16 @@ bool PulseMediaMonitor::isACameraOn()
     return found;
 }
 
-QStringList PulseMediaMonitor::displaySleepInhibitors()
+std::optional<QStringList> PulseMediaMonitor::displaySleepInhibitors()
 {
     const QDeadlineTimer budget(DBusBudgetMs);
     QStringList names;
-    appendGnomeInhibitors(names, budget);
-    appendKdeInhibitors(names, budget);
-    appendLogindInhibitors(names, budget);
+    // Each source is asked even when one before it failed; no answer at all is no list.
+    bool answered = appendGnomeInhibitors(names, budget);
+    answered = appendKdeInhibitors(names, budget) || answered;
+    answered = appendLogindInhibitors(names, budget) || answered;
+    if (!answered)
+        return std::nullopt;
     names.removeAll(QString());
     names.removeDuplicates();
     return names;

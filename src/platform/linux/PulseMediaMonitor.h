@@ -27,7 +27,7 @@ public:
 
     bool isMicOn() override;
     bool isACameraOn() override;
-    QStringList displaySleepInhibitors() override;
+    std::optional<QStringList> displaySleepInhibitors() override;
 
 private:
     bool connectToServer(const QDeadlineTimer& deadline);

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <iterator>
 #include <unistd.h>
+#include <xcb/res.h>
 #include <xcb/xcb.h>
 
 namespace velmora {
@@ -32,6 +33,8 @@ constexpr const char* AtomNames[] = {
     "_GTK_APPLICATION_ID",
     "_KDE_NET_WM_DESKTOP_FILE",
     "UTF8_STRING",
+    "_NET_WM_WINDOW_TYPE_DIALOG",
+    "_NET_WM_WINDOW_TYPE_UTILITY",
 };
 
 constexpr quint32 IconicState = 3;
@@ -73,6 +76,16 @@ X11Workspace::X11Workspace(QObject* parent)
     }
     xcb_change_window_attributes(m_connection, m_root, XCB_CW_EVENT_MASK, &mask);
     xcb_flush(m_connection);
+    // XRes 1.2 tells the process of a local client's window.
+    const xcb_query_extension_reply_t* res = xcb_get_extension_data(m_connection, &xcb_res_id);
+    if (res && res->present) {
+        const auto cookie = xcb_res_query_version(m_connection, 1, 2);
+        if (auto* version = xcb_res_query_version_reply(m_connection, cookie, nullptr)) {
+            m_hasRes =
+                version->server_major > 1 || (version->server_major == 1 && version->server_minor >= 2);
+            std::free(version);
+        }
+    }
     m_lastActive = activeWindow();
     QCoreApplication::instance()->installNativeEventFilter(this);
 }
@@ -149,22 +162,89 @@ QList<quint32> X11Workspace::atomsOf(quint32 window, Atom property) const
     return atoms;
 }
 
-bool X11Workspace::isJudged(quint32 window) const
+bool X11Workspace::isExempt(const WindowOwner& owner, quint32 ownPid)
+{
+    if (owner.realPid != 0 && owner.realPid == ownPid)
+        return true;
+    return owner.desktopType && !owner.ownerShowsOrdinaryWindow;
+}
+
+quint32 X11Workspace::realPid(quint32 window) const
+{
+    if (!m_hasRes)
+        return 0;
+    xcb_res_client_id_spec_t spec{window, XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID};
+    const auto cookie = xcb_res_query_client_ids(m_connection, 1, &spec);
+    xcb_res_query_client_ids_reply_t* reply = xcb_res_query_client_ids_reply(m_connection, cookie, nullptr);
+    if (!reply)
+        return 0;
+    quint32 pid = 0;
+    for (auto it = xcb_res_query_client_ids_ids_iterator(reply); it.rem; xcb_res_client_id_value_next(&it)) {
+        if ((it.data->spec.mask & XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID) &&
+            xcb_res_client_id_value_value_length(it.data) > 0) {
+            pid = *xcb_res_client_id_value_value(it.data);
+            break;
+        }
+    }
+    std::free(reply);
+    return pid;
+}
+
+bool X11Workspace::hasDesktopType(quint32 window) const
+{
+    for (const quint32 type : atomsOf(window, WmWindowType)) {
+        if (type == m_atoms[TypeDesktop] || type == m_atoms[TypeDock] || type == m_atoms[TypeNotification])
+            return true;
+    }
+    return false;
+}
+
+X11Workspace::WindowOwner X11Workspace::ownerOf(quint32 window) const
+{
+    WindowOwner owner;
+    owner.claimedPid = cardinal(window, WmPid);
+    owner.realPid = realPid(window);
+    owner.desktopType = hasDesktopType(window);
+    if (owner.desktopType && owner.realPid) {
+        // A program that calls one of its windows a dock still shows the others.
+        for (const quint32 other : windowList(ClientList)) {
+            if (other != window && !hasDesktopType(other) && realPid(other) == owner.realPid) {
+                owner.ownerShowsOrdinaryWindow = true;
+                break;
+            }
+        }
+    }
+    return owner;
+}
+
+bool X11Workspace::isJudged(quint32 window, quint32* process) const
 {
     if (!window)
         return false;
-    for (const quint32 type : atomsOf(window, WmWindowType)) {
-        if (type == m_atoms[TypeDesktop] || type == m_atoms[TypeDock] || type == m_atoms[TypeNotification])
-            return false;
-    }
     for (const QWindow* own : QGuiApplication::allWindows()) {
         if (own->handle() && quint32(own->winId()) == window)
             return false;
     }
-    return cardinal(window, WmPid) != quint32(::getpid());
+    const WindowOwner owner = ownerOf(window);
+    if (process)
+        *process = processOf(owner);
+    return !isExempt(owner, quint32(::getpid()));
 }
 
-WindowFacts X11Workspace::factsOf(quint32 window) const
+bool X11Workspace::isDialog(quint32 window) const
+{
+    // A transient window (a file chooser, a print dialog) belongs to its parent's
+    // program, whose windows it serves.
+    if (!propertyBytes(window, XCB_ATOM_WM_TRANSIENT_FOR, XCB_ATOM_WINDOW).isEmpty())
+        return true;
+    for (const quint32 type : atomsOf(window, WmWindowType)) {
+        if (type == m_atoms[TypeDialog] || type == m_atoms[TypeUtility])
+            return true;
+    }
+    return false;
+}
+
+WindowFacts X11Workspace::factsOf(quint32 window, quint32 process) const
 {
     WindowFacts facts;
     facts.gtkApplicationId =
@@ -177,14 +257,15 @@ WindowFacts X11Workspace::factsOf(quint32 window) const
     if (wmClass.size() > 1)
         facts.wmClass = QString::fromLatin1(wmClass.at(1));
     // The pid may be missing, or a sandbox's own number: then it names nothing.
-    if (const quint32 pid = cardinal(window, WmPid))
-        facts.executable = QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).canonicalFilePath();
+    // Where the server knows the real process, the window's claim is not asked.
+    if (process)
+        facts.executable = QFileInfo(QStringLiteral("/proc/%1/exe").arg(process)).canonicalFilePath();
     return facts;
 }
 
-Application X11Workspace::applicationOf(quint32 window)
+Application X11Workspace::applicationOf(quint32 window, quint32 process)
 {
-    const WindowFacts facts = factsOf(window);
+    const WindowFacts facts = factsOf(window, process);
     if (facts.wmClass.isEmpty() && facts.wmInstance.isEmpty() && facts.gtkApplicationId.isEmpty() &&
         facts.kdeDesktopFile.isEmpty() && facts.executable.isEmpty())
         return {};
@@ -194,9 +275,15 @@ Application X11Workspace::applicationOf(quint32 window)
 Application X11Workspace::frontmostApplication()
 {
     const quint32 window = activeWindow();
-    if (!isJudged(window))
+    quint32 process = 0;
+    if (!isJudged(window, &process))
         return {};
-    return applicationOf(window);
+    Application application = applicationOf(window, process);
+    if (application.isValid()) {
+        application.pid = process;
+        application.dialog = isDialog(window);
+    }
+    return application;
 }
 
 void X11Workspace::hide(const Application& application)
@@ -205,7 +292,8 @@ void X11Workspace::hide(const Application& application)
         return;
     int count = 0;
     for (const quint32 window : windowList(ClientList)) {
-        if (isJudged(window) && applicationOf(window).name == application.name) {
+        quint32 process = 0;
+        if (isJudged(window, &process) && applicationOf(window, process).name == application.name) {
             iconify(window);
             ++count;
         }
@@ -247,7 +335,8 @@ void X11Workspace::moveFocusAwayFrom(const Application& application)
     // window of another application.
     const QList<quint32> stacking = windowList(ClientListStacking);
     for (auto it = stacking.crbegin(); it != stacking.crend(); ++it) {
-        if (!isJudged(*it) || applicationOf(*it).name == application.name)
+        quint32 process = 0;
+        if (!isJudged(*it, &process) || applicationOf(*it, process).name == application.name)
             continue;
         xcb_client_message_event_t message{};
         message.response_type = XCB_CLIENT_MESSAGE;
@@ -266,9 +355,10 @@ QStringList X11Workspace::runningApplications()
 {
     QStringList names;
     for (const quint32 window : windowList(ClientList)) {
-        if (!isJudged(window))
+        quint32 process = 0;
+        if (!isJudged(window, &process))
             continue;
-        const Application application = applicationOf(window);
+        const Application application = applicationOf(window, process);
         if (application.isValid() && !names.contains(application.name))
             names << application.name;
     }

@@ -40,6 +40,26 @@ public:
     void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
     bool isConnected() const { return m_connection != nullptr; }
 
+    // Who a window belongs to. `claimedPid` is the window's _NET_WM_PID, which any
+    // client may write; `realPid` the X server's word for the client that made it
+    // (XRes; 0 for a remote client or without XRes).
+    struct WindowOwner
+    {
+        quint32 claimedPid = 0;
+        quint32 realPid = 0;
+        bool desktopType = false;              // claims to be the desktop, a dock or a notification
+        bool ownerShowsOrdinaryWindow = false; // its real process has ordinary windows too
+    };
+    // Windows never judged: ours, by the real process and never by the claim alone,
+    // and the desktop's, whose process shows no ordinary window of its own.
+    static bool isExempt(const WindowOwner& owner, quint32 ownPid);
+    // The process whose program names the window: the real one where the server
+    // tells it.
+    static quint32 processOf(const WindowOwner& owner)
+    {
+        return owner.realPid ? owner.realPid : owner.claimedPid;
+    }
+
 private:
     enum Atom
     {
@@ -57,6 +77,8 @@ private:
         GtkApplicationId,
         KdeDesktopFile,
         Utf8String,
+        TypeDialog,
+        TypeUtility,
         AtomCount
     };
 
@@ -66,9 +88,14 @@ private:
     QByteArray propertyBytes(quint32 window, quint32 property, quint32 type) const;
     quint32 cardinal(quint32 window, Atom property) const;
     // Desktop, dock, notification and our own windows are never anyone's application.
-    bool isJudged(quint32 window) const;
-    WindowFacts factsOf(quint32 window) const;
-    Application applicationOf(quint32 window);
+    // `process`, when given, receives the window's process (processOf).
+    bool isJudged(quint32 window, quint32* process = nullptr) const;
+    bool hasDesktopType(quint32 window) const;
+    quint32 realPid(quint32 window) const;
+    WindowOwner ownerOf(quint32 window) const;
+    bool isDialog(quint32 window) const;
+    WindowFacts factsOf(quint32 window, quint32 process) const;
+    Application applicationOf(quint32 window, quint32 process);
     void iconify(quint32 window);
     void moveFocusAwayFrom(const Application& application);
     bool windowManagerIconifies();
@@ -79,6 +106,7 @@ private:
     quint32 m_atoms[AtomCount] = {};
     quint32 m_lastActive = 0;
     int m_iconifies = -1; // unknown until the first hide
+    bool m_hasRes = false;
     DesktopEntries m_entries;
     std::function<void(const QString&)> m_log;
 };

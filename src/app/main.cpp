@@ -2,6 +2,7 @@
 #include "CrashLog.h"
 #include "DebugLog.h"
 #include "DesktopNotifier.h"
+#include "GnomeShellDesktop.h"
 #include "IdleMemory.h"
 #include "LocalBrowserTabs.h"
 #include "LockWindows.h"
@@ -126,6 +127,16 @@ int main(int argc, char* argv[])
     LocalBrowserTabs browserTabs;
     Ports ports{&clock, &scheduler, &preferences,  &media,   &displayAwake, &notifier,
                 &http,  &launcher,  &loginService, &hotKeys, &workspace,    &browserTabs};
+    // GNOME on Wayland: the lock, the applications and the hot keys through our shell extension.
+    GnomeShellDesktop::Probe gnome;
+    if (QGuiApplication::platformName() == QLatin1String("wayland"))
+        gnome = GnomeShellDesktop::connect(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                                           QStringLiteral("/gnome-shell/extensions"));
+    if (gnome.desktop) {
+        ports.lockShield = &gnome.desktop->lockShield();
+        ports.workspace = &gnome.desktop->workspace();
+        ports.hotKeys = &gnome.desktop->hotKeys();
+    }
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
@@ -139,6 +150,12 @@ int main(int argc, char* argv[])
     idle.start();
     const auto log = [&delegate](const QString& line) { delegate.debugLog().addLog(line); };
     workspace.setLog(log);
+    if (gnome.isGnome)
+        log(gnome.logLine);
+    if (gnome.desktop)
+        gnome.desktop->setLog(log);
+    else if (gnome.needsNewLogin)
+        GnomeShellDesktop::tellOnceToLogInAgain(notifier, paths.dataFolder);
     browserTabs.setLog(log);
     // The browsers start our host per connection; their manifests say where it is.
     browserTabs.writeHostManifests(

@@ -1,0 +1,219 @@
+#!/usr/bin/env bash
+# The lock on GNOME on Wayland, where only our shell extension can keep it above everything.
+# At the first login the program installs and enables the extension, which GNOME takes up
+# only at the next login, and says so once. After a new login the morning lock covers both
+# monitors (of different sizes) above an ordinary window; Super, Alt+Tab and Ctrl+Alt+Right
+# open and switch nothing and typing does not reach that window. Killed while locked, the
+# program leaves a usable desktop within a second. Started again, the quit flow opens above
+# the lock and takes typing, Return and the release chord reach the lock, and in a focus
+# block an application the block refuses is hidden at every activation and reported once.
+set -euo pipefail
+. "$(dirname "$0")/session.sh"
+out="${VELMORA_TEST_OUTPUT:-$PWD/test-output/it_gnome_lock}"
+mkdir -p "$out"
+python=/usr/bin/python3
+conf="$XDG_CONFIG_HOME/velmora/velmora.conf"
+log="$XDG_DATA_HOME/velmora/Debug_Logs.txt"
+day="$(date -d tomorrow +%F)"
+pid=""
+helpers=()
+
+fail() {
+    echo "FAIL: $*" >&2
+    set +e
+    gs_eval 'global.velmoraTest.state()' >"$out/failure-state.json" 2>&1
+    shot failure
+    tail -n 20 "$out/velmora.out" "$log" >&2
+    exit 1
+}
+poll() {
+    local deadline=$((SECONDS + $1)) what=$2
+    shift 2
+    until "$@" >/dev/null 2>&1; do
+        [ "$SECONDS" -lt "$deadline" ] || fail "still not: $what"
+        sleep 0.1
+    done
+}
+shot() {
+    gdbus call --session --dest org.gnome.Shell --object-path /org/gnome/Shell/Screenshot \
+        --method org.gnome.Shell.Screenshot.Screenshot false false "$out/$1.png" >/dev/null
+}
+state() { gs_eval 'global.velmoraTest.state()'; }
+# js EXPRESSION: true when EXPRESSION holds of the shell's state `s`.
+holds() { gs_eval "(s => !!($1))(global.velmoraTest.state())" | grep -q '^true$'; }
+press() { gs_eval "global.velmoraTest.press('$1')" >/dev/null; }
+helper() { "$@" >>"$out/helpers.out" 2>&1 & helpers+=("$!"); }
+prefs() { "$VELMORA_PREFS" "$conf" "$@"; }
+start_velmora() {
+    local offset=$(($(date -d "$1" +%s) - $(date +%s)))
+    [ "$offset" -lt 0 ] || offset="+$offset"
+    LD_PRELOAD="$(echo /usr/lib/*/faketime/libfaketimeMT.so.1)" FAKETIME="$offset" FAKETIME_DONT_FAKE_MONOTONIC=1 \
+        QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 "$VELMORA_BIN" >>"$out/velmora.out" 2>&1 &
+    pid=$!
+}
+stop_velmora() { [ -z "$pid" ] || { kill -TERM "$pid" 2>/dev/null || true; wait "$pid" 2>/dev/null || true; pid=""; }; }
+cleanup() {
+    local status=$? helper
+    set +e
+    stop_velmora
+    for helper in "${helpers[@]}"; do kill -TERM "$helper" 2>/dev/null; wait "$helper" 2>/dev/null; done
+    exit "$status"
+}
+trap 'cleanup; gs_end' EXIT
+a11y() { "$python" "$gs_here/../a11y.py" "$pid" "$@"; }
+# The program's session service is not there: systemctl says so.
+mkdir -p "$gs_dir/bin"
+printf '#!/bin/sh\ncase "$*" in *is-system-running*) echo offline ;; esac\n' >"$gs_dir/bin/systemctl"
+chmod +x "$gs_dir/bin/systemctl"
+export PATH="$gs_dir/bin:$PATH"
+# Checks every extension-held thing of the lock is let go: the top bar back, every window's
+# actor shown, and the keyboard free for the ordinary window.
+desktop_usable() {
+    holds 's.panel && s.windows.every(w => w.shown || w.minimized) && !s.windows.some(w => w.title.startsWith("Velmora"))'
+}
+
+# --- the first login: installed and enabled, but not answering until the next one
+prefs set-bool kUserdefaultsFirstRun true
+prefs set-bool kUserdefaultsPromptToRememberHabit false
+for key in kUserdefaultsFocusSummaryShowedTillDate kUserdefaultsEveningHabitsShowedTillDate kUserdefaultsShutdownAborted; do
+    prefs set-date "$key" "$day 07:00:00"
+done
+prefs set-string kUserdefaultsSelectedJson '{"morningHabits": [{"name": "Water", "durationSeconds": 60}],
+    "breakActivities": [], "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
+prefs set-list kUserdefaultsArrFocusTypes \
+    "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
+mkdir -p "$XDG_DATA_HOME/applications"
+for name in Alpha Beta; do
+    printf '[Desktop Entry]\nType=Application\nName=%s\nExec=%s %s %s\n' "$name" "$python" "$gs_here/window.py" "$name" \
+        >"$XDG_DATA_HOME/applications/${name,,}.desktop"
+done
+
+gs_start
+notifications="$gs_dir/notifications.log"
+dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
+helpers+=("$!")
+start_velmora "$day 06:00:00"
+poll 20 "the debug log says the extension does not answer" grep -q "Velmora's extension does not answer" "$log"
+extension="$XDG_DATA_HOME/gnome-shell/extensions/velmora@velmora"
+grep -q '"43"' "$extension/metadata.json" || fail "the GNOME 43 form was not installed: $(cat "$extension/metadata.json")"
+gsettings get org.gnome.shell enabled-extensions | grep -q "'velmora@velmora'" || fail "the extension was not enabled"
+poll 5 "the user is told to log out and in" grep -q "Log out and in again" "$notifications"
+stop_velmora
+start_velmora "$day 06:00:00"
+poll 20 "the second start logs again" eval '[ "$(grep -c "extension does not answer" "$log")" = 2 ]'
+stop_velmora
+[ "$(grep -c 'string "Log out and in again' "$notifications")" = 1 ] || fail "the log-out advice was not given exactly once"
+gs_stop
+
+# --- a new login: the lock holds
+gs_start
+grep -q "answered, version" "$log" && fail "the log says the extension answered before it could"
+keys="$gs_dir/ordinary.keys"
+helper "$python" "$gs_here/window.py" Ordinary "$keys"
+poll 10 "the ordinary window has the focus" holds 's.focus == "Ordinary"'
+start_velmora "$day 06:59:58"
+poll 20 "the debug log says the extension answered with its version" grep -q "Velmora's extension answered, version 1" "$log"
+lock_up() {
+    holds 's.focus == "Velmora lock" && !s.panel &&
+        s.monitors.every(m => s.windows.some(w => w.title.startsWith("Velmora") && w.fullscreen && w.shown &&
+            w.rect.join() == m.join())) && s.windows.every(w => w.title.startsWith("Velmora") || !w.shown)'
+}
+poll 15 "the lock covers both monitors, with the keyboard" lock_up
+sleep 0.5 # the first frame of the lock's contents
+shot morning-lock
+# Nothing of the ordinary window (red) shows, and the lock (dark) is on both monitors.
+"$python" - "$out/morning-lock.png" <<'PY' || fail "the screenshot shows something else than the lock on both monitors"
+import struct, sys, zlib
+data = open(sys.argv[1], "rb").read()
+w, h, depth, kind = struct.unpack(">IIBB", data[16:26])
+chunks, pos = b"", 8
+while pos < len(data):
+    n, t = struct.unpack(">I4s", data[pos:pos + 8])
+    if t == b"IDAT": chunks += data[pos + 8:pos + 8 + n]
+    pos += 12 + n
+raw, bpp = zlib.decompress(chunks), {2: 3, 6: 4}[kind]
+rows, prev, stride = [], bytearray(w * bpp), w * bpp
+for y in range(h):
+    f, line = raw[y * (stride + 1)], bytearray(raw[y * (stride + 1) + 1:(y + 1) * (stride + 1)])
+    for i in range(stride):
+        a = line[i - bpp] if i >= bpp else 0
+        b, c = prev[i], prev[i - bpp] if i >= bpp else 0
+        p = a + b - c
+        pred = [0, a, b, (a + b) // 2, a if abs(p - a) <= min(abs(p - b), abs(p - c)) else b if abs(p - b) <= abs(p - c) else c][f]
+        line[i] = (line[i] + pred) & 0xFF
+    rows.append(line); prev = line
+px = lambda x, y: tuple(rows[y][x * bpp:x * bpp + 3])
+red = sum(1 for y in range(0, h, 4) for x in range(0, w, 4) if px(x, y) == (255, 0, 0))
+dark = lambda x, y: max(px(x, y)) < 0x40
+assert (w, h) == (2304, 800), (w, h)
+assert red == 0, f"{red} red samples"
+assert all(dark(x, y) for x, y in [(5, 5), (1275, 795), (1285, 5), (2300, 760)]), "not dark at the corners"
+PY
+state_before="$(state)"
+for chord in Super_L Alt_L+Tab Control_L+Alt_L+Right; do
+    press "$chord"
+    sleep 0.4
+    holds 's.overview || s.switcher || s.workspace != 0' && fail "$chord opened or switched something: $(state)"
+    lock_up || fail "$chord took the lock away: $(state)"
+done
+press a && press b && press Return
+sleep 0.3
+[ ! -s "$keys" ] || fail "typed keys reached the ordinary window: $(tr '\n' ' ' <"$keys")"
+
+# --- killed while locked: the shell lets go at once
+kill -KILL "$pid"
+wait "$pid" 2>/dev/null || true
+pid=""
+killed=$SECONDS
+poll 1 "the desktop is usable within a second of the kill" desktop_usable
+holds 's.focus == "Ordinary"' || gs_eval 'global.velmoraTest.activate("Ordinary")' >/dev/null
+poll 2 "the ordinary window takes the focus" holds 's.focus == "Ordinary"'
+press x
+poll 2 "typing reaches the ordinary window again" grep -q '^x$' "$keys"
+shot after-kill
+
+# --- started again: the quit flow above the lock, Return and the release chord
+prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"
+items="$gs_dir/tray-items"
+helper "$python" "$gs_here/tray.py" "$items"
+start_velmora "$day 06:59:58"
+poll 15 "the lock is up again" lock_up
+poll 10 "the program's tray item registered" test -s "$items"
+read -r item_name item_path <"$items"
+gdbus call --session --dest "$item_name" --object-path "$item_path" --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
+poll 10 "the tray panel opens" a11y has button Quit
+a11y press Quit || fail "the panel's Quit could not be pressed"
+poll 10 "the quit window is in front with the keyboard" holds 's.focus == "Velmora quit"'
+shot quit-above-lock
+poll 15 "the reasons come after ten seconds" a11y has label "Can you share why you're quitting?"
+press F4 && sleep 0.3 && press Down && press Down && press Return
+poll 5 "'The app is broken' asks what happened" a11y has label "Oh no! We're really sorry. Can you please let us know what happened?﹡"
+for key in n o o n; do press "$key"; done
+poll 5 "the words typed reach the quit window" a11y has field noon
+a11y press Cancel || fail "the quit flow's Cancel could not be pressed"
+poll 5 "the lock has the keyboard again" lock_up
+poll 40 "the start button comes when the countdown ends" a11y has button "Start 60 seconds Water"
+press Return
+poll 5 "Return reached the lock and started the habit" grep -q "current startFirstMorningHabit called" "$log"
+press Control_L+Alt_L+Shift_L+Tab
+poll 5 "the release chord takes the lock down" desktop_usable
+
+# --- a focus block: Beta refused at every activation and reported once
+a11y has button Deep || {
+    gdbus call --session --dest "$item_name" --object-path "$item_path" --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
+    poll 10 "the tray panel opens" a11y has button Deep; }
+a11y press Deep || fail "the panel's Deep could not be pressed"
+poll 10 "the block started" grep -q "focus mode Started" "$log"
+helper "$python" "$gs_here/window.py" Alpha
+helper "$python" "$gs_here/window.py" Beta
+poll 10 "Alpha and Beta are up" holds 's.windows.some(w => w.title == "Alpha") && s.windows.some(w => w.title == "Beta")'
+for round in 1 2 3; do
+    gs_eval 'global.velmoraTest.activate("Beta")' >/dev/null
+    poll 5 "Beta is hidden at activation $round" holds 's.windows.some(w => w.title == "Beta" && w.minimized)'
+    gs_eval 'global.velmoraTest.activate("Alpha")' >/dev/null
+    sleep 1.2 # a tick of the one-second check
+    holds 's.windows.some(w => w.title == "Alpha" && !w.minimized)' || fail "the allowed Alpha was hidden (round $round)"
+done
+reports="$(grep -c "string \"Beta isn't allowed in the Deep focus mode.\"" "$notifications" || true)"
+[ "$reports" = 1 ] || fail "Beta was reported $reports times, not once"
+echo "it_gnome_lock: passed"

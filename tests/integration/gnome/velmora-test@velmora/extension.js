@@ -1,0 +1,69 @@
+// The integration tests' hands inside the shell: org.gnome.Shell.Eval and the screenshot
+// service opened (unsafe mode), a virtual keyboard that types like a real one, and the
+// shell's state as one JSON document.
+const {Clutter, GLib} = imports.gi;
+const Main = imports.ui.main;
+
+function windows() {
+    return global.get_window_actors().map(a => a.meta_window);
+}
+
+const hands = {
+    // "Control_L+Alt_L+Right": pressed in order, released in reverse.
+    press(chord) {
+        const keys = chord.split('+').map(name => Clutter[`KEY_${name}`]);
+        let time = GLib.get_monotonic_time();
+        for (const key of keys)
+            this._keyboard.notify_keyval(time++, key, Clutter.KeyState.PRESSED);
+        for (const key of keys.reverse())
+            this._keyboard.notify_keyval(time++, key, Clutter.KeyState.RELEASED);
+    },
+    // The shell starts in the overview; a login leaves it at once.
+    leaveOverview() {
+        Main.overview.hide();
+        return !Main.overview.visible && !Main.overview.animationInProgress;
+    },
+    activate(title) {
+        const window = windows().find(w => w.get_title() === title);
+        if (window)
+            Main.activateWindow(window);
+        return !!window;
+    },
+    state() {
+        const focus = global.display.focus_window;
+        return {
+            overview: Main.overview.visible,
+            switcher: Main.uiGroup.get_children().some(a => a.constructor.name.includes('SwitcherPopup')),
+            workspace: global.workspace_manager.get_active_workspace_index(),
+            focus: focus ? focus.get_title() : '',
+            panel: Main.layoutManager.panelBox.visible,
+            monitors: Main.layoutManager.monitors.map(m => [m.x, m.y, m.width, m.height]),
+            windows: global.get_window_actors().map(a => ({
+                title: a.meta_window.get_title(), monitor: a.meta_window.get_monitor(), shown: a.visible,
+                minimized: a.meta_window.minimized, fullscreen: a.meta_window.is_fullscreen(),
+                rect: (r => [r.x, r.y, r.width, r.height])(a.meta_window.get_frame_rect()),
+            })),
+        };
+    },
+};
+
+// eslint-disable-next-line no-unused-vars
+function init() {
+    return {
+        enable() {
+            global.context.unsafe_mode = true;
+            // Its warning would stand in the screenshots.
+            for (const source of Main.messageTray.getSources())
+                source.destroy();
+            const seat = Clutter.get_default_backend().get_default_seat();
+            hands._keyboard = seat.create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);
+            // A new device's first event is lost.
+            hands._keyboard.notify_keyval(GLib.get_monotonic_time(), Clutter.KEY_Shift_L, Clutter.KeyState.RELEASED);
+            global.velmoraTest = hands;
+            Main.overview.hide();
+        },
+        disable() {
+            delete global.velmoraTest;
+        },
+    };
+}

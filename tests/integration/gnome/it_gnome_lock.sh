@@ -38,6 +38,7 @@ shot() {
     gdbus call --session --dest org.gnome.Shell --object-path /org/gnome/Shell/Screenshot \
         --method org.gnome.Shell.Screenshot.Screenshot false false "$out/$1.png" >/dev/null
 }
+note() { echo "it_gnome_lock: $*"; }
 state() { gs_eval 'global.velmoraTest.state()'; }
 # js EXPRESSION: true when EXPRESSION holds of the shell's state `s`.
 holds() { gs_eval "(s => !!($1))(global.velmoraTest.state())" | grep -q '^true$'; }
@@ -110,6 +111,8 @@ gs_start
 grep -q "answered, version" "$log" && fail "the log says the extension answered before it could"
 keys="$gs_dir/ordinary.keys"
 helper "$python" "$gs_here/window.py" Ordinary "$keys"
+items="$gs_dir/tray-items"
+helper "$python" "$gs_here/tray.py" "$items"
 poll 10 "the ordinary window has the focus" holds 's.focus == "Ordinary"'
 start_velmora "$day 06:59:58"
 poll 20 "the debug log says the extension answered with its version" grep -q "Velmora's extension answered, version 1" "$log"
@@ -149,35 +152,17 @@ assert (w, h) == (2304, 800), (w, h)
 assert red == 0, f"{red} red samples"
 assert all(dark(x, y) for x, y in [(5, 5), (1275, 795), (1285, 5), (2300, 760)]), "not dark at the corners"
 PY
-state_before="$(state)"
 for chord in Super_L Alt_L+Tab Control_L+Alt_L+Right; do
     press "$chord"
     sleep 0.4
     holds 's.overview || s.switcher || s.workspace != 0' && fail "$chord opened or switched something: $(state)"
     lock_up || fail "$chord took the lock away: $(state)"
 done
-press a && press b && press Return
+press a && press b
 sleep 0.3
 [ ! -s "$keys" ] || fail "typed keys reached the ordinary window: $(tr '\n' ' ' <"$keys")"
 
-# --- killed while locked: the shell lets go at once
-kill -KILL "$pid"
-wait "$pid" 2>/dev/null || true
-pid=""
-killed=$SECONDS
-poll 1 "the desktop is usable within a second of the kill" desktop_usable
-holds 's.focus == "Ordinary"' || gs_eval 'global.velmoraTest.activate("Ordinary")' >/dev/null
-poll 2 "the ordinary window takes the focus" holds 's.focus == "Ordinary"'
-press x
-poll 2 "typing reaches the ordinary window again" grep -q '^x$' "$keys"
-shot after-kill
-
-# --- started again: the quit flow above the lock, Return and the release chord
-prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"
-items="$gs_dir/tray-items"
-helper "$python" "$gs_here/tray.py" "$items"
-start_velmora "$day 06:59:58"
-poll 15 "the lock is up again" lock_up
+# --- the quit flow above the lock, taking typing; then killed while locked: the shell lets go at once
 poll 10 "the program's tray item registered" test -s "$items"
 read -r item_name item_path <"$items"
 gdbus call --session --dest "$item_name" --object-path "$item_path" --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
@@ -190,9 +175,28 @@ press F4 && sleep 0.3 && press Down && press Down && press Return
 poll 5 "'The app is broken' asks what happened" a11y has label "Oh no! We're really sorry. Can you please let us know what happened?﹡"
 for key in n o o n; do press "$key"; done
 poll 5 "the words typed reach the quit window" a11y has field noon
-a11y press Cancel || fail "the quit flow's Cancel could not be pressed"
-poll 5 "the lock has the keyboard again" lock_up
-poll 40 "the start button comes when the countdown ends" a11y has button "Start 60 seconds Water"
+killed=$(date +%s%N)
+kill -KILL "$pid"
+wait "$pid" 2>/dev/null || true
+pid=""
+poll 5 "the desktop is usable after the kill" desktop_usable
+# By the shell's clock: the probes' own calls can wait on the bus.
+took=$((($(gs_eval 'global.velmoraTest.panelShownAt') * 1000 - killed) / 1000000))
+[ "$took" -le 1000 ] || fail "the shell let go only $took ms after the kill"
+note "the shell let go $took ms after the kill"
+holds 's.focus == "Ordinary"' || gs_eval 'global.velmoraTest.activate("Ordinary")' >/dev/null
+poll 2 "the ordinary window takes the focus" holds 's.focus == "Ordinary"'
+press x
+poll 2 "typing reaches the ordinary window again" grep -q '^x$' "$keys"
+shot after-kill
+
+# --- started again: Return and the release chord reach the lock
+prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"
+start_velmora "$day 06:59:58"
+poll 15 "the lock is up again" lock_up
+poll 10 "the program's tray item registered again" eval '[ "$(wc -l <"$items")" = 2 ]'
+read -r item_name item_path < <(tail -n1 "$items")
+poll 40 "the start button comes when the countdown ends" a11y has button "Start 1 minute Water"
 press Return
 poll 5 "Return reached the lock and started the habit" grep -q "current startFirstMorningHabit called" "$log"
 press Control_L+Alt_L+Shift_L+Tab

@@ -20,6 +20,8 @@ const hands = {
     },
     // The shell starts in the overview; a login leaves it at once.
     leaveOverview() {
+        if (Main.layoutManager._startingUp)
+            return false;
         Main.overview.hide();
         return !Main.overview.visible && !Main.overview.animationInProgress;
     },
@@ -59,6 +61,11 @@ function init() {
             hands._keyboard = seat.create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);
             // A new device's first event is lost.
             hands._keyboard.notify_keyval(GLib.get_monotonic_time(), Clutter.KEY_Shift_L, Clutter.KeyState.RELEASED);
+            // When the top bar last came back, in microseconds of the real clock.
+            Main.layoutManager.panelBox.connect('notify::visible', box => {
+                if (box.visible)
+                    hands.panelShownAt = GLib.get_real_time();
+            });
             global.velmoraTest = hands;
             Main.overview.hide();
         },

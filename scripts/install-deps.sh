@@ -22,6 +22,7 @@ packages=(
   x11-utils python3-xlib
   python3-websocket  # the settings page test talks to the web engine's debugging port
   chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
+  gnome-shell python3-gi gir1.2-gtk-3.0 libglib2.0-bin  # the lock on GNOME: a headless shell, GTK test windows, gsettings
 )
 
 missing=()

@@ -89,10 +89,14 @@ for name in Alpha Beta; do
         >"$XDG_DATA_HOME/applications/${name,,}.desktop"
 done
 
+# watch_notifications FILE: what the program asks the shell to show, from this login on.
+watch_notifications() {
+    notifications="$1"
+    dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
+    helpers+=("$!")
+}
 gs_start
-notifications="$gs_dir/notifications.log"
-dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
-helpers+=("$!")
+watch_notifications "$gs_dir/notifications-1.log"
 start_velmora "$day 06:00:00"
 poll 20 "the debug log says the extension does not answer" grep -q "Velmora's extension does not answer" "$log"
 extension="$XDG_DATA_HOME/gnome-shell/extensions/velmora@velmora"
@@ -108,6 +112,7 @@ gs_stop
 
 # --- a new login: the lock holds
 gs_start
+watch_notifications "$gs_dir/notifications-2.log"
 grep -q "answered, version" "$log" && fail "the log says the extension answered before it could"
 keys="$gs_dir/ordinary.keys"
 helper "$python" "$gs_here/window.py" Ordinary "$keys"
@@ -207,6 +212,8 @@ a11y has button Deep || {
     gdbus call --session --dest "$item_name" --object-path "$item_path" --method org.kde.StatusNotifierItem.Activate 0 0 >/dev/null
     poll 10 "the tray panel opens" a11y has button Deep; }
 a11y press Deep || fail "the panel's Deep could not be pressed"
+poll 10 "the block's window offers 'Start Focus'" a11y has button "Start Focus"
+a11y press "Start Focus" || fail "'Start Focus' could not be pressed"
 poll 10 "the block started" grep -q "focus mode Started" "$log"
 helper "$python" "$gs_here/window.py" Alpha
 helper "$python" "$gs_here/window.py" Beta

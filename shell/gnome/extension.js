@@ -218,9 +218,13 @@ class VelmoraShell {
                     invocation.return_dbus_error('org.velmora.Shell1.Error.Failed', 'caller unknown');
                     return;
                 }
+                if (this._owner && sender !== this._owner) {
+                    // One program at a time: another may take over once it has left the bus.
+                    invocation.return_dbus_error('org.freedesktop.DBus.Error.AccessDenied',
+                        'another process holds the lock');
+                    return;
+                }
                 if (sender !== this._owner) {
-                    // A new program (a restart): what the old one held goes first.
-                    this._programGone();
                     this._owner = sender;
                     this._ownerPid = pid;
                     this._watch = Gio.bus_watch_name_on_connection(Gio.DBus.session, sender,
@@ -391,10 +395,8 @@ class VelmoraShell {
         else
             target = lock;
         const focus = global.display.focus_window;
-        if (target && focus !== target && !(focus && this._isOurs(focus) && focus.get_transient_for() === target)) {
-            target.raise();
+        if (target && focus !== target && !(focus && this._isOurs(focus) && focus.get_transient_for() === target))
             target.activate(global.get_current_time());
-        }
     }
 
     _coverMonitors() {

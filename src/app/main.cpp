@@ -130,8 +130,9 @@ int main(int argc, char* argv[])
     // GNOME on Wayland: the lock, the applications and the hot keys through our shell extension.
     GnomeShellDesktop::Probe gnome;
     if (QGuiApplication::platformName() == QLatin1String("wayland"))
-        gnome = GnomeShellDesktop::connect(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
-                                           QStringLiteral("/gnome-shell/extensions"));
+        gnome =
+            GnomeShellDesktop::connect(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                                       QStringLiteral("/gnome-shell/extensions"));
     if (gnome.desktop) {
         ports.lockShield = &gnome.desktop->lockShield();
         ports.workspace = &gnome.desktop->workspace();

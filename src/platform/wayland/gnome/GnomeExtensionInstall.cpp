@@ -90,7 +90,8 @@ static void setStrings(GSettings* settings, const char* key, const QStringList& 
 bool GnomeExtensionInstall::enable(QString* error)
 {
     GSettingsSchemaSource* source = g_settings_schema_source_get_default();
-    GSettingsSchema* schema = source ? g_settings_schema_source_lookup(source, "org.gnome.shell", TRUE) : nullptr;
+    GSettingsSchema* schema =
+        source ? g_settings_schema_source_lookup(source, "org.gnome.shell", TRUE) : nullptr;
     if (!schema) {
         *error = QStringLiteral("the schema org.gnome.shell is not installed");
         return false;

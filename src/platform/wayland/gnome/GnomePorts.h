@@ -67,7 +67,8 @@ class GnomeHotKeys : public HotKeys
 public:
     explicit GnomeHotKeys(GnomeShellBus& bus);
     ~GnomeHotKeys() override;
-    quint32 registerChord(int qtKey, Qt::KeyboardModifiers modifiers, Handler pressed, Handler released) override;
+    quint32 registerChord(int qtKey, Qt::KeyboardModifiers modifiers, Handler pressed,
+                          Handler released) override;
     void unregisterChord(quint32 handle) override;
 
     // The shell's name of a chord ("<Control><Alt>r"); empty for a key it has no

@@ -47,7 +47,8 @@ GnomeShellDesktop::Probe GnomeShellDesktop::connect(const QString& extensionsFol
     bool written = false;
     if (major > 0 && GnomeExtensionInstall::installedVersion(systemFolder, major) < carried) {
         QString error;
-        written = GnomeExtensionInstall::installIfOlder(extensionsFolder + QLatin1Char('/') + uuid, major, &error);
+        written =
+            GnomeExtensionInstall::installIfOlder(extensionsFolder + QLatin1Char('/') + uuid, major, &error);
         if (written)
             notes << QStringLiteral("installed version %1 for the next login").arg(carried);
         else if (!error.isEmpty())
@@ -62,13 +63,16 @@ GnomeShellDesktop::Probe GnomeShellDesktop::connect(const QString& extensionsFol
     if (answered.isEmpty()) {
         // GNOME finds a new user extension only at the next login.
         probe.needsNewLogin = true;
-        probe.logLine = QStringLiteral("GNOME Shell %1: Velmora's extension does not answer%2")
-                            .arg(version, notes.isEmpty() ? QString() : QStringLiteral("; ") + notes.join(QStringLiteral("; ")));
+        probe.logLine =
+            QStringLiteral("GNOME Shell %1: Velmora's extension does not answer%2")
+                .arg(version,
+                     notes.isEmpty() ? QString() : QStringLiteral("; ") + notes.join(QStringLiteral("; ")));
         return probe;
     }
-    probe.logLine = QStringLiteral("GNOME Shell %1: Velmora's extension answered, version %2%3")
-                        .arg(version, answered,
-                             notes.isEmpty() ? QString() : QStringLiteral("; ") + notes.join(QStringLiteral("; ")));
+    probe.logLine =
+        QStringLiteral("GNOME Shell %1: Velmora's extension answered, version %2%3")
+            .arg(version, answered,
+                 notes.isEmpty() ? QString() : QStringLiteral("; ") + notes.join(QStringLiteral("; ")));
     std::unique_ptr<GnomeShellDesktop> desktop(new GnomeShellDesktop);
     desktop->m_bus = std::move(shellBus);
     desktop->m_shield = std::make_unique<GnomeLockShield>(*desktop->m_bus);
@@ -85,9 +89,10 @@ void GnomeShellDesktop::tellOnceToLogInAgain(Notifier& notifier, const QString& 
     QFile told(marker);
     if (told.open(QIODevice::ReadOnly) && told.read(32).trimmed() == version)
         return;
-    notifier.notify(QStringLiteral("Log out and in again for Velmora's lock"),
-                    QStringLiteral("GNOME takes up Velmora's extension at the next login. Until then the lock can "
-                                   "be left on this desktop."));
+    notifier.notify(
+        QStringLiteral("Log out and in again for Velmora's lock"),
+        QStringLiteral("GNOME takes up Velmora's extension at the next login. Until then the lock can "
+                       "be left on this desktop."));
     QDir().mkpath(stateFolder);
     QSaveFile save(marker);
     if (save.open(QIODevice::WriteOnly)) {

@@ -67,8 +67,11 @@ gs_stop() {
     gs_pid=""
 }
 
+# Ends the script's own processes (gs_before_end, when it defines one), then the shell.
 gs_end() {
     local status=$?
+    set +e
+    ! declare -F gs_before_end >/dev/null || gs_before_end
     gs_stop
     [ -n "${VELMORA_IT_KEEP:-}" ] || rm -rf "$gs_dir"
     exit "$status"

@@ -15,7 +15,6 @@ private Q_SLOTS:
     void accelerator();
     void install_data();
     void install();
-    void shellMajor();
 };
 
 void TestGnome::accelerator_data()
@@ -27,12 +26,8 @@ void TestGnome::accelerator_data()
     QTest::newRow("Shift+Tab is Backtab")
         << int(Qt::Key_Backtab) << (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier)
         << "<Control><Alt><Shift>Tab";
-    QTest::newRow("function key") << int(Qt::Key_F12) << Qt::KeyboardModifiers(Qt::MetaModifier)
-                                  << "<Super>F12";
     QTest::newRow("keypad digit") << int(Qt::Key_5) << (Qt::KeypadModifier | Qt::ControlModifier)
                                   << "<Control>KP_5";
-    QTest::newRow("punctuation") << int(Qt::Key_BracketLeft) << Qt::KeyboardModifiers(Qt::ShiftModifier)
-                                 << "<Shift>bracketleft";
     QTest::newRow("no name") << int(Qt::Key_Eacute) << Qt::KeyboardModifiers(Qt::ControlModifier) << "";
 }
 
@@ -51,14 +46,9 @@ void TestGnome::install_data()
     QTest::addColumn<bool>("written");
     const QByteArray v1for43 = R"({"uuid": "velmora@velmora", "shell-version": ["43", "44"], "version": 1})";
     QTest::newRow("missing, 43") << QByteArray() << 43 << true;
-    QTest::newRow("missing, 48") << QByteArray() << 48 << true;
     QTest::newRow("same version") << v1for43 << 44 << false;
-    QTest::newRow("older") << QByteArray(
-                                  R"({"uuid": "velmora@velmora", "shell-version": ["43"], "version": 0})")
-                           << 43 << true;
-    QTest::newRow("the other form") << v1for43 << 45 << true;
-    QTest::newRow("another extension's")
-        << QByteArray(R"({"uuid": "x@y", "shell-version": ["43"], "version": 9})") << 43 << true;
+    QTest::newRow("older") << QByteArray(v1for43).replace("\"version\": 1", "\"version\": 0") << 43 << true;
+    QTest::newRow("the other form") << v1for43 << 48 << true;
     QTest::newRow("unreadable") << QByteArray("{\"uuid\": \"velm") << 43 << true;
 }
 
@@ -67,7 +57,6 @@ void TestGnome::install()
     QFETCH(QByteArray, metadata);
     QFETCH(int, shell);
     QFETCH(bool, written);
-    QVERIFY(GnomeExtensionInstall::carriedVersion() >= 1);
     QTemporaryDir dir;
     const QString folder = dir.path() + QStringLiteral("/velmora@velmora");
     if (!metadata.isEmpty()) {
@@ -90,13 +79,6 @@ void TestGnome::install()
     QCOMPARE(text.contains("imports.gi"), shell < 45);
     QCOMPARE(text.contains("export default class"), shell >= 45);
     QVERIFY(!GnomeExtensionInstall::installIfOlder(folder, shell, &error));
-}
-
-void TestGnome::shellMajor()
-{
-    QCOMPARE(GnomeExtensionInstall::majorOf(QStringLiteral("43.9")), 43);
-    QCOMPARE(GnomeExtensionInstall::majorOf(QStringLiteral("48.rc")), 48);
-    QCOMPARE(GnomeExtensionInstall::majorOf(QString()), 0);
 }
 
 QTEST_GUILESS_MAIN(TestGnome)

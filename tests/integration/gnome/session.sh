@@ -5,17 +5,14 @@
 # (velmora-test@velmora) opens org.gnome.Shell.Eval and the screenshot service to the script.
 gs_here="$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)"
 gs_dir="$(mktemp -d /tmp/velmora-gnome.XXXXXX)"
-mkdir -m 700 -p "$gs_dir/run" "$gs_dir/home"
-mkdir -p "$gs_dir/logs"
+mkdir -m 700 -p "$gs_dir/run" "$gs_dir/home" "$gs_dir/logs"
 export HOME="$gs_dir/home" XDG_RUNTIME_DIR="$gs_dir/run" XDG_DATA_HOME="$gs_dir/home/.local/share"
 export XDG_CONFIG_HOME="$gs_dir/home/.config" XDG_CACHE_HOME="$gs_dir/home/.cache"
 export WAYLAND_DISPLAY="wayland-velmora" QT_QPA_PLATFORM=wayland GDK_BACKEND=wayland
 unset DISPLAY XDG_CURRENT_DESKTOP XDG_SESSION_TYPE DBUS_SESSION_BUS_ADDRESS
 mkdir -p "$XDG_DATA_HOME/gnome-shell/extensions"
 cp -r "$gs_here/velmora-test@velmora" "$XDG_DATA_HOME/gnome-shell/extensions/"
-gs_pid=""
-gs_logins=0
-
+gs_pid="" gs_logins=0
 gs_log() { echo "gnome-session: $*" >&2; }
 
 # gs_eval JS: the value of JS inside the shell, as JSON.

@@ -3,10 +3,7 @@
 // shell's state as one JSON document.
 const {Clutter, GLib} = imports.gi;
 const Main = imports.ui.main;
-
-function windows() {
-    return global.get_window_actors().map(a => a.meta_window);
-}
+const windowOf = title => global.get_window_actors().map(a => a.meta_window).find(w => w.get_title() === title);
 
 const hands = {
     // "Control_L+Alt_L+Right": pressed in order, released in reverse.
@@ -20,33 +17,23 @@ const hands = {
     },
     // The shell starts in the overview; a login leaves it at once.
     leaveOverview() {
-        if (Main.layoutManager._startingUp)
-            return false;
-        Main.overview.hide();
-        return !Main.overview.visible && !Main.overview.animationInProgress;
+        if (!Main.layoutManager._startingUp)
+            Main.overview.hide();
+        return !Main.layoutManager._startingUp && !Main.overview.visible && !Main.overview.animationInProgress;
     },
-    activate(title) {
-        const window = windows().find(w => w.get_title() === title);
-        if (window)
-            Main.activateWindow(window);
-        return !!window;
-    },
-    state() {
-        const focus = global.display.focus_window;
-        return {
-            overview: Main.overview.visible,
-            switcher: Main.uiGroup.get_children().some(a => a.constructor.name.includes('SwitcherPopup')),
-            workspace: global.workspace_manager.get_active_workspace_index(),
-            focus: focus ? focus.get_title() : '',
-            panel: Main.layoutManager.panelBox.visible,
-            monitors: Main.layoutManager.monitors.map(m => [m.x, m.y, m.width, m.height]),
-            windows: global.get_window_actors().map(a => ({
-                title: a.meta_window.get_title(), monitor: a.meta_window.get_monitor(), shown: a.visible,
-                minimized: a.meta_window.minimized, fullscreen: a.meta_window.is_fullscreen(),
-                rect: (r => [r.x, r.y, r.width, r.height])(a.meta_window.get_frame_rect()),
-            })),
-        };
-    },
+    activate: title => windowOf(title) && Main.activateWindow(windowOf(title)),
+    state: () => ({
+        overview: Main.overview.visible,
+        switcher: Main.uiGroup.get_children().some(a => a.constructor.name.includes('SwitcherPopup')),
+        workspace: global.workspace_manager.get_active_workspace_index(),
+        focus: global.display.focus_window?.get_title() ?? '',
+        panel: Main.layoutManager.panelBox.visible,
+        monitors: Main.layoutManager.monitors.map(m => [m.x, m.y, m.width, m.height]),
+        windows: global.get_window_actors().map(({meta_window: w, visible}) => ({
+            title: w.get_title(), shown: visible, minimized: w.minimized, fullscreen: w.is_fullscreen(),
+            rect: (r => [r.x, r.y, r.width, r.height])(w.get_frame_rect()),
+        })),
+    }),
 };
 
 // eslint-disable-next-line no-unused-vars
@@ -55,8 +42,7 @@ function init() {
         enable() {
             global.context.unsafe_mode = true;
             // Its warning would stand in the screenshots.
-            for (const source of Main.messageTray.getSources())
-                source.destroy();
+            Main.messageTray.getSources().forEach(source => source.destroy());
             const seat = Clutter.get_default_backend().get_default_seat();
             hands._keyboard = seat.create_virtual_device(Clutter.InputDeviceType.KEYBOARD_DEVICE);
             // A new device's first event is lost.
@@ -67,7 +53,6 @@ function init() {
                     hands.panelShownAt = GLib.get_real_time();
             });
             global.velmoraTest = hands;
-            Main.overview.hide();
         },
         disable() {
             delete global.velmoraTest;

@@ -23,6 +23,7 @@ packages=(
   python3-websocket  # the settings page test talks to the web engine's debugging port
   chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
   gnome-shell python3-gi gir1.2-gtk-3.0 libglib2.0-bin  # the lock on GNOME: a headless shell, GTK test windows, gsettings
+  debootstrap bubblewrap  # tests/integration/gnome/gnome48.sh: GNOME Shell 48 from a Debian 13 root folder
 )
 
 missing=()

@@ -80,7 +80,7 @@ done
 # What the program asks the shell to show, from this login on.
 watch_notifications() {
     notifications="$1"
-    dbus-monitor --session "member='Notify'" >"$1" 2>&1 &
+    dbus-monitor --session "member='Notify',destination='org.freedesktop.Notifications'" >"$1" 2>&1 &
     helpers+=("$!")
 }
 gs_start
@@ -88,7 +88,7 @@ watch_notifications "$gs_dir/notifications-1.log"
 start_velmora "$day 06:00:00"
 poll 20 "the debug log says the extension does not answer" grep -q "Velmora's extension does not answer" "$log"
 extension="$XDG_DATA_HOME/gnome-shell/extensions/velmora@velmora"
-grep -q '"43"' "$extension/metadata.json" || fail "the GNOME 43 form was not installed: $(cat "$extension/metadata.json")"
+grep -q "\"$gs_major\"" "$extension/metadata.json" || fail "no form for GNOME $gs_major was installed"
 gsettings get org.gnome.shell enabled-extensions | grep -q "'velmora@velmora'" || fail "the extension was not enabled"
 poll 5 "the user is told to log out and in" grep -q "Log out and in again" "$notifications"
 stop_velmora && start_velmora "$day 06:00:00"
@@ -139,16 +139,20 @@ sleep 0.3
 [ ! -s "$keys" ] || fail "typed keys reached the ordinary window: $(tr '\n' ' ' <"$keys")"
 
 # --- the quit flow above the lock, taking typing; then killed while locked: the shell lets go at once
-poll 10 "the program's tray item registered" test -s "$items"
-open_panel Quit
-a11y press Quit || fail "the panel's Quit could not be pressed"
-poll 10 "the quit window is in front with the keyboard" holds 's.focus == "Velmora quit"'
-shot quit-above-lock
-poll 15 "the reasons come after ten seconds" a11y has label "Can you share why you're quitting?"
-press F4 && sleep 0.3 && press Down && press Down && press Return
-poll 5 "'The app is broken' asks what happened" a11y has label "Oh no! We're really sorry. Can you please let us know what happened?﹡"
-for key in n o o n; do press "$key"; done
-poll 5 "the words typed reach the quit window" a11y has field noon
+# A root folder's shell (GNOME 45 and later) offers no AT-SPI to this system's helpers: the
+# quit flow and what follows the kill are checked under this system's shell only.
+if [ -z "$gs_root" ]; then
+    poll 10 "the program's tray item registered" test -s "$items"
+    open_panel Quit
+    a11y press Quit || fail "the panel's Quit could not be pressed"
+    poll 10 "the quit window is in front with the keyboard" holds 's.focus == "Velmora quit"'
+    shot quit-above-lock
+    poll 15 "the reasons come after ten seconds" a11y has label "Can you share why you're quitting?"
+    press F4 && sleep 0.3 && press Down && press Down && press Return
+    poll 5 "'The app is broken' asks what happened" a11y has label "Oh no! We're really sorry. Can you please let us know what happened?﹡"
+    for key in n o o n; do press "$key"; done
+    poll 5 "the words typed reach the quit window" a11y has field noon
+fi
 killed=$(date +%s%N)
 kill -KILL "$pid"
 wait "$pid" 2>/dev/null || true
@@ -162,6 +166,8 @@ holds 's.focus == "Ordinary"' || gs_eval 'global.velmoraTest.activate("Ordinary"
 poll 2 "the ordinary window takes the focus" holds 's.focus == "Ordinary"'
 press x
 poll 2 "typing reaches the ordinary window again" grep -q '^x$' "$keys"
+
+[ -z "$gs_root" ] || { echo "it_gnome_lock: passed up to the kill under GNOME $gs_major"; exit 0; }
 
 # --- started again: Return and the release chord reach the lock
 prefs set-date UserdefaultsLastHabitShowDate "$(date -d "$day - 1 day" +%F) 07:00:00"

@@ -10,8 +10,16 @@ export HOME="$gs_dir/home" XDG_RUNTIME_DIR="$gs_dir/run" XDG_DATA_HOME="$gs_dir/
 export XDG_CONFIG_HOME="$gs_dir/home/.config" XDG_CACHE_HOME="$gs_dir/home/.cache"
 export WAYLAND_DISPLAY="wayland-velmora" QT_QPA_PLATFORM=wayland GDK_BACKEND=wayland
 unset DISPLAY XDG_CURRENT_DESKTOP XDG_SESSION_TYPE DBUS_SESSION_BUS_ADDRESS
-mkdir -p "$XDG_DATA_HOME/gnome-shell/extensions"
-cp -r "$gs_here/velmora-test@velmora" "$XDG_DATA_HOME/gnome-shell/extensions/"
+# VELMORA_GNOME_ROOT: a root folder (debootstrap) whose GNOME Shell runs instead of this
+# system's, sharing /tmp, where this folder and the buses' sockets are.
+gs_root="${VELMORA_GNOME_ROOT:-}"
+gs_major="$(${gs_root:+chroot "$gs_root"} gnome-shell --version | grep -o '[0-9]\+' | head -n1)"
+gs_form=43
+[ "$gs_major" -lt 45 ] || gs_form=45
+mkdir -p "$XDG_DATA_HOME/gnome-shell/extensions/velmora-test@velmora"
+cp "$gs_here/velmora-test@velmora/metadata.json" "$XDG_DATA_HOME/gnome-shell/extensions/velmora-test@velmora/"
+sed -e "/^\/\/@$((88 - gs_form))/d" -e "s|^//@$gs_form \?||" "$gs_here/velmora-test@velmora/extension.js" \
+    >"$XDG_DATA_HOME/gnome-shell/extensions/velmora-test@velmora/extension.js"
 gs_pid="" gs_logins=0
 gs_log() { echo "gnome-session: $*" >&2; }
 
@@ -38,7 +46,9 @@ mv "$gs_dir/bus.new" "$gs_dir/bus"
 exec gnome-shell --wayland --headless --no-x11 --wayland-display $WAYLAND_DISPLAY \\
     --virtual-monitor 1280x800 --virtual-monitor 1024x768
 LOGIN
-    setsid dbus-run-session -- sh -c 'export DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS
+    local root=()
+    [ -z "$gs_root" ] || root=(bwrap --bind "$gs_root" / --proc /proc --dev /dev --ro-bind /sys /sys --bind /tmp /tmp)
+    setsid "${root[@]}" dbus-run-session -- sh -c 'export DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS
         exec dbus-run-session -- sh "$1"' sh "$gs_dir/login.sh" >"$gs_dir/logs/shell-$gs_logins.log" 2>&1 </dev/null &
     gs_pid=$!
     local deadline=$((SECONDS + 30))

@@ -438,6 +438,8 @@ class VelmoraShell {
         }
         Main.messageTray.bannerBlocked = false;
         Main.layoutManager.panelBox.show();
+        // The top bar stays hidden over a full-screen window, as the shell keeps it.
+        Main.layoutManager._updateVisibility?.();
     }
 
     _connect(list, object, signal, handler) {

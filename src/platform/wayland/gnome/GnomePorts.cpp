@@ -6,6 +6,7 @@
 #include <QDBusArgument>
 #include <QDesktopServices>
 #include <QFileInfo>
+#include <QSet>
 #include <QUrl>
 #include <QWidget>
 
@@ -14,23 +15,46 @@ namespace velmora {
 GnomeLockShield::GnomeLockShield(GnomeShellBus& bus)
     : m_bus(bus)
 {
+    m_returned = QObject::connect(&m_bus, &GnomeShellBus::extensionReturned, &m_bus, [this] { tellAgain(); });
+}
+
+GnomeLockShield::~GnomeLockShield()
+{
+    QObject::disconnect(m_returned);
 }
 
 void GnomeLockShield::prepare(QWidget* window, Surface surface)
 {
     // The shell knows a window by its title; ours are told apart by it.
     static const char* const names[] = {"Lock", "Blank", "AboveLock"};
+    m_prepared.insert(window->windowTitle(), surface);
     m_bus.send(QStringLiteral("Prepare"), {window->windowTitle(), QLatin1String(names[int(surface)])});
 }
 
 void GnomeLockShield::setLockUp(bool up)
 {
+    m_up = up;
     m_bus.send(QStringLiteral("SetLockUp"), {up});
 }
 
 void GnomeLockShield::setHoldsKeyboard(bool held)
 {
+    m_held = held;
     m_bus.send(QStringLiteral("SetHoldsKeyboard"), {held});
+}
+
+// A reloaded extension (the shell's own lock screen turns extensions off and on)
+// starts empty: a lock that is up goes up again there.
+void GnomeLockShield::tellAgain()
+{
+    m_bus.log(QStringLiteral("GNOME Shell extension returned; the lock is %1").arg(m_up ? "up" : "down"));
+    static const char* const names[] = {"Lock", "Blank", "AboveLock"};
+    for (auto it = m_prepared.cbegin(); it != m_prepared.cend(); ++it)
+        m_bus.send(QStringLiteral("Prepare"), {it.key(), QLatin1String(names[int(it.value())])});
+    if (m_up) {
+        m_bus.send(QStringLiteral("SetLockUp"), {true});
+        m_bus.send(QStringLiteral("SetHoldsKeyboard"), {m_held});
+    }
 }
 
 GnomeWorkspace::GnomeWorkspace(GnomeShellBus& bus, QObject* parent)
@@ -159,13 +183,23 @@ bool GnomeWorkspace::openUrl(const QString& address)
 GnomeHotKeys::GnomeHotKeys(GnomeShellBus& bus)
     : m_bus(bus)
 {
-    QObject::connect(&m_bus, &GnomeShellBus::chordPressed, &m_bus,
-                     [this](const QString& accelerator) { chordPressed(accelerator); });
+    m_connections << QObject::connect(&m_bus, &GnomeShellBus::chordPressed, &m_bus,
+                                      [this](const QString& accelerator) { chordPressed(accelerator); });
+    // A reloaded extension has forgotten our chords.
+    m_connections << QObject::connect(&m_bus, &GnomeShellBus::extensionReturned, &m_bus, [this] {
+        QSet<QString> bound;
+        for (const Chord& chord : std::as_const(m_chords)) {
+            if (!bound.contains(chord.accelerator))
+                m_bus.send(QStringLiteral("BindChord"), {chord.accelerator});
+            bound.insert(chord.accelerator);
+        }
+    });
 }
 
 GnomeHotKeys::~GnomeHotKeys()
 {
-    QObject::disconnect(&m_bus, &GnomeShellBus::chordPressed, &m_bus, nullptr);
+    for (const QMetaObject::Connection& connection : std::as_const(m_connections))
+        QObject::disconnect(connection);
 }
 
 QString GnomeHotKeys::accelerator(int qtKey, Qt::KeyboardModifiers modifiers)

@@ -19,13 +19,20 @@ class GnomeLockShield : public LockShield
 {
 public:
     explicit GnomeLockShield(GnomeShellBus& bus);
+    ~GnomeLockShield() override;
     void prepare(QWidget* window, Surface surface) override;
     void setLockUp(bool up) override;
     void setHoldsKeyboard(bool held) override;
     bool holds() const override { return true; }
 
 private:
+    void tellAgain();
+
     GnomeShellBus& m_bus;
+    QMetaObject::Connection m_returned;
+    QHash<QString, Surface> m_prepared; // by window title
+    bool m_up = false;
+    bool m_held = true;
 };
 
 // Applications as GNOME Shell sees them: the focused window and its changes come
@@ -85,6 +92,7 @@ private:
     void chordPressed(const QString& accelerator);
 
     GnomeShellBus& m_bus;
+    QList<QMetaObject::Connection> m_connections;
     QHash<quint32, Chord> m_chords;
     quint32 m_nextHandle = 1;
 };

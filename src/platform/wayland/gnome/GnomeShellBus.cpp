@@ -11,7 +11,9 @@ static constexpr int kAnswerTimeoutMs = 1'000;
 GnomeShellBus::GnomeShellBus(const QDBusConnection& connection, QObject* parent)
     : QObject(parent)
     , m_connection(connection)
+    , m_watcher(QLatin1String(kService), connection, QDBusServiceWatcher::WatchForRegistration)
 {
+    connect(&m_watcher, &QDBusServiceWatcher::serviceRegistered, this, &GnomeShellBus::extensionReturned);
     m_connection.connect(QLatin1String(kService), QLatin1String(kPath), QLatin1String(kInterface),
                          QStringLiteral("FrontWindowChanged"), this, SLOT(onFrontWindowChanged()));
     m_connection.connect(QLatin1String(kService), QLatin1String(kPath), QLatin1String(kInterface),

@@ -2,6 +2,7 @@
 
 #include <functional>
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QObject>
 #include <QVariantList>
 
@@ -32,6 +33,9 @@ public:
 Q_SIGNALS:
     void frontWindowChanged();
     void chordPressed(const QString& accelerator);
+    // The extension came back on the bus (the shell reloaded it): what it held for
+    // us is gone and is to be asked for again.
+    void extensionReturned();
 
 private Q_SLOTS:
     void onFrontWindowChanged();
@@ -39,6 +43,7 @@ private Q_SLOTS:
 
 private:
     QDBusConnection m_connection;
+    QDBusServiceWatcher m_watcher;
     std::function<void(const QString&)> m_log;
 };
 

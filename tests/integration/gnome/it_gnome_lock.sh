@@ -198,4 +198,8 @@ for round in 1 2 3; do
 done
 reports="$(grep -ac "Beta isn't allowed in the Deep focus mode." "$notifications" || true)"
 [ "$reports" = 1 ] || fail "Beta was reported $reports times, not once"
+# The reset chord, bound in the shell, reaches the program.
+press Control_L+Super_L+j
+poll 5 "the reset chord asks its question" a11y has label "Are you sure you want to reset Velmora? All your settings will be deleted."
+press Escape
 echo "it_gnome_lock: passed"

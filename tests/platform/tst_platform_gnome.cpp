@@ -1,5 +1,4 @@
 #include "GnomeExtensionInstall.h"
-#include "GnomePorts.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -11,33 +10,9 @@ class TestGnome : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void accelerator_data();
-    void accelerator();
     void install_data();
     void install();
 };
-
-void TestGnome::accelerator_data()
-{
-    QTest::addColumn<int>("key");
-    QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
-    QTest::addColumn<QString>("expected");
-    QTest::newRow("letter") << int(Qt::Key_R) << (Qt::ControlModifier | Qt::AltModifier) << "<Control><Alt>r";
-    QTest::newRow("Shift+Tab is Backtab")
-        << int(Qt::Key_Backtab) << (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier)
-        << "<Control><Alt><Shift>Tab";
-    QTest::newRow("keypad digit") << int(Qt::Key_5) << (Qt::KeypadModifier | Qt::ControlModifier)
-                                  << "<Control>KP_5";
-    QTest::newRow("no name") << int(Qt::Key_Eacute) << Qt::KeyboardModifiers(Qt::ControlModifier) << "";
-}
-
-void TestGnome::accelerator()
-{
-    QFETCH(int, key);
-    QFETCH(Qt::KeyboardModifiers, modifiers);
-    QFETCH(QString, expected);
-    QCOMPARE(GnomeHotKeys::accelerator(key, modifiers), expected);
-}
 
 void TestGnome::install_data()
 {

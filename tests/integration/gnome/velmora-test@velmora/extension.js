@@ -66,11 +66,6 @@ const lifecycle = {
 //@43     return lifecycle;
 //@43 }
 //@45 export default class extends Extension {
-//@45     enable() {
-//@45         lifecycle.enable();
-//@45     }
-//@45
-//@45     disable() {
-//@45         lifecycle.disable();
-//@45     }
+//@45     enable = () => lifecycle.enable();
+//@45     disable = () => lifecycle.disable();
 //@45 }

@@ -27,6 +27,8 @@ packages=(
   qt6-wayland qt6-wayland-dev qt6-wayland-dev-tools wayland-protocols plasma-wayland-protocols libwayland-dev
   dpkg-dev xz-utils  # apt-get source, and unpacking what it fetches
   sway grim wtype foot kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde
+  gnome-shell python3-gi gir1.2-gtk-3.0 libglib2.0-bin  # the lock on GNOME: a headless shell, GTK test windows, gsettings
+  debootstrap bubblewrap  # tests/integration/gnome/gnome48.sh: GNOME Shell 48 from a Debian 13 root folder
 )
 
 missing=()

@@ -13,6 +13,7 @@
 
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QStandardPaths>
 #include <QtPlugin>
 
 Q_IMPORT_PLUGIN(VelmoraShellIntegrationPlugin)
@@ -28,19 +29,50 @@ static bool startsOnWayland()
            qEnvironmentVariable("XDG_SESSION_TYPE") == QLatin1String("wayland");
 }
 
-// What preparing did, for the debug log once there is one.
-static QString g_prepared;
-
-void prepareDesktop()
+QString prepareDesktop()
 {
     if (!startsOnWayland())
-        return;
+        return {};
     if (!qEnvironmentVariableIsSet("QT_WAYLAND_SHELL_INTEGRATION"))
         qputenv("QT_WAYLAND_SHELL_INTEGRATION",
                 QByteArray(wayland::kShellIntegrationKey) + QByteArrayLiteral(";xdg-shell"));
     // KWin reads which restricted interfaces a program may have when it connects.
-    g_prepared = ensureKdeDesktopEntry(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath(),
-                                       DesktopEntries::applicationFolders());
+    return ensureKdeDesktopEntry(QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath(),
+                                 DesktopEntries::applicationFolders());
+}
+
+// GNOME offers none of the protocols below; our shell extension stands in for
+// all three ports while it answers.
+static bool tookGnomeShell(Desktop& desktop)
+{
+    GnomeShellDesktop::Probe gnome =
+        GnomeShellDesktop::connect(QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) +
+                                   QStringLiteral("/gnome-shell/extensions"));
+    if (!gnome.isGnome)
+        return false;
+    desktop.chosen << gnome.logLine;
+    desktop.needsNewLogin = gnome.needsNewLogin;
+    if (!gnome.desktop)
+        return false;
+    desktop.gnome = std::move(gnome.desktop);
+    desktop.lockShield = &desktop.gnome->lockShield();
+    desktop.workspace = &desktop.gnome->workspace();
+    desktop.hotKeys = &desktop.gnome->hotKeys();
+    GnomeShellDesktop* shell = desktop.gnome.get();
+    desktop.setLog = [shell](std::function<void(const QString&)> log) { shell->setLog(std::move(log)); };
+    desktop.chosen << QStringLiteral("Lock, workspace and hot keys: Velmora's GNOME Shell extension");
+    return true;
+}
+
+static void keep(Desktop& desktop, std::unique_ptr<HotKeys> hotKeys, std::unique_ptr<Workspace> workspace,
+                 std::unique_ptr<LockShield> lockShield)
+{
+    desktop.hotKeys = hotKeys.get();
+    desktop.workspace = workspace.get();
+    desktop.lockShield = lockShield.get();
+    desktop.ownHotKeys = std::move(hotKeys);
+    desktop.ownWorkspace = std::move(workspace);
+    desktop.ownLockShield = std::move(lockShield);
 }
 
 QString resetSocketPath(const QString& runtimeFolder)
@@ -53,26 +85,25 @@ int sendResetCommand(const QString& socketPath)
     return CommandHotKeys::sendReset(socketPath);
 }
 
-Desktop chooseDesktop(const QString& runtimeFolder)
+Desktop chooseDesktop(const QString& runtimeFolder, const QString& prepared)
 {
     Desktop desktop;
     if (QGuiApplication::platformName() != QLatin1String("wayland")) {
-        auto hotKeys = std::make_unique<X11HotKeys>();
         auto workspace = std::make_unique<X11Workspace>();
         X11Workspace* x11 = workspace.get();
         desktop.setLog = [x11](std::function<void(const QString&)> log) { x11->setLog(std::move(log)); };
-        desktop.hotKeys = std::move(hotKeys);
-        desktop.workspace = std::move(workspace);
+        keep(desktop, std::make_unique<X11HotKeys>(), std::move(workspace), nullptr);
         desktop.chosen << QStringLiteral("Desktop: X11 (%1)").arg(QGuiApplication::platformName());
         return desktop;
     }
 
     desktop.chosen << QStringLiteral("Desktop: Wayland");
+    if (tookGnomeShell(desktop))
+        return desktop;
     auto shield = std::make_unique<WaylandLockShield>();
     desktop.chosen << (shield->holds()
                            ? QStringLiteral("Lock: layer-shell overlay surfaces")
                            : QStringLiteral("Lock: full-screen windows (no layer shell offered)"));
-    desktop.lockShield = std::move(shield);
 
     // The desktop's own shortcut settings where it has them; the command always.
     const bool portal = PortalHotKeys::offered();
@@ -83,7 +114,6 @@ Desktop chooseDesktop(const QString& runtimeFolder)
                           .arg(portal ? QStringLiteral("the GlobalShortcuts portal and ") : QString(),
                                hotKeys->isListening() ? QString() : QStringLiteral(" (could not listen)"));
     CommandHotKeys* command = hotKeys.get();
-    desktop.hotKeys = std::move(hotKeys);
 
     std::function<void(std::function<void(const QString&)>)> setWorkspaceLog;
     std::unique_ptr<ListedWorkspace> listed = std::make_unique<WlrWorkspace>();
@@ -95,20 +125,20 @@ Desktop chooseDesktop(const QString& runtimeFolder)
         listed = std::make_unique<PlasmaWorkspace>();
         list = QStringLiteral("org_kde_plasma_window_management");
     }
-    if (!g_prepared.isEmpty())
-        desktop.chosen << g_prepared;
+    if (!prepared.isEmpty())
+        desktop.chosen << prepared;
     if (listed->isActive()) {
         desktop.chosen << QStringLiteral("Workspace: %1").arg(list);
         ListedWorkspace* workspace = listed.get();
         setWorkspaceLog = [workspace](auto log) { workspace->setLog(std::move(log)); };
-        desktop.workspace = std::move(listed);
+        keep(desktop, std::move(hotKeys), std::move(listed), std::move(shield));
     } else {
         // Without a window list there is no front application and nothing to
         // hide; desktop entries, launching and addresses still work.
         auto entriesOnly = std::make_unique<X11Workspace>();
         X11Workspace* workspace = entriesOnly.get();
         setWorkspaceLog = [workspace](auto log) { workspace->setLog(std::move(log)); };
-        desktop.workspace = std::move(entriesOnly);
+        keep(desktop, std::move(hotKeys), std::move(entriesOnly), std::move(shield));
         desktop.chosen << QStringLiteral("Workspace: none offered (no front application, no hiding)");
     }
     desktop.setLog = [command, setWorkspaceLog](std::function<void(const QString&)> log) {

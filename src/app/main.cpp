@@ -92,7 +92,7 @@ int main(int argc, char* argv[])
 {
     if (settingsMayShowPages())
         QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
-    prepareDesktop();
+    const QString desktopPrepared = prepareDesktop();
     QApplication app(argc, argv);
     QApplication::setApplicationName(QStringLiteral("velmora"));
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
@@ -137,7 +137,7 @@ int main(int argc, char* argv[])
     NetworkHttp http;
     ProcessLauncher launcher;
     SystemdLoginService loginService({}, paths.configServer);
-    Desktop desktop = chooseDesktop(runtime);
+    Desktop desktop = chooseDesktop(runtime, desktopPrepared);
     LocalBrowserTabs browserTabs;
     Ports ports{&clock,
                 &scheduler,
@@ -148,10 +148,10 @@ int main(int argc, char* argv[])
                 &http,
                 &launcher,
                 &loginService,
-                desktop.hotKeys.get(),
-                desktop.workspace.get(),
+                desktop.hotKeys,
+                desktop.workspace,
                 &browserTabs,
-                desktop.lockShield.get()};
+                desktop.lockShield};
 
     AppDelegate delegate(ports, paths);
     delegate.applicationWillFinishLaunching();
@@ -167,6 +167,8 @@ int main(int argc, char* argv[])
     desktop.setLog(log);
     for (const QString& line : std::as_const(desktop.chosen))
         log(line);
+    if (desktop.needsNewLogin)
+        GnomeShellDesktop::tellOnceToLogInAgain(notifier, paths.dataFolder);
     browserTabs.setLog(log);
     // The browsers start our host per connection; their manifests say where it is.
     // A browser run for the first time later gets its manifest then.

@@ -66,4 +66,5 @@ env -u VELMORA_CONFIG_SERVER gio launch "$autostart"
 poll 20 "the autostart entry started the program" session_velmora
 VELMORA_PID="$(session_velmora)"
 poll 20 "the program enabled its unit again" grep -qx -- "--user enable velmora.service" "$VELMORA_IT_DIR/systemctl.log"
-[ "$(grep -c ' /config/config.json$' "$work/requests.log")" -eq 2 ] || fail "the new start did not ask the server"
+poll 20 "the new start asked the server" \
+    bash -c '[ "$(grep -c " /config/config.json$" "$1")" -eq 2 ]' _ "$work/requests.log"

@@ -145,9 +145,12 @@ const DesktopEntries::Entry* DesktopEntries::byId(const QString& id) const
     return it == m_byId.cend() ? nullptr : &m_entries.at(*it);
 }
 
+// Where the window system tells no process (the Wayland window lists), there is
+// no program to hold the entry to: the window's own claim is all there is.
 bool DesktopEntries::mayName(const Entry& entry, const WindowFacts& window)
 {
-    return !entry.userOwned || (!window.executable.isEmpty() && entry.executable == window.executable);
+    return !entry.userOwned || window.processUnknown ||
+           (!window.executable.isEmpty() && entry.executable == window.executable);
 }
 
 Application DesktopEntries::applicationForWindow(const WindowFacts& window)

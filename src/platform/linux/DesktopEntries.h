@@ -13,11 +13,12 @@ namespace velmora {
 // What a window tells about the program that made it.
 struct WindowFacts
 {
-    QString gtkApplicationId; // _GTK_APPLICATION_ID
-    QString kdeDesktopFile;   // _KDE_NET_WM_DESKTOP_FILE
-    QString wmInstance;       // WM_CLASS, first string
-    QString wmClass;          // WM_CLASS, second string
-    QString executable;       // /proc/PID/exe, resolved, of the window's real process
+    QString gtkApplicationId;    // _GTK_APPLICATION_ID
+    QString kdeDesktopFile;      // _KDE_NET_WM_DESKTOP_FILE
+    QString wmInstance;          // WM_CLASS, first string
+    QString wmClass;             // WM_CLASS, second string
+    QString executable;          // /proc/PID/exe, resolved, of the window's real process
+    bool processUnknown = false; // the window system does not tell which process made it
 };
 
 // The desktop entries of the XDG data folders, indexed by id, file, window class
@@ -49,7 +50,8 @@ public:
     // lower-cased instance or class, an entry whose program is the window's.
     // Without an entry the lower-cased class names it, and without a class the
     // program's file name. An entry of the user's own folder found by the window's
-    // own claims (its ids and class) counts only when its program is the window's.
+    // own claims (its ids and class) counts only when its program is the window's,
+    // where the window system tells that program.
     Application applicationForWindow(const WindowFacts& window);
     // By a desktop file's full path, by its id without ".desktop" in any case
     // ("firefox-esr"), by the name shown in menus ("Firefox ESR") or by that name

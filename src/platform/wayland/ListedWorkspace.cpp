@@ -14,6 +14,7 @@ Application applicationForAppId(DesktopEntries& entries, const QString& appId)
     facts.gtkApplicationId = appId;
     facts.wmInstance = appId;
     facts.wmClass = appId;
+    facts.processUnknown = true;
     return entries.applicationForWindow(facts);
 }
 

@@ -22,6 +22,9 @@ packages=(
   x11-utils python3-xlib
   python3-websocket  # the settings page test talks to the web engine's debugging port
   chromium firefox-esr  # the meeting suggestion and the browser bridge need real browsers
+  # the Debian package (scripts/package.sh) and its check in fresh root folders
+  debhelper dpkg-dev fakeroot lintian desktop-file-utils appstream debootstrap bubblewrap openssl
+  python3 libglib2.0-bin
 )
 
 missing=()

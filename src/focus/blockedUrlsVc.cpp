@@ -35,6 +35,8 @@ blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
     lblBrowsers = new QLabel(this);
     tblViewBrowsers = new QListWidget(this);
     tblViewBrowsers->setObjectName(QStringLiteral("tblViewBrowsers"));
+    tblViewBrowsers->setWordWrap(true);
+    tblViewBrowsers->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(btnAddUrl);
@@ -102,17 +104,31 @@ void blockedUrlsVc::reloadBrowsers()
     tblViewBrowsers->setAccessibleName(title);
     const QStringList connected = c.browserTabs ? c.browserTabs->connectedBrowsers() : QStringList();
     const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
-    const QString no = c.texts.text("blockedUrlsViewInfo", "browserNotConnected",
-                                    QStringLiteral("not connected (see “Browsers” in the README)"));
+    // What the user still has to do where the package installed the extension:
+    // Chromium's family adds it at the browser's next start and may ask first;
+    // Firefox takes it only where unsigned add-ons are allowed.
+    const QString noChromium = c.texts.text(
+        "blockedUrlsViewInfo", "browserNotConnected",
+        QStringLiteral("not connected: restart the browser, and where it says “Velmora” was added, click "
+                       "“Enable extension”"));
+    const QString noFirefox = c.texts.text(
+        "blockedUrlsViewInfo", "firefoxNotConnected",
+        QStringLiteral("not connected: Firefox ESR loads the packaged add-on once about:config has "
+                       "xpinstall.signatures.required set to false; then restart Firefox (other builds: see "
+                       "“Browsers” in the README)"));
     tblViewBrowsers->clear();
     for (const auto& [family, name] : browsers) {
+        const QString no = family == QLatin1String("firefox") ? noFirefox : noChromium;
         const QString text = name + QStringLiteral(": ") + (connected.contains(family) ? yes : no);
         auto* item = new QListWidgetItem(text, tblViewBrowsers);
         item->setData(Qt::AccessibleTextRole, text);
+        item->setToolTip(text);
     }
-    // Every browser shows without scrolling, whatever the font.
-    tblViewBrowsers->setFixedHeight(tblViewBrowsers->sizeHintForRow(0) * tblViewBrowsers->count() +
-                                    2 * tblViewBrowsers->frameWidth());
+    // Every browser shows without scrolling, whatever the font; the longer hints wrap.
+    int height = 2 * tblViewBrowsers->frameWidth();
+    for (int row = 0; row < tblViewBrowsers->count(); ++row)
+        height += tblViewBrowsers->sizeHintForRow(row);
+    tblViewBrowsers->setFixedHeight(height);
 }
 
 void blockedUrlsVc::reloadData()

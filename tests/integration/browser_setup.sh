@@ -19,7 +19,7 @@ program_start() {
 
 chromium_start() {
     command -v chromium >/dev/null || fail "chromium is not installed (scripts/install-deps.sh)"
-    extension_id=lhpgjbdeclclangdcipdeabmekkljheh
+    extension_id=fbejcoihjmiomcngkmanpfmkfcceegnf
     local profile="$XDG_CONFIG_HOME/chromium" browser
     poll 15 "the program wrote the host manifest" grep -q "chrome-extension://$extension_id/" \
         "$profile/NativeMessagingHosts/app.velmora.host.json"

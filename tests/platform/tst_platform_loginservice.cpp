@@ -63,6 +63,7 @@ Description=Velmora
 PartOf=graphical-session.target
 After=graphical-session.target
 StartLimitIntervalSec=0
+ConditionFileIsExecutable=%2
 
 [Service]
 ExecStart=%1
@@ -72,7 +73,7 @@ RestartPreventExitStatus=64
 
 [Install]
 WantedBy=graphical-session.target
-)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s));
+)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s, u"/opt/My Apps/100%%/$v/velmora"_s));
     }
 
     // The autostart entry is always written; a user manager that answers is given the

@@ -31,15 +31,6 @@ root_base() {
     debootstrap --components=main "$suite" "$work" "$(root_mirror)" >"$dir/$suite-debootstrap.log" 2>&1 ||
       { tail -n 20 "$dir/$suite-debootstrap.log" >&2; return 1; }
     rm -f "$work"/var/cache/apt/archives/*.deb
-    # As an installed system has them: the point-release updates and the security archive.
-    local security
-    security="$(grep -hsoE 'https?://[^ ]*/debian-security/?' /etc/apt/sources.list.d/*.sources /etc/apt/sources.list |
-      head -n1 || true)"
-    {
-      echo "deb $(root_mirror) $suite main"
-      echo "deb $(root_mirror) $suite-updates main"
-      echo "deb ${security:-http://security.debian.org/debian-security} $suite-security main"
-    } >"$work/etc/apt/sources.list"
     tar -C "$work" -cf "$tarball.part" . && mv "$tarball.part" "$tarball"
     rm -rf "$work"
   fi
@@ -52,6 +43,15 @@ root_fresh() {
   tarball="$(root_base "$1" "$2")"
   rm -rf "$3" && mkdir -p "$3"
   tar -C "$3" -xf "$tarball"
+  # As an installed system has them: the point-release updates and the security archive.
+  local security suite="$1"
+  security="$(grep -hsE '^(URIs:|deb )' /etc/apt/sources.list.d/*.sources /etc/apt/sources.list 2>/dev/null |
+    grep -oE 'https?://[^ ]*/debian-security/?' | head -n1 || true)"
+  {
+    echo "deb $(root_mirror) $suite main"
+    echo "deb $(root_mirror) $suite-updates main"
+    echo "deb ${security:-http://security.debian.org/debian-security} $suite-security main"
+  } >"$3/etc/apt/sources.list"
 }
 
 # in_root ROOT [bwrap options --] COMMAND...: runs COMMAND in ROOT.

@@ -105,17 +105,16 @@ void blockedUrlsVc::reloadBrowsers()
     const QStringList connected = c.browserTabs ? c.browserTabs->connectedBrowsers() : QStringList();
     const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
     // What the user still has to do where the package installed the extension:
-    // Chromium's family adds it at the browser's next start and may ask first;
-    // Firefox takes it only where unsigned add-ons are allowed.
+    // the browsers add it at their next start, and Chromium's family may ask first.
     const QString noChromium = c.texts.text(
         "blockedUrlsViewInfo", "browserNotConnected",
         QStringLiteral("not connected: restart the browser, and where it says “Velmora” was added, click "
                        "“Enable extension”"));
     const QString noFirefox = c.texts.text(
         "blockedUrlsViewInfo", "firefoxNotConnected",
-        QStringLiteral("not connected: Firefox ESR loads the packaged add-on once about:config has "
-                       "xpinstall.signatures.required set to false; then restart Firefox (other builds: see "
-                       "“Browsers” in the README)"));
+        QStringLiteral(
+            "not connected: restart Firefox (Mozilla's own Firefox builds take only signed add-ons: "
+            "see “Browsers” in the README)"));
     tblViewBrowsers->clear();
     for (const auto& [family, name] : browsers) {
         const QString no = family == QLatin1String("firefox") ? noFirefox : noChromium;

@@ -151,11 +151,9 @@ private Q_SLOTS:
         QDir().mkpath(root.path() + u"/etc/chromium/native-messaging-hosts"_s);
         QFile(root.path() + u"/etc/chromium/native-messaging-hosts/app.velmora.host.json"_s)
             .open(QIODevice::WriteOnly);
-        QDir(home.path()).mkpath(u".mozilla"_s);
         m_tabs->setSystemRoot(root.path());
         m_tabs->writeHostManifests(home.path(), home.path() + u"/.config"_s, u"/opt/velmora/host"_s);
         QVERIFY(!QFileInfo::exists(user));
-        QVERIFY(QFileInfo::exists(home.path() + u"/.mozilla/native-messaging-hosts/app.velmora.host.json"_s));
     }
 };
 

@@ -99,8 +99,10 @@ for a in json.load(sys.stdin)["addons"]:
   poll 40 "Firefox's window is mapped" xdotool search --onlyvisible --class '^firefox'
   if poll 60 "Firefox ESR runs the packaged add-on and connects through the system manifest" \
       grep -q 'Browser bridge: firefox connected' "$log"; then
-    say "Firefox ESR's record of the add-on: $(addon_state)"
     blocked '^firefox' 'Firefox ESR'
+    pkill -u "$(id -u)" -x firefox-esr || true
+    sleep 2
+    say "Firefox ESR's record of the add-on: $(addon_state)"
   else
     say "Firefox ESR refused the packaged add-on: $(addon_state)"
     exit 1

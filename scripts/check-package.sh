@@ -9,7 +9,7 @@
 #     add-on folder unsigned; the check prints Firefox's record of it).
 #
 #   scripts/check-package.sh [SUITE [DEB]]    SUITE bookworm by default; DEB the newest
-#                                             matching package in build/package
+#                                             package for it in build/package
 # VELMORA_PREFS names the velmora-prefs test tool (build/bin/velmora-prefs), which sets
 # the preferences that take the program past its first day. The report is in
 # build/package/check-SUITE.txt.
@@ -116,7 +116,8 @@ fi
 top="$(cd "$here/.." && pwd)"
 out="${VELMORA_PACKAGE_DIR:-$top/build/package}"
 suite="${1:-bookworm}"
-deb="${2:-$(ls -t "$out"/velmora_*_"$(dpkg --print-architecture)".deb 2>/dev/null | head -n1)}"
+case "$suite" in bookworm) release=12 ;; trixie) release=13 ;; *) release="*" ;; esac
+deb="${2:-$(ls -t "$out"/velmora_*+deb${release}_"$(dpkg --print-architecture)".deb 2>/dev/null | head -n1)}"
 [ -f "$deb" ] || { echo "check-package: no package; run scripts/package.sh" >&2; exit 1; }
 prefs_tool="${VELMORA_PREFS:-$top/build/bin/velmora-prefs}"
 [ -x "$prefs_tool" ] || { echo "check-package: $prefs_tool is not built" >&2; exit 1; }

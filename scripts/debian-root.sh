@@ -78,13 +78,17 @@ build_depends() {
 
 root_build() {
   local suite="$1" out="$2" root="$2/$1-build-root" top="$_root_here/.."
-  root_fresh "$suite" "$out" "$root"
+  # VELMORA_KEEP_ROOT=1 builds again in the root of the last run, its build
+  # dependencies already installed.
+  if [ "${VELMORA_KEEP_ROOT:-0}" != 1 ] || [ ! -d "$root/build" ]; then
+    root_fresh "$suite" "$out" "$root"
+    in_root "$root" sh -c "apt-get update -q && apt-get install -y -q --no-install-recommends \
+      build-essential fakeroot $(build_depends | tr '\n' ' ')" >"$out/$suite-build-deps.log" 2>&1 ||
+      { tail -n 30 "$out/$suite-build-deps.log" >&2; return 1; }
+  fi
   local release
   release="$(. "$root/etc/os-release" && echo "${VERSION_ID%%.*}")"
-  in_root "$root" sh -c "apt-get update -q && apt-get install -y -q --no-install-recommends \
-    build-essential fakeroot $(build_depends | tr '\n' ' ')" >"$out/$suite-build-deps.log" 2>&1 ||
-    { tail -n 30 "$out/$suite-build-deps.log" >&2; return 1; }
-  mkdir -p "$root/build/src"
+  rm -rf "$root/build" && mkdir -p "$root/build/src"
   (cd "$top" && git ls-files -z -co --exclude-standard | tar --null --ignore-failed-read -T - -cf - 2>/dev/null) |
     tar -xf - -C "$root/build/src"
   local version

@@ -72,6 +72,8 @@ if [ "$all" = 1 ]; then
   echo "package: Debian 13's package and its tests took $((SECONDS - start)) s"
   check_package "$out/velmora_${version}+deb13_${arch}.deb" 13
   start=$SECONDS
-  bash scripts/check-package.sh trixie "$out/velmora_${version}+deb13_${arch}.deb"
+  # The preferences tool of check 1 as built there, against Debian 13's Qt.
+  VELMORA_PREFS="$out/trixie-build-root/build/src/obj-$(dpkg-architecture -qDEB_HOST_GNU_TYPE)/bin/velmora-prefs" \
+    bash scripts/check-package.sh trixie "$out/velmora_${version}+deb13_${arch}.deb"
   echo "package: check 1 on Debian 13 took $((SECONDS - start)) s"
 fi

@@ -29,6 +29,9 @@ packages=(
   sway grim wtype foot kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde
   gnome-shell python3-gi gir1.2-gtk-3.0 libglib2.0-bin  # the lock on GNOME: a headless shell, GTK test windows, gsettings
   debootstrap bubblewrap  # tests/integration/gnome/gnome48.sh: GNOME Shell 48 from a Debian 13 root folder
+  # the Debian package (scripts/package.sh) and its check in fresh root folders
+  debhelper dpkg-dev fakeroot lintian desktop-file-utils appstream debootstrap bubblewrap openssl
+  python3 libglib2.0-bin
 )
 
 missing=()

@@ -6,6 +6,10 @@
     images/clock22.png       22x22 black glyph on transparent ground, for the tray
     images/clock22@2x.png    the same glyph at 44x44
 
+With --icons FOLDER it writes the desktop icon into a hicolor theme tree
+instead: FOLDER/scalable/apps/velmora.svg (the same shapes as vector paths) and
+FOLDER/<n>x<n>/apps/velmora.png for the usual sizes. The build runs this.
+
 Only the standard library is used. Every shape is a signed-distance test, and
 each pixel is sampled on a grid of sub-pixels, which gives smooth edges at any
 size. Run from anywhere; the files land in the resources folder above this
@@ -14,6 +18,7 @@ script's folder.
 
 import math
 import struct
+import sys
 import zlib
 from pathlib import Path
 
@@ -104,24 +109,60 @@ def write_png(path, size, rows):
     path.write_bytes(png)
 
 
-def logo(size):
+def logo_shapes(size):
+    """The logo as (colour, opacity, kind, geometry): kind "disc" is (cx, cy, r),
+    "stroke" is (x0, y0, x1, y1, width) with round caps."""
     c = size / 2.0
     radius = size * 0.47
-    layers = [(SLATE, 1.0, disc(c, c, radius))]
+    shapes = [(SLATE, 1.0, "disc", (c, c, radius))]
     for hour in range(12):
         angle = math.radians(hour * 30.0)
         major = hour % 3 == 0
         inner = radius * (0.74 if major else 0.80)
         outer = radius * 0.88
         width = size * (0.035 if major else 0.022)
-        layers.append((WHITE, 0.9, stroke(c + inner * math.sin(angle), c - inner * math.cos(angle),
-                                          c + outer * math.sin(angle), c - outer * math.cos(angle),
-                                          width)))
-    layers.append((WHITE, 1.0, hand(c, c, HOUR_ANGLE, radius * 0.48, size * 0.055)))
-    layers.append((WHITE, 1.0, hand(c, c, MINUTE_ANGLE, radius * 0.68, size * 0.04)))
-    layers.append((WHITE, 1.0, disc(c, c, size * 0.045)))
-    layers.append((SLATE, 1.0, disc(c, c, size * 0.018)))
+        shapes.append((WHITE, 0.9, "stroke", (c + inner * math.sin(angle), c - inner * math.cos(angle),
+                                              c + outer * math.sin(angle), c - outer * math.cos(angle),
+                                              width)))
+    for angle, length, width in ((HOUR_ANGLE, 0.48, 0.055), (MINUTE_ANGLE, 0.68, 0.04)):
+        shapes.append((WHITE, 1.0, "stroke", (c, c, c + radius * length * math.sin(angle),
+                                              c - radius * length * math.cos(angle), size * width)))
+    shapes.append((WHITE, 1.0, "disc", (c, c, size * 0.045)))
+    shapes.append((SLATE, 1.0, "disc", (c, c, size * 0.018)))
+    return shapes
+
+
+def logo(size):
+    layers = [(colour, opacity, disc(*geometry) if kind == "disc" else stroke(*geometry))
+              for colour, opacity, kind, geometry in logo_shapes(size)]
     return render(size, layers, samples=4)
+
+
+def logo_svg(size):
+    def hex_colour(colour):
+        return "#%02x%02x%02x" % colour
+
+    lines = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{size}" height="{size}" '
+             f'viewBox="0 0 {size} {size}">']
+    for colour, opacity, kind, g in logo_shapes(size):
+        paint = f'opacity="{opacity:g}"' if opacity < 1.0 else ""
+        if kind == "disc":
+            lines.append(f'  <circle cx="{g[0]:.3f}" cy="{g[1]:.3f}" r="{g[2]:.3f}" '
+                         f'fill="{hex_colour(colour)}" {paint}/>')
+        else:
+            lines.append(f'  <line x1="{g[0]:.3f}" y1="{g[1]:.3f}" x2="{g[2]:.3f}" y2="{g[3]:.3f}" '
+                         f'stroke="{hex_colour(colour)}" stroke-width="{g[4]:.3f}" '
+                         f'stroke-linecap="round" {paint}/>')
+    lines.append("</svg>")
+    return "\n".join(lines) + "\n"
+
+
+def write_icons(folder):
+    svg = folder / "scalable" / "apps" / "velmora.svg"
+    svg.parent.mkdir(parents=True, exist_ok=True)
+    svg.write_text(logo_svg(256))
+    for size in (16, 22, 24, 32, 48, 64, 128, 256):
+        write_png(folder / f"{size}x{size}" / "apps" / "velmora.png", size, logo(size))
 
 
 def tray_glyph(size):
@@ -138,6 +179,9 @@ def tray_glyph(size):
 
 
 def main():
+    if len(sys.argv) == 3 and sys.argv[1] == "--icons":
+        write_icons(Path(sys.argv[2]))
+        return
     outputs = [
         (RESOURCES / "logo.png", 256, logo),
         (RESOURCES / "images" / "icon-130.png", 130, logo),

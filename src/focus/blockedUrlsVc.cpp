@@ -35,6 +35,8 @@ blockedUrlsVc::blockedUrlsVc(FocusPreferencesContext ctx, QWidget* parent)
     lblBrowsers = new QLabel(this);
     tblViewBrowsers = new QListWidget(this);
     tblViewBrowsers->setObjectName(QStringLiteral("tblViewBrowsers"));
+    tblViewBrowsers->setWordWrap(true);
+    tblViewBrowsers->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(btnAddUrl);
@@ -103,8 +105,17 @@ void blockedUrlsVc::reloadBrowsers()
     const QList<BrowserConnection> connections =
         c.browserTabs ? c.browserTabs->connections() : QList<BrowserConnection>();
     const QString yes = c.texts.text("blockedUrlsViewInfo", "browserConnected", QStringLiteral("connected"));
-    const QString no = c.texts.text("blockedUrlsViewInfo", "browserNotConnected",
-                                    QStringLiteral("not connected (see “Browsers” in the README)"));
+    // What the user still has to do where the package installed the extension:
+    // the browsers add it at their next start, and Chromium's family may ask first.
+    const QString noChromium = c.texts.text(
+        "blockedUrlsViewInfo", "browserNotConnected",
+        QStringLiteral("not connected: restart the browser, and where it says “Velmora” was added, click "
+                       "“Enable extension”"));
+    const QString noFirefox = c.texts.text(
+        "blockedUrlsViewInfo", "firefoxNotConnected",
+        QStringLiteral(
+            "not connected: restart Firefox (Mozilla's own Firefox builds take only signed add-ons: "
+            "see “Browsers” in the README)"));
     const QString inPrivate = c.texts.text("blockedUrlsViewInfo", "browserPrivateAllowed",
                                            QStringLiteral("also in private windows"));
     const QString notInPrivate =
@@ -114,6 +125,7 @@ void blockedUrlsVc::reloadBrowsers()
     const auto addRow = [this](const QString& text) {
         auto* item = new QListWidgetItem(text, tblViewBrowsers);
         item->setData(Qt::AccessibleTextRole, text);
+        item->setToolTip(text);
     };
     QStringList shown;
     // Every running browser with the extension, by the name it gives itself.
@@ -134,11 +146,14 @@ void blockedUrlsVc::reloadBrowsers()
     }
     for (const auto& [family, name] : browsers) {
         if (!shown.contains(family))
-            addRow(name + QStringLiteral(": ") + no);
+            addRow(name + QStringLiteral(": ") +
+                   (family == QLatin1String("firefox") ? noFirefox : noChromium));
     }
-    // Every browser shows without scrolling, whatever the font.
-    tblViewBrowsers->setFixedHeight(tblViewBrowsers->sizeHintForRow(0) * tblViewBrowsers->count() +
-                                    2 * tblViewBrowsers->frameWidth());
+    // Every browser shows without scrolling, whatever the font; the longer hints wrap.
+    int height = 2 * tblViewBrowsers->frameWidth();
+    for (int row = 0; row < tblViewBrowsers->count(); ++row)
+        height += tblViewBrowsers->sizeHintForRow(row);
+    tblViewBrowsers->setFixedHeight(height);
 }
 
 void blockedUrlsVc::reloadData()

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QDebug>
+#include <QFileInfo>
 #include <QLibrary>
 #include <QOpenGLContext>
 #include <QWidget>
@@ -71,7 +72,11 @@ bool ensureShareContext()
 
 QString modulePath()
 {
-    return QCoreApplication::applicationDirPath() + QStringLiteral("/velmora-webview.so");
+    // Beside the program in a build tree; in the library folder once installed.
+    const QString beside = QCoreApplication::applicationDirPath() + QStringLiteral("/velmora-webview.so");
+    if (QFileInfo::exists(beside))
+        return beside;
+    return QStringLiteral(VELMORA_MODULE_DIR "/velmora-webview.so");
 }
 
 QWidget* create(QWidget* parent)

@@ -27,7 +27,7 @@ chromium_flags() {
 
 chromium_start() {
     command -v chromium >/dev/null || fail "chromium is not installed (scripts/install-deps.sh)"
-    extension_id=lhpgjbdeclclangdcipdeabmekkljheh
+    extension_id=fbejcoihjmiomcngkmanpfmkfcceegnf
     profile="$XDG_CONFIG_HOME/chromium"
     [ ! -e "$profile" ] || fail "Chromium's profile exists before its first run"
     devtools=$((port + 1))

@@ -137,6 +137,21 @@ private Q_SLOTS:
         QVERIFY(!QFileInfo::exists(home.path() + u"/.config/google-chrome"_s));
         QVERIFY(!QFileInfo::exists(home.path() + u"/.config/chromium"_s));
     }
+
+    // An installed package's manifest wins: no user copy, and an earlier one goes.
+    void systemManifestReplacesTheUsersCopy()
+    {
+        QTemporaryDir home, root;
+        const QString user = home.path() + u"/.config/chromium/NativeMessagingHosts/app.velmora.host.json"_s;
+        QDir().mkpath(QFileInfo(user).path());
+        QFile(user).open(QIODevice::WriteOnly);
+        QDir().mkpath(root.path() + u"/etc/chromium/native-messaging-hosts"_s);
+        QFile(root.path() + u"/etc/chromium/native-messaging-hosts/app.velmora.host.json"_s)
+            .open(QIODevice::WriteOnly);
+        m_tabs->setSystemRoot(root.path());
+        m_tabs->writeHostManifests(home.path(), home.path() + u"/.config"_s, u"/opt/velmora/host"_s);
+        QVERIFY(!QFileInfo::exists(user));
+    }
 };
 
 QTEST_MAIN(TestBrowserBridge)

@@ -65,6 +65,7 @@ Description=Velmora
 PartOf=graphical-session.target
 After=graphical-session.target
 StartLimitIntervalSec=0
+ConditionFileIsExecutable=%2
 
 [Service]
 ExecStart=%1 --config-server http://h:8/a%%20b%%25
@@ -74,7 +75,7 @@ RestartPreventExitStatus=64
 
 [Install]
 WantedBy=graphical-session.target
-)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s));
+)"_s.arg(u"\"/opt/My Apps/100%%/$$v/velmora\""_s, u"/opt/My Apps/100%%/$v/velmora"_s));
         QVERIFY(contents(SystemdLoginService::autostartFilePath())
                     .contains(u"\" --config-server http://h:8/a%%20b%%25\n"_s));
     }

@@ -35,18 +35,19 @@ struct BrowserFolder
 {
     const char* folder; // under the configuration folder, or for Firefox the home folder
     bool firefoxForm;
+    const char* systemFolder; // where the package puts the browser's manifest for every user
 };
 
 constexpr BrowserFolder BrowserFolders[] = {
-    {"chromium", false},
-    {"google-chrome", false},
-    {"google-chrome-beta", false},
-    {"google-chrome-unstable", false},
-    {"BraveSoftware/Brave-Browser", false},
-    {"microsoft-edge", false},
-    {"microsoft-edge-beta", false},
-    {"vivaldi", false},
-    {".mozilla", true},
+    {"chromium", false, "/etc/chromium/native-messaging-hosts"},
+    {"google-chrome", false, "/etc/opt/chrome/native-messaging-hosts"},
+    {"google-chrome-beta", false, "/etc/opt/chrome/native-messaging-hosts"},
+    {"google-chrome-unstable", false, "/etc/opt/chrome/native-messaging-hosts"},
+    {"BraveSoftware/Brave-Browser", false, "/etc/opt/brave/native-messaging-hosts"},
+    {"microsoft-edge", false, "/etc/opt/edge/native-messaging-hosts"},
+    {"microsoft-edge-beta", false, "/etc/opt/edge/native-messaging-hosts"},
+    {"vivaldi", false, "/etc/opt/vivaldi/native-messaging-hosts"},
+    {".mozilla", true, "/usr/lib/mozilla/native-messaging-hosts"},
 };
 
 } // namespace
@@ -106,6 +107,15 @@ void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& co
             continue;
         const QString folder = root + (browser.firefoxForm ? QStringLiteral("/native-messaging-hosts")
                                                            : QStringLiteral("/NativeMessagingHosts"));
+        const QString fileName = u'/' + QLatin1StringView(HostName) + QStringLiteral(".json");
+        // An installed package's manifest serves every user; a copy of ours in the
+        // user's folder would be read first and may name a host that is gone.
+        if (QFileInfo::exists(m_systemRoot + QLatin1StringView(browser.systemFolder) + fileName)) {
+            if (QFile::exists(folder + fileName) && QFile::remove(folder + fileName))
+                log(QStringLiteral("Browser bridge: removed %1, the system's manifest serves")
+                        .arg(folder + fileName));
+            continue;
+        }
         QJsonObject manifest{{QStringLiteral("name"), QLatin1StringView(HostName)},
                              {QStringLiteral("description"), QStringLiteral("Velmora focus blocks")},
                              {QStringLiteral("path"), hostProgram},
@@ -119,7 +129,7 @@ void LocalBrowserTabs::writeHostManifests(const QString& home, const QString& co
                 QJsonArray{
                     QStringLiteral("chrome-extension://%1/").arg(QLatin1StringView(ChromiumExtensionId))});
         }
-        const QString path = folder + u'/' + QLatin1StringView(HostName) + QStringLiteral(".json");
+        const QString path = folder + fileName;
         const QByteArray json = QJsonDocument(manifest).toJson();
         if (QFile current(path); current.open(QIODevice::ReadOnly) && current.readAll() == json)
             continue;

@@ -58,7 +58,7 @@ class LocalBrowserTabs : public BrowserTabs
 public:
     // The extension's id in Chromium-family browsers (from the key in its
     // manifest) and in Firefox.
-    static constexpr const char* ChromiumExtensionId = "lhpgjbdeclclangdcipdeabmekkljheh";
+    static constexpr const char* ChromiumExtensionId = "fbejcoihjmiomcngkmanpfmkfcceegnf";
     static constexpr const char* FirefoxExtensionId = "focus@velmora.app";
     static constexpr const char* HostName = "app.velmora.host";
 
@@ -70,11 +70,14 @@ public:
     QString socketPath() const;
     // Writes the host's manifest into every browser folder that exists (Chromium's
     // family under the configuration folder, Firefox's under home), and says where
-    // a sandboxed browser cannot use it.
+    // a sandboxed browser cannot use it. Where the browser's system folder holds
+    // the manifest (an installed package), the user's copy is left out.
     void writeHostManifests(const QString& home, const QString& configHome, const QString& hostProgram);
     // Writes them again whenever a browser's folder appears (a browser run for the
     // first time), for as long as the program runs.
     void watchBrowserFolders(const QString& home, const QString& configHome, const QString& hostProgram);
+    // The root that the system folders are under; "" is "/".
+    void setSystemRoot(const QString& root) { m_systemRoot = root; }
 
     void setLog(std::function<void(const QString&)> log) { m_log = std::move(log); }
     // Limits, changeable so that a test need not send thousands of frames.
@@ -128,6 +131,7 @@ private:
     quint64 m_nextId = 1;
     QFileSystemWatcher* m_folderWatch = nullptr;
     std::function<void(const QString&)> m_log;
+    QString m_systemRoot;
 };
 
 } // namespace velmora

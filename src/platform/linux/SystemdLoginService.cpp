@@ -154,6 +154,7 @@ Description=Velmora
 PartOf=graphical-session.target
 After=graphical-session.target
 StartLimitIntervalSec=0
+ConditionFileIsExecutable=%3
 
 [Service]
 ExecStart=%1
@@ -163,7 +164,9 @@ RestartPreventExitStatus=%2
 
 [Install]
 WantedBy=graphical-session.target
-)"_s.arg(words(command(), unitWord), QString::number(QuitExitStatus));
+)"_s.arg(words(command(), unitWord), QString::number(QuitExitStatus),
+         // Once the program is removed, the unit is skipped rather than restarted for ever.
+         QString(m_programPath).replace(u'%', QStringLiteral("%%")));
 }
 
 QString SystemdLoginService::autostartText() const

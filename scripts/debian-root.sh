@@ -94,8 +94,15 @@ root_build() {
   local version
   version="$(sed -n 's/^project(Velmora VERSION \([0-9.]*\).*/\1/p' "$top/CMakeLists.txt")"
   sed -i "1s/^velmora ([^)]*)/velmora ($version+deb$release)/" "$root/build/src/debian/changelog"
+  # Debian 13 ships the private QtWaylandClient headers, but wlroots' protocol files are in
+  # no binary package there either: the copies install-deps.sh fetched serve (the protocols
+  # are versioned on the wire, so an older file only offers less).
+  local sources="${VELMORA_WAYLAND_SOURCES:-$HOME/.cache/velmora/wayland-sources}"
+  mkdir -p "$root/build/wayland-sources"
+  cp -r "$sources/wlroots-protocols" "$root/build/wayland-sources/"
   echo "debian-root: building in $root (log: $out/$suite-build.log)" >&2
-  in_root "$root" --chdir /build/src --setenv DEB_BUILD_OPTIONS "parallel=$(nproc)" -- \
+  in_root "$root" --chdir /build/src --setenv DEB_BUILD_OPTIONS "parallel=$(nproc)" \
+    --setenv VELMORA_WAYLAND_SOURCES /build/wayland-sources -- \
     nice -n 19 dpkg-buildpackage -b -us -uc --no-sign >"$out/$suite-build.log" 2>&1 ||
     { tail -n 60 "$out/$suite-build.log" >&2; return 1; }
   grep -E 'tests passed|tests failed' "$out/$suite-build.log" >&2 || true

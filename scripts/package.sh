@@ -58,6 +58,9 @@ arch="$(dpkg --print-architecture)"
 start=$SECONDS
 copy_tree "$out/src" "$release"
 export DEB_BUILD_OPTIONS="nocheck parallel=$(nproc)"
+# debhelper builds with a home of its own: say where install-deps.sh put the
+# QtWaylandClient headers and wlroots' protocol files.
+export VELMORA_WAYLAND_SOURCES="${VELMORA_WAYLAND_SOURCES:-$HOME/.cache/velmora/wayland-sources}"
 if command -v ccache >/dev/null; then
   export VELMORA_CCACHE=1 CCACHE_BASEDIR="${CCACHE_BASEDIR:-$out}" CCACHE_NOHASHDIR=1
 fi

@@ -109,12 +109,36 @@ constexpr qsizetype kMaxPatternLength = 1'000;
 constexpr qsizetype kMaxReferenceLength = 1'000;
 constexpr int kMaxFormattedLength = 64;
 
-using RegexCache = std::unordered_map<std::string, std::regex>;
-
 std::regex loopingRegex(const QString& pattern)
 {
     return std::regex(pattern.toStdString(), std::regex::ECMAScript | std::regex_constants::__polynomial);
 }
+
+#ifdef VELMORA_VALIJSON_REGEX_ENGINE
+// Later valijson takes its expression engine as a parameter: this one runs in the
+// same non-recursive mode as the expressions compiled here.
+struct LoopingRegexEngine
+{
+    explicit LoopingRegexEngine(const std::string& pattern)
+        : regex(loopingRegex(QString::fromStdString(pattern)))
+    {
+    }
+    explicit LoopingRegexEngine(std::regex compiled)
+        : regex(std::move(compiled))
+    {
+    }
+    static bool search(const std::string& text, const LoopingRegexEngine& engine)
+    {
+        return std::regex_search(text, engine.regex);
+    }
+    std::regex regex;
+};
+using RegexCache = std::unordered_map<std::string, LoopingRegexEngine>;
+using Visitor = valijson::ValidationVisitor<valijson::adapters::QtJsonAdapter, LoopingRegexEngine>;
+#else
+using RegexCache = std::unordered_map<std::string, std::regex>;
+using Visitor = valijson::ValidationVisitor<valijson::adapters::QtJsonAdapter>;
+#endif
 
 void collectKeys(const QJsonValue& value, QSet<QString>& keys)
 {
@@ -282,8 +306,7 @@ SettingsValidation validateSafely(const QJsonObject& document, const QJsonObject
         // The validator's own front, without its cache of default-mode expressions.
         valijson::ValidationResults results;
         const valijson::adapters::QtJsonAdapter target{QJsonValue(document)};
-        valijson::ValidationVisitor<valijson::adapters::QtJsonAdapter> visitor(
-            target, std::vector<std::string>(1, "<root>"), true, &results, patterns);
+        Visitor visitor(target, std::vector<std::string>(1, "<root>"), true, &results, patterns);
         if (!visitor.validateSchema(parsed))
             result.errors = innermost(results);
     } catch (const std::exception& e) {

@@ -1,9 +1,10 @@
 // Prints the figures the program is held to: the cost of a scheduling tick, of a
-// usage-log row on a large log, and the resident memory of the real program
-// after start-up with the lock down. Run on demand: build/bin/bench_velmora.
+// usage-log row on a large log, of reading that log for the day's summary, and the resident memory of the
+// real program after start-up with the lock down. Run on demand: build/bin/bench_velmora.
 
 #include "AppDelegate.h"
 #include "FakePorts.h"
+#include "FocusSummary.h"
 #include "PreferenceKeys.h"
 #include "PulseMediaMonitor.h"
 #include "SettingsPreferences.h"
@@ -63,8 +64,7 @@ static void benchUsageLog()
     FakeClock clock;
     const QString path = dir.filePath(QStringLiteral("vlmrStats.csv"));
     QByteArray contents(UsageLog::kHeader);
-    const QByteArray row = "morning routine,2026-11-23 07:01:00,Drink a glass of water,30,,,2026-11-23 "
-                           "07:00:30,,,,\n";
+    const QByteArray row = "break,2026-11-23 07:01:00,Walk,300,,,2026-11-23 07:00:30,,,,\n";
     for (int i = 0; i < 1'000'000; ++i)
         contents += row;
     QFile file(path);
@@ -83,6 +83,17 @@ static void benchUsageLog()
     }
     std::printf("addEntryInCsv at 1,000,000 rows (%.1f MB): median %.3f ms (target < 1 ms)\n",
                 double(contents.size()) / 1e6, median(samples));
+
+    // The shut-off summary reads the whole log; a year of heavy use is some 100,000 rows.
+    QFile::resize(path, qint64(qstrlen(UsageLog::kHeader)) + 100'000 * row.size());
+    samples.clear();
+    for (int i = 0; i < 5; ++i) {
+        QElapsedTimer t;
+        t.start();
+        readCsv(path, QDateTime(QDate(2026, 11, 23), QTime(7, 0)));
+        samples.push_back(double(t.nsecsElapsed()) / 1e6);
+    }
+    std::printf("readCsv of 100,000 rows: median %.1f ms\n", median(samples));
 }
 
 static long residentKb(qint64 pid)

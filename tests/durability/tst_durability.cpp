@@ -139,6 +139,10 @@ void tst_durability::killedWriterLeavesOldOrNew()
     QFile(folder.filePath(u"velmora.conf.lock"_s)).open(QIODevice::WriteOnly);
     int rows = 0;
     for (int n = 0; n < 200 && !QTest::currentTestFailed(); ++n) {
+        // Where writes cost nothing (a tmpfs) thousands of rows land before each
+        // kill; a new log now and then keeps every check of the whole file short.
+        if (kind == u"log" && rows > 5000 && QFile::remove(folder.filePath(u"vlmrStats.csv"_s)))
+            rows = 0;
         QProcess writer;
         writer.start(QCoreApplication::applicationFilePath(),
                      {u"--write"_s, kind, folder.path(), QString::number(kind == u"log" ? rows : n)});

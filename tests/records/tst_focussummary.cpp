@@ -94,7 +94,11 @@ private Q_SLOTS:
             << log({row("focus mode abort", "2026-03-14 09:00:00", "focus block - Deep", "600"),
                     row("morning routine", "2026-03-14 09:00:00", "Water", "30"),
                     row("", "2026-03-14 09:00:00", "", ""),
-                    row("focus block", "2026-03-14T09:00:00", "Deep", "600")})
+                    row("focus block", "2026-03-14T09:00:00", "Deep", "600"),
+                    row("focus block", "2026-3-14 09:00:00", "Deep", "600"),
+                    row("focus block", "2026-03-14 09:00:00 ", "Deep", "600"),
+                    row("focus block", "2026-03-32 09:00:00", "Deep", "600"),
+                    row("focus block", "2026-03-14 09:60:00", "Deep", "600")})
             << "0h 0m 0s |  | ";
         QTest::newRow("a comma in free text shifts the row out")
             << log({row("focus block", "2026-03-14 09:00:00", "Deep", "600", "", "plans, tests"),

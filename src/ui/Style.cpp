@@ -33,6 +33,9 @@ QString lockStyleSheet(qreal scale)
             font-size: 32px; min-width: 160px; }
         QComboBox { background: #2a323b; border: 1px solid #4a545e; border-radius: 8px; padding: 8px;
             font-size: 22px; min-width: 320px; }
+        QComboBox { combobox-popup: 0; }
+        QComboBox QAbstractItemView { background: #2a323b; border: 1px solid #4a545e;
+            selection-background-color: #33594b; selection-color: white; }
         QFrame#overlay { background: #262d35; border-radius: 16px; }
         QFrame#logQuantityVc { background: rgba(20, 25, 31, 215); }
         QTableWidget { background: #262d35; border: 1px solid #4a545e; border-radius: 8px;
@@ -83,6 +86,9 @@ QString dialogStyleSheet()
         QPushButton[role="quiet"] { background: transparent; color: #c9d2dc; }
         QLineEdit, QComboBox { background: #2a323b; border: 1px solid #4a545e; border-radius: 6px;
             padding: 5px; }
+        QComboBox { combobox-popup: 0; }
+        QComboBox QAbstractItemView { background: #2a323b; border: 1px solid #4a545e;
+            selection-background-color: #33594b; selection-color: white; }
         QListWidget, QTableWidget { background: #262d35; border: 1px solid #4a545e; border-radius: 6px;
             alternate-background-color: #2a323b; }
         QListWidget::item:selected, QTableWidget::item:selected { background: #33594b; color: white; }

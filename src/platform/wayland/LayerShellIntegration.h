@@ -8,7 +8,8 @@ namespace velmora::wayland {
 
 // The key the program's own shell integration is loaded by
 // (QT_WAYLAND_SHELL_INTEGRATION). It gives the windows marked below a layer
-// surface in the overlay layer, and hands every other window to Qt's xdg-shell.
+// surface in the overlay layer, makes their menus, lists and tooltips popups of
+// those surfaces, and hands every other window to Qt's xdg-shell.
 inline constexpr char kShellIntegrationKey[] = "velmora-shell";
 
 // The dynamic property of a QWindow that asks for a layer surface; read when the

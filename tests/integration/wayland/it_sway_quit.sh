@@ -33,9 +33,17 @@ seen="a11y names label" poll 15 "the reasons come after ten seconds" a11y has la
 # screenshot above it, and the typing below shows it holds the keyboard there.
 covered HEADLESS-1 aa0000 >/dev/null || fail "the lock does not cover the terminal"
 wl_shot HEADLESS-1 quit-above-lock
-# The reason list holds the keyboard focus. Its list does not stay open under sway, where the
-# arrow keys would take each reason they pass: the reason is chosen by its first letter.
-keys "T"
+# A keyboard that stays, as a desktop has one: each wtype's keyboard goes when it ends, and
+# with the seat's last keyboard gone Qt sees the focus leave and closes any open list.
+start_helper wtype -s 3600000
+# The reason box holds the keyboard focus. Its list opens above the lock and stays open while
+# the arrow keys pass "I've got an emergency", which, taken, would disable the box.
+keys -k F4
+seen="a11y names row" poll 5 "the list of reasons opens" a11y has row "I've got an emergency"
+keys -k Down -k Down
+wl_shot HEADLESS-1 reasons-open
+a11y has row "The app is broken" || fail "the list of reasons closed while the arrow keys moved in it"
+keys -k Return
 seen="a11y names label" poll 5 "'The app is broken' asks what happened" \
     a11y has label "Oh no! We're really sorry. Can you please let us know what happened?﹡"
 keys "noon"

@@ -95,6 +95,9 @@ stop_velmora && start_velmora "$day 06:00:00"
 poll 20 "the second start logs again" eval '[ "$(grep -c "extension does not answer" "$log")" = 2 ]'
 stop_velmora
 [ "$(grep -ac "Log out and in again" "$notifications")" = 1 ] || fail "the log-out advice was not given exactly once"
+# Until then the lock is a window like any other, and the user hears that once.
+grep -q "Lock: full-screen windows (no layer shell offered)" "$log" || fail "the fallback lock is not in the debug log"
+[ "$(grep -ac "Velmora's lock can be left on this desktop\"" "$notifications")" = 1 ] || fail "the fallback was not told exactly once"
 gs_stop
 
 # --- a new login: the lock holds

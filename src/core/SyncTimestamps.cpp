@@ -52,6 +52,28 @@ std::optional<QMap<QString, QString>> SyncTimestamps::parsePlist(const QByteArra
     return entries;
 }
 
+// What XML 1.0 can carry: a read file may hold other characters as references,
+// which the writer would cut short its output on, losing the dates after them.
+static QString xmlText(const QString& text)
+{
+    QString out;
+    out.reserve(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text[i].unicode();
+        const bool pair = QChar::isHighSurrogate(c) && i + 1 < text.size() && text[i + 1].isLowSurrogate();
+        if (pair) {
+            out += text[i];
+            out += text[++i];
+        } else if (c == u'\t' || c == u'\n' || c == u'\r' || (c >= 0x20 && c < 0xD800) ||
+                   (c >= 0xE000 && c <= 0xFFFD)) {
+            out += text[i];
+        } else {
+            out += QChar::ReplacementCharacter;
+        }
+    }
+    return out;
+}
+
 QByteArray SyncTimestamps::writePlist(const QMap<QString, QString>& entries)
 {
     QByteArray out;
@@ -65,8 +87,8 @@ QByteArray SyncTimestamps::writePlist(const QMap<QString, QString>& entries)
     writer.writeAttribute(QStringLiteral("version"), QStringLiteral("1.0"));
     writer.writeStartElement(QStringLiteral("dict"));
     for (auto it = entries.cbegin(); it != entries.cend(); ++it) {
-        writer.writeTextElement(QStringLiteral("key"), it.key());
-        writer.writeTextElement(QStringLiteral("string"), it.value());
+        writer.writeTextElement(QStringLiteral("key"), xmlText(it.key()));
+        writer.writeTextElement(QStringLiteral("string"), xmlText(it.value()));
     }
     writer.writeEndElement();
     writer.writeEndElement();

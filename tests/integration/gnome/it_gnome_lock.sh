@@ -82,6 +82,8 @@ watch_notifications() {
     notifications="$1"
     dbus-monitor --session "member='Notify',destination='org.freedesktop.Notifications'" >"$1" 2>&1 &
     helpers+=("$!")
+    # Its own name goes when it turns monitor; a notice sent before that would be missed.
+    poll 5 "the notification watcher listens" grep -q "member=NameLost" "$1"
 }
 gs_start
 watch_notifications "$gs_dir/notifications-1.log"

@@ -15,13 +15,7 @@ morning_done '{"morningHabits": [{"name": "Water", "durationSeconds": 60}], "eve
     "breakActivities": [{"name": "Walk", "durationSeconds": 120, "includeInEveryBreak": true}],
     "breakAfterMinutes": 50, "startTime": "07:00", "shutOffTime": "22:00"}'
 item_apps_entries
-prefs set-list kUserdefaultsArrFocusTypes \
-    "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
-prefs set-bool kUserdefaultsShowPomodoroView true
-start_accessibility
-notifications="$VELMORA_IT_DIR/notifications.log"
-dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
-it_helpers+=("$!")
+deep_allows_alpha
 port="$("$VELMORA_IT_PYTHON" -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1", 0)); print(s.getsockname()[1])')"
 export QTWEBENGINE_REMOTE_DEBUGGING="127.0.0.1:$port"
 start_velmora "$day 10:00:00"

@@ -214,6 +214,18 @@ panel_shown() {
 }
 open_panel() { seen="a11y names button" poll 20 "the panel opens from the tray icon" panel_shown; }
 
+# A focus type "Deep" that allows only Alpha's entry, with the block's questions shown; the
+# program's notifications are recorded in $notifications from here on.
+deep_allows_alpha() {
+    prefs set-list kUserdefaultsArrFocusTypes \
+        "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
+    prefs set-bool kUserdefaultsShowPomodoroView true
+    start_accessibility
+    notifications="$VELMORA_IT_DIR/notifications.log"
+    dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
+    it_helpers+=("$!")
+}
+
 # The program's widgets readable and pressable by their texts (a11y.py). Before start_velmora.
 start_accessibility() {
     [ -x /usr/libexec/at-spi-bus-launcher ] || fail "at-spi2-core is not installed"

@@ -12,13 +12,7 @@ for name in Alpha Beta; do
     printf '[Desktop Entry]\nType=Application\nName=%s\nExec=foot -a %s\n' "$name" "${name,,}" \
         >"$XDG_DATA_HOME/applications/${name,,}.desktop"
 done
-prefs set-list kUserdefaultsArrFocusTypes \
-    "[{\"name\": \"Deep\", \"color\": \"3366CC\", \"appsArray\": [\"$XDG_DATA_HOME/applications/alpha.desktop\"], \"urlsArray\": []}]"
-prefs set-bool kUserdefaultsShowPomodoroView true
-start_accessibility
-notifications="$VELMORA_IT_DIR/notifications.log"
-dbus-monitor --session "interface='org.freedesktop.Notifications',member='Notify'" >"$notifications" 2>&1 &
-it_helpers+=("$!")
+deep_allows_alpha
 start_velmora "$day 10:00:00"
 seen="a11y names button" poll 20 "the pomodoro window offers \"Let's do it\"" a11y has button "Let's do it"
 a11y press "Let's do it" || fail "\"Let's do it\" could not be pressed"

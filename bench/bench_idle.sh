@@ -10,12 +10,7 @@
 #
 # BENCH_SETTLE and BENCH_SECONDS (default 25 and 60) change the two periods.
 set -euo pipefail
-here="$(cd "$(dirname "$0")" && pwd)"
-VELMORA_BIN="${VELMORA_BIN:-$here/../build/bin/velmora}"
-VELMORA_PREFS="${VELMORA_PREFS:-$(dirname "$VELMORA_BIN")/velmora-prefs}"
-export VELMORA_BIN
-. "$here/../tests/integration/lib.sh"
-[ -x "$VELMORA_PREFS" ] || fail "velmora-prefs is not built ($VELMORA_PREFS)"
+. "$(dirname "$0")/bench_lib.sh"
 settle="${BENCH_SETTLE:-25}"
 seconds="${BENCH_SECONDS:-60}"
 

@@ -18,12 +18,7 @@
 #     the whole process tree (the web engine runs in helper processes) as summed VmRSS
 #     and as summed Pss, once without a web page and once with a local HTML page.
 set -euo pipefail
-here="$(cd "$(dirname "$0")" && pwd)"
-VELMORA_BIN="${VELMORA_BIN:-$here/../build/bin/velmora}"
-VELMORA_PREFS="${VELMORA_PREFS:-$(dirname "$VELMORA_BIN")/velmora-prefs}"
-export VELMORA_BIN
-. "$here/../tests/integration/lib.sh"
-[ -x "$VELMORA_PREFS" ] || fail "velmora-prefs is not built ($VELMORA_PREFS)"
+. "$(dirname "$0")/bench_lib.sh"
 runs="${BENCH_RUNS:-5}"
 day="$(date -d tomorrow +%F)"
 title="Good Morning! It’s time to earn your velmora. Here are the habits you need to accomplish before you can use your computer."

@@ -9,11 +9,7 @@
 # 06:59:58 and meets 07:00 on its five-second tick; the figure is from the gate's decision
 # (the debug log's "Initiating morning habits.") to the last lock surface's first frame.
 set -euo pipefail
-here="$(cd "$(dirname "$0")" && pwd)"
-VELMORA_BIN="${VELMORA_BIN:-$here/../build/bin/velmora}"
-VELMORA_PREFS="${VELMORA_PREFS:-$(dirname "$VELMORA_BIN")/velmora-prefs}"
-export VELMORA_BIN
-. "$here/../tests/integration/lib.sh"
+. "$(dirname "$0")/bench_lib.sh"
 runs="${BENCH_RUNS:-20}"
 
 results=""

@@ -52,8 +52,8 @@ std::optional<QMap<QString, QString>> SyncTimestamps::parsePlist(const QByteArra
     return entries;
 }
 
-// What XML 1.0 can carry: a read file may hold other characters as references,
-// which the writer would cut short its output on, losing the dates after them.
+// What XML 1.0 can carry. A file the reader accepted may hold other characters;
+// written as they are, they cut the writer's output short, and the file no longer reads.
 static QString xmlText(const QString& text)
 {
     QString out;

@@ -10,6 +10,7 @@
 #include "ProcessLauncher.h"
 #include "PulseMediaMonitor.h"
 #include "QtScheduler.h"
+#include "QuitOnSignals.h"
 #include "ScreenSaverDisplayAwake.h"
 #include "SettingsLoader.h"
 #include "SettingsPreferences.h"
@@ -23,6 +24,8 @@
 #include <QProcessEnvironment>
 #include <QStandardPaths>
 #include <QTimer>
+
+#include <csignal>
 
 using namespace velmora;
 
@@ -88,7 +91,7 @@ static bool settingsMayShowPages()
     return anyItemHasPage(state);
 }
 
-int main(int argc, char* argv[])
+static int runVelmora(int argc, char* argv[], int& stopSignal)
 {
     if (settingsMayShowPages())
         QApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
@@ -127,6 +130,13 @@ int main(int argc, char* argv[])
         return SystemdLoginService::QuitExitStatus; // the running one stays; no restart for us
 
     installCrashLog(paths.dataFolder + QStringLiteral("/Debug_Logs.txt"));
+    const DebugLog* debugLog = nullptr;
+    QuitOnSignals quitOnSignals([&debugLog, &stopSignal](int signal) {
+        if (debugLog)
+            debugLog->addLog(QStringLiteral("Stopped by signal %1").arg(signal));
+        stopSignal = signal;
+        QCoreApplication::exit(0);
+    });
 
     SystemClock clock;
     QtScheduler scheduler;
@@ -154,6 +164,7 @@ int main(int argc, char* argv[])
                 desktop.lockShield};
 
     AppDelegate delegate(ports, paths);
+    debugLog = &delegate.debugLog();
     delegate.applicationWillFinishLaunching();
     // Start-up and each lock touch much that the idle hours do not need.
     QTimer idle;
@@ -177,5 +188,19 @@ int main(int argc, char* argv[])
     browserTabs.writeHostManifests(QDir::homePath(), configHome, hostProgram);
     browserTabs.watchBrowserFolders(QDir::homePath(), configHome, hostProgram);
     browserTabs.listen(runtime);
-    return app.exec();
+    // A stop that a start-up dialog's own event loop saw would be forgotten by exec().
+    return stopSignal != 0 ? 0 : app.exec();
+}
+
+int main(int argc, char* argv[])
+{
+    int stopSignal = 0;
+    const int status = runVelmora(argc, argv, stopSignal);
+    if (stopSignal != 0) {
+        // Everything is written and let go; now end as the signal would have, so
+        // that whoever waits for the program sees why it ended.
+        std::signal(stopSignal, SIG_DFL);
+        std::raise(stopSignal);
+    }
+    return status;
 }

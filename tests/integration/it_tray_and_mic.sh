@@ -3,7 +3,8 @@
 # starts the unit and ends without a day of its own; without one the program runs itself;
 # both ways the autostart entry is written. The first start shows the welcome under the lock
 # of any routine; the status icon lands in the tray; the microphone check follows a
-# recording; a signal ends the program by that signal, so that the service brings it back.
+# recording; a signal ends the program, after it wrote out its state, by that signal, so that
+# the service brings it back.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 [ -x "${VELMORA_PROBE:-}" ] || fail "VELMORA_PROBE ('${VELMORA_PROBE:-}') is not a program"
@@ -42,3 +43,4 @@ seen="$VELMORA_PROBE" poll 10 "velmora-probe reports mic=0 after the recording s
 kill -TERM "$VELMORA_PID"
 wait_exit 10
 [ "$status" -eq 143 ] || fail "after SIGTERM the program exited with status $status, not by the signal (143)"
+grep -q '  -  Stopped by signal 15$' "$VELMORA_LOG" || fail "SIGTERM ended the program before it could write out its state"

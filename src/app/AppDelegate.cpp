@@ -678,6 +678,8 @@ bool AppDelegate::eventFilter(QObject* watched, QEvent* event)
     }
     if (event->type() == QEvent::Show && watched == m_mainWindow.get())
         keepOurWindowsAboveTheLock();
+    if (event->type() == QEvent::Expose && watched == m_mainWindow->windowHandle())
+        followTheLockOntoTheScreen();
     // Key presses reach the application once per window before any widget sees
     // them; acting here, and passing every event on, is the lock's key monitor.
     if (event->type() != QEvent::KeyPress || !watched->isWindowType() || !isMainWindowVisible())
@@ -900,6 +902,17 @@ void AppDelegate::shareTheKeyboardWithOurWindows()
                !(m_question && m_question->isVisible());
     };
     // Their showing and hiding reach eventFilter(), which watches the whole application.
+}
+
+// A window manager stacks a window when it maps it, which on a busy desktop comes
+// well after Qt's Show: the lock would then land on top of a window raised above
+// it at Show. Ours are raised again once the lock is really on the screen.
+void AppDelegate::followTheLockOntoTheScreen()
+{
+    const bool onScreen = m_mainWindow->windowHandle()->isExposed();
+    if (onScreen && !m_lockOnScreen)
+        keepOurWindowsAboveTheLock();
+    m_lockOnScreen = onScreen;
 }
 
 // A lock that comes up later would cover the preferences and the quit flow. A

@@ -177,6 +177,7 @@ private:
     void installSettingsEditor();
     void leaveForGood();
     void keepOurWindowsAboveTheLock();
+    void followTheLockOntoTheScreen();
     void installBlockers();
 
     Ports m_ports;
@@ -204,6 +205,7 @@ private:
     std::unique_ptr<preferencesWindowController> m_preferencesWindow;
     std::unique_ptr<quittingWindow> m_quittingWindow;
     QPointer<QWidget> m_question; // a question asked while it is open
+    bool m_lockOnScreen = false;  // mapped by the desktop, not only shown by Qt
     std::unique_ptr<UrlBlocker> m_urlBlocker;
     std::unique_ptr<AppBlocker> m_appBlocker;
 

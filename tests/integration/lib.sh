@@ -23,6 +23,7 @@ screenshot() { xutil screenshot "$VELMORA_TEST_OUTPUT/$1.png"; }
 fail() {
     echo "FAIL: $*" >&2
     set +e
+    trap - ERR
     screenshot failure
     local what
     for what in "xwininfo -root -tree" "xprop -root _NET_CLIENT_LIST_STACKING _NET_ACTIVE_WINDOW" \
@@ -115,8 +116,15 @@ wait_exit() {
     VELMORA_PID=""
 }
 
-# A program that does not end within ten seconds of TERM fails the test.
-stop_velmora() { [ -z "$VELMORA_PID" ] || { kill -TERM "$VELMORA_PID" 2>/dev/null || true; wait_exit 10; }; }
+# A program that does not end within ten seconds of TERM, or not by it, fails the test.
+stop_velmora() {
+    [ -n "$VELMORA_PID" ] || return 0
+    local ours=false # the status of a copy that a desktop entry started is not ours to see
+    [ "$(ps -o ppid= -p "$VELMORA_PID" | tr -d ' ')" != "$$" ] || ours=true
+    kill -TERM "$VELMORA_PID" 2>/dev/null || true
+    wait_exit 10
+    ! $ours || [ "$status" -eq 143 ] || fail "TERM ended the program with status $status, not 143"
+}
 
 # The program of this session (not of another test running the same binary), and not a
 # child it forks for a command (which runs our binary until it execs).
@@ -143,11 +151,17 @@ stop_helper() { kill -TERM "$1" 2>/dev/null || true; wait "$1" 2>/dev/null || tr
 it_cleanup() {
     local rc=$? pid
     set +e
+    trap - ERR
     stop_velmora
     for pid in "${it_helpers[@]}"; do stop_helper "$pid"; done
     [ "$rc" -ne 0 ] || note "PASS"
 }
 trap it_cleanup EXIT
+
+# Under set -e a step that fails outside a check would end the script without a word.
+unexpected_failure() { [ "$BASHPID" != "$$" ] || fail "line $2: '$3' ended with status $1"; }
+set -E
+trap 'unexpected_failure $? $LINENO "$BASH_COMMAND"' ERR
 
 # The mapped top-level windows titled exactly TITLE, as hex ids.
 windows_titled() { xdotool search --onlyvisible --name "^$1\$" 2>/dev/null | xargs -r printf '0x%x\n'; }

@@ -53,20 +53,25 @@ chromium_front() {
 iconic() { xprop -id "$1" WM_STATE 2>/dev/null | grep -q 'window state: Iconic'; }
 
 # new_window_hidden CLASS WHAT COMMAND...: a window of the class COMMAND shows is iconified
-# within a second of being mapped.
+# soon after the window manager takes it on. The window is found among the managed ones,
+# not the visible ones: on a busy machine it can be hidden before a search for visible
+# windows comes round. The time it took is printed; the extension's word on the focus comes
+# through two processes, and the other tests beside this one can stretch the program's
+# 400 ms beyond a second.
 new_window_hidden() {
     local class=$1 what=$2 before window="" start deadline=$((SECONDS + 15))
     shift 2
-    before="$(xdotool search --onlyvisible --class "$class" | sort)"
+    before="$(root_windows _NET_CLIENT_LIST | sort)"
     "$@"
     while [ -z "$window" ]; do
         [ "$SECONDS" -lt "$deadline" ] || fail "no window came up for $what"
-        window="$(comm -13 <(echo "$before") <(xdotool search --onlyvisible --class "$class" | sort) | head -n1)"
+        window="$(comm -12 <(comm -13 <(echo "$before") <(root_windows _NET_CLIENT_LIST | sort)) \
+            <(xdotool search --class "$class" | sort) | head -n1)"
     done
     start=$(date +%s%3N)
     until iconic "$window"; do
-        [ $(($(date +%s%3N) - start)) -lt 1000 ] ||
-            fail "$what was not hidden within a second ($(xprop -id "$window" WM_STATE WM_NAME | tr '\n' ' '))"
+        [ $(($(date +%s%3N) - start)) -lt 5000 ] ||
+            fail "$what was not hidden within five seconds ($(xprop -id "$window" WM_STATE WM_NAME | tr '\n' ' '))"
         sleep 0.02
     done
     note "$what hidden after $(($(date +%s%3N) - start)) ms"
@@ -75,4 +80,4 @@ new_window_hidden() {
 private_window_hidden() {
     new_window_hidden '^Chromium$' "Chromium's private window on $1" open_private "$1"
 }
-open_private() { chromium "${flags[@]}" --user-data-dir="$profile" --incognito "$1" >/dev/null 2>&1 & }
+open_private() { chromium "${flags[@]}" --user-data-dir="$profile" --incognito --new-window "$1" >/dev/null 2>&1 & }

@@ -189,7 +189,9 @@ static int runVelmora(int argc, char* argv[], int& stopSignal)
     browserTabs.watchBrowserFolders(QDir::homePath(), configHome, hostProgram);
     browserTabs.listen(runtime);
     // A stop that a start-up dialog's own event loop saw would be forgotten by exec().
-    return stopSignal != 0 ? 0 : app.exec();
+    const int status = stopSignal != 0 ? 0 : app.exec();
+    debugLog = nullptr; // a signal during the teardown below goes unlogged
+    return status;
 }
 
 int main(int argc, char* argv[])
